@@ -1,0 +1,40 @@
+# brixo_test(FOLDER path... [LINK lib...]) - for each path, an executable from <path>_test.cpp beside the code and a ctest of the
+# same name, labelled with the folder. It links shared libraries as a client does: BrixoTypes unless LINK says otherwise.
+#   brixo_test(bitmask Orn/BitId Orn/U64Bitmask)   ->   bitmask/Orn/BitId, bitmask/Orn/U64Bitmask
+# GoogleTest is built from Debian's sources (package googletest), so that it has this build's word size and sanitizer.
+set_property(GLOBAL PROPERTY BRIXO_TEST_LIBRARIES "")
+if(BRIXO_BUILD_TESTS)
+  enable_testing()
+  set(INSTALL_GTEST OFF)
+  set(BUILD_GMOCK ON)
+  set(gtest_disable_pthreads OFF)
+  add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
+  foreach(target gtest gtest_main gmock gmock_main)
+    if(BRIXO_SANITIZE)
+      target_compile_options(${target} PRIVATE -fsanitize=${BRIXO_SANITIZE})
+    endif()
+    get_target_property(includes ${target} INTERFACE_INCLUDE_DIRECTORIES)
+    set_target_properties(${target} PROPERTIES INTERFACE_SYSTEM_INCLUDE_DIRECTORIES "${includes}")
+  endforeach()
+endif()
+
+function(brixo_test folder)
+  if(NOT BRIXO_BUILD_TESTS)
+    return()
+  endif()
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "LINK")
+  if(NOT arg_LINK)
+    set(arg_LINK Brixo::BrixoTypes)
+  endif()
+  foreach(path IN LISTS arg_UNPARSED_ARGUMENTS)
+    string(REPLACE "/" "-" target "${folder}-${path}")
+    add_executable(${target} ${path}_test.cpp)
+    target_link_libraries(${target} PRIVATE ${arg_LINK} brixo::options gmock gtest_main)
+    # GoogleTest registers each test with a global object; that is its business, not ours.
+    target_compile_options(${target} PRIVATE
+      $<$<CXX_COMPILER_ID:Clang>:-Wno-global-constructors -Wno-exit-time-destructors>)
+    target_compile_definitions(${target} PRIVATE BRIXO_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
+    add_test(NAME ${folder}/${path} COMMAND ${target})
+    set_tests_properties(${folder}/${path} PROPERTIES LABELS ${folder} TIMEOUT 300)
+  endforeach()
+endfunction()

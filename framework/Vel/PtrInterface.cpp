@@ -1,0 +1,47 @@
+#include <Vel/PtrInterface.h>
+
+#include <Vel/PtrTrack.h>
+#include <Vel/VelType.h>
+#include <Vel/detail/ObjectHeap.h>
+
+namespace Vel {
+
+void* PtrInterface::operator new(std::size_t size) { return detail::ObjectHeap::allocate(size); }
+
+VelType* PtrInterface::fwkType() const { return _fwkType(); }
+
+VelType* PtrInterface::_fwkType() {
+    static VelType* const type = new VelType("PtrInterface", nullptr);
+    return type;
+}
+
+void PtrInterface::referencesLeak() const {
+    referencesInc();
+    if (PtrTrack::ptrifTrackOn_) PtrTrack::ptrifLeak(this);
+}
+
+void PtrInterface::hasNotificationActiveIs(bool active) { flagIs(notificationActiveFlag, active); }
+
+void PtrInterface::flagIs(U32 bit, bool value) noexcept {
+    if (enableThreadSafePointers) {
+        if (value)
+            word().fetch_or(bit);
+        else
+            word().fetch_and(~bit);
+    } else {
+        word_ = value ? word_ | bit : word_ & ~bit;
+    }
+}
+
+unsigned PtrInterface::auditErrors(unsigned) const { return 0; }
+
+unsigned PtrInterface::velAuditErrors(unsigned) const { return 0; }
+
+void PtrInterface::handleZeroRef() {
+    zeroReferencesIs(true);
+    if (references() == 0) delete this;
+}
+
+void PtrInterface::zeroReferencesIs(bool) {}
+
+} // namespace Vel

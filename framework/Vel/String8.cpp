@@ -1,0 +1,74 @@
+#include <Vel/String8.h>
+
+#include <Vel/Assert.h>
+#include <Vel/byteMix.h>
+#include <algorithm>
+#include <new>
+#include <ostream>
+
+namespace Vel {
+
+template <class Char>
+constinit typename StringN<Char>::Data StringN<Char>::nullStringData_{0, 0, 0};
+
+template <class Char>
+typename StringN<Char>::Data* StringN<Char>::Data::make(std::size_t capacity) {
+    VEL_ASSERT(capacity <= 0x7fffffff, capacity);
+    const std::size_t room = capacity + 1 > sizeof(chars_) ? capacity + 1 : sizeof(chars_);
+    void* place = ::operator new(sizeof(Data) - sizeof(chars_) + room);
+    return new (place) Data(1, 0, static_cast<U32>(capacity));
+}
+
+template <class Char>
+typename StringN<Char>::Data* StringN<Char>::filled(std::string_view text, std::size_t capacity) {
+    if (capacity == 0) return &nullStringData_;
+    Data* data = Data::make(capacity);
+    if (!text.empty()) std::memcpy(data->chars(), text.data(), text.size());
+    data->lengthIs(text.size());
+    return data;
+}
+
+template <class Char>
+void StringN<Char>::reserve(std::size_t capacity) {
+    if (capacity < length()) capacity = length();
+    const bool shared = data_->references() != 1;
+    if (!shared && data_->capacity() >= capacity) return;
+    StringN roomy(filled(view(), capacity));
+    swap(roomy);
+}
+
+template <class Char>
+StringN<Char>& StringN<Char>::append(std::string_view text) {
+    if (text.empty()) return *this;
+    const std::size_t oldLength = length();
+    const std::size_t newLength = oldLength + text.size();
+    // `text` may lie in our own data, so a reference to that stays until the characters are copied.
+    const StringN old = data_->capacity() < newLength ? *this : StringN();
+    if (data_->capacity() < newLength || data_->references() != 1)
+        reserve(std::max(newLength, 2 * oldLength));
+    std::memcpy(data_->chars() + oldLength, text.data(), text.size());
+    data_->lengthIs(newLength);
+    return *this;
+}
+
+template <class Char>
+StringN<Char> StringN<Char>::joined(std::string_view a, std::string_view b) {
+    StringN result;
+    result.reserve(a.size() + b.size());
+    result.append(a);
+    result.append(b);
+    return result;
+}
+
+template <class Char>
+U32 StringN<Char>::hash() const noexcept {
+    ByteMix mix;
+    for (const char c : view()) mix.add(static_cast<U8>(c));
+    return mix.value();
+}
+
+template class StringN<unsigned char>;
+
+std::ostream& operator<<(std::ostream& out, const String8& text) { return out << text.view(); }
+
+} // namespace Vel

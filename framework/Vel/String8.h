@@ -1,0 +1,276 @@
+// String8.h - 8-bit string whose data is shared between copies and counts its own references.
+//
+// Owns:      one reference to its data. The empty string shares one data object, nullStringData_,
+// which is never freed. Layout:    the data's first word is its count (masked with 0x5fffffff, as
+// in PtrInterface); the characters follow the
+//            header in the same allocation and end with a NUL that the length does not count.
+// Copying:   one increment. A string is written only while nobody shares its data: appending copies
+// shared data first. Cost:      appending is amortised O(1) a character: capacity doubles. Threads:
+// as for Ptr: one String8 belongs to one thread; data may be shared between threads only while
+//            VFPtrInterface::enableThreadSafePointers is set.
+// Iterators: IteratorConst stays valid while any string that shares the data lives and none
+// appends.
+#pragma once
+
+#include <Vel/Export.h>
+#include <Vel/Integers.h>
+#include <Vel/VFPtrInterface.h>
+#include <atomic>
+#include <compare>
+#include <cstddef>
+#include <cstring>
+#include <functional>
+#include <iosfwd>
+#include <iterator>
+#include <string_view>
+#include <utility>
+
+namespace Vel {
+
+template <class Char>
+class VEL_API StringN {
+    static_assert(sizeof(Char) == 1, "one byte a character");
+
+public:
+    class Data;
+    class IteratorConst;
+
+    // The empty string's data. Nobody counts its references, so that threads may share it in either
+    // counting mode.
+    static Data nullStringData_;
+
+    StringN() noexcept : data_(&nullStringData_) {}
+
+    // Copies the characters up to the NUL. `text` is not null.
+    StringN(const char* text) : StringN(std::string_view(text)) {}
+
+    StringN(std::string_view text) { init(text.data(), text.size(), text.size()); }
+
+    StringN(const StringN& other) noexcept : data_(other.data_) { data_->referencesInc(); }
+
+    StringN(StringN&& other) noexcept : StringN() { swap(other); }
+
+    ~StringN() { data_->referencesDec(); }
+
+    StringN& operator=(const StringN& other) noexcept {
+        StringN copy(other);
+        swap(copy);
+        return *this;
+    }
+
+    StringN& operator=(StringN&& other) noexcept {
+        swap(other);
+        return *this;
+    }
+
+    // Makes the string `length` characters of `text`, with room for `capacity` before the next
+    // growth. Takes new data without looking at the old: only for a string under construction.
+    // `length` <= `capacity`; `text` may be null if `length` is 0.
+    void init(const char* text, std::size_t length, std::size_t capacity) {
+        data_ = filled({text, length}, capacity);
+    }
+
+    // The characters, followed by a NUL; borrowed until the string changes or goes.
+    const char* charPtr() const noexcept { return data_->chars(); }
+
+    std::size_t length() const noexcept { return data_->length(); }
+
+    bool empty() const noexcept { return length() == 0; }
+
+    std::string_view view() const noexcept { return {charPtr(), length()}; }
+
+    operator std::string_view() const noexcept { return view(); }
+
+    Char operator[](std::size_t index) const noexcept {
+        return static_cast<Char>(charPtr()[index]);
+    }
+
+    StringN& operator+=(const StringN& other) { return append(other.view()); }
+
+    StringN& operator+=(const char* text) { return append(text); }
+
+    StringN& append(std::string_view text);
+    // Room for `capacity` characters in all before the next growth.
+    void reserve(std::size_t capacity);
+
+    friend StringN operator+(const StringN& a, const StringN& b) {
+        return joined(a.view(), b.view());
+    }
+
+    friend StringN operator+(const StringN& a, const char* b) { return joined(a.view(), b); }
+
+    friend StringN operator+(const char* a, const StringN& b) { return joined(a, b.view()); }
+
+    friend bool operator==(const StringN& a, const StringN& b) noexcept {
+        return a.data_ == b.data_ || a.view() == b.view();
+    }
+
+    friend bool operator==(const StringN& a, const char* b) noexcept { return a.view() == b; }
+
+    // By bytes, as unsigned numbers.
+    friend std::strong_ordering operator<=>(const StringN& a, const StringN& b) noexcept {
+        return a.view() <=> b.view();
+    }
+
+    // One-at-a-time mix of the bytes; the same in every process and word size.
+    U32 hash() const noexcept;
+
+    IteratorConst begin() const noexcept { return IteratorConst(charPtr(), charPtr()); }
+
+    IteratorConst end() const noexcept { return IteratorConst(charPtr(), charPtr() + length()); }
+
+    // How many strings share the data. For tests and tools.
+    U32 references() const noexcept { return data_->references(); }
+
+    void swap(StringN& other) noexcept { std::swap(data_, other.data_); }
+
+private:
+    explicit StringN(Data* adopted) noexcept : data_(adopted) {}
+
+    // New data that holds `text` and has room for `capacity` characters; the null data if that is
+    // none.
+    static Data* filled(std::string_view text, std::size_t capacity);
+    static StringN joined(std::string_view a, std::string_view b);
+
+    Data* data_;
+};
+
+// The shared data: count, length, capacity, then the characters.
+template <class Char>
+class VEL_API StringN<Char>::Data {
+public:
+    static constexpr U32 referencesMask = 0x5fffffffU;
+
+    constexpr Data(U32 references, U32 length, U32 capacity) noexcept
+        : references_(references), length_(length), capacity_(capacity) {}
+
+    Data(const Data&) = delete;
+    Data& operator=(const Data&) = delete;
+
+    // New data with room for `capacity` characters and the NUL, empty, with count 1.
+    static Data* make(std::size_t capacity);
+
+    void referencesInc() noexcept {
+        if (this == &nullStringData_) return;
+        if (VFPtrInterface::enableThreadSafePointers) [[unlikely]]
+            count().fetch_add(1);
+        else
+            ++references_;
+    }
+
+    // Frees the data with plain delete when the count reaches 0.
+    void referencesDec() noexcept {
+        if (this == &nullStringData_) return;
+        const U32 left =
+            VFPtrInterface::enableThreadSafePointers ? count().fetch_sub(1) - 1 : --references_;
+        if ((left & referencesMask) == 0) ::operator delete(this);
+    }
+
+    U32 references() noexcept { return count().load(std::memory_order_relaxed) & referencesMask; }
+
+    std::size_t length() const noexcept { return length_; }
+
+    std::size_t capacity() const noexcept { return capacity_; }
+
+    char* chars() noexcept { return chars_; }
+
+    const char* chars() const noexcept { return chars_; }
+
+    void lengthIs(std::size_t length) noexcept {
+        length_ = static_cast<U32>(length);
+        chars_[length] = '\0';
+    }
+
+private:
+    std::atomic_ref<U32> count() noexcept { return std::atomic_ref<U32>(references_); }
+
+    U32 references_;
+    U32 length_;
+    U32 capacity_;
+    char chars_[4] = {}; // as many as the allocation holds; always at least the NUL
+};
+
+// IteratorConst - a read cursor on a string; every parser takes one and leaves it behind what it
+// consumed. It knows where its text begins, so that errors can name a column.
+template <class Char>
+class StringN<Char>::IteratorConst {
+public:
+    using iterator_concept = std::random_access_iterator_tag;
+    using iterator_category = std::random_access_iterator_tag;
+    using value_type = Char;
+    using difference_type = std::ptrdiff_t;
+    using pointer = const Char*;
+    using reference = Char;
+
+    constexpr IteratorConst() noexcept = default;
+
+    constexpr IteratorConst(const char* textBegin, const char* position) noexcept
+        : begin_(textBegin), pos_(position) {}
+
+    // Characters between the start of the text and the cursor.
+    constexpr S64 column() const noexcept { return pos_ - begin_; }
+
+    constexpr const char* charPtr() const noexcept { return pos_; }
+
+    constexpr Char operator*() const noexcept { return static_cast<Char>(*pos_); }
+
+    constexpr Char operator[](difference_type n) const noexcept {
+        return static_cast<Char>(pos_[n]);
+    }
+
+    constexpr IteratorConst& operator++() noexcept { return *this += 1; }
+
+    constexpr IteratorConst& operator--() noexcept { return *this += -1; }
+
+    constexpr IteratorConst operator++(int) noexcept { return std::exchange(*this, *this + 1); }
+
+    constexpr IteratorConst operator--(int) noexcept { return std::exchange(*this, *this - 1); }
+
+    constexpr IteratorConst& operator+=(difference_type n) noexcept {
+        pos_ += n;
+        return *this;
+    }
+
+    constexpr IteratorConst& operator-=(difference_type n) noexcept { return *this += -n; }
+
+    friend constexpr IteratorConst operator+(IteratorConst it, difference_type n) noexcept {
+        return it += n;
+    }
+
+    friend constexpr IteratorConst operator+(difference_type n, IteratorConst it) noexcept {
+        return it += n;
+    }
+
+    friend constexpr IteratorConst operator-(IteratorConst it, difference_type n) noexcept {
+        return it -= n;
+    }
+
+    friend constexpr difference_type operator-(IteratorConst a, IteratorConst b) noexcept {
+        return a.pos_ - b.pos_;
+    }
+
+    friend constexpr bool operator==(IteratorConst a, IteratorConst b) noexcept {
+        return a.pos_ == b.pos_;
+    }
+
+    friend constexpr std::strong_ordering operator<=>(IteratorConst a, IteratorConst b) noexcept {
+        return a.pos_ <=> b.pos_;
+    }
+
+private:
+    const char* begin_ = nullptr;
+    const char* pos_ = nullptr;
+};
+
+extern template class VEL_API StringN<unsigned char>;
+using String8 = StringN<unsigned char>;
+
+// Writes the characters as they are.
+VEL_API std::ostream& operator<<(std::ostream& out, const String8& text);
+
+} // namespace Vel
+
+template <>
+struct std::hash<Vel::String8> {
+    std::size_t operator()(const Vel::String8& text) const noexcept { return text.hash(); }
+};

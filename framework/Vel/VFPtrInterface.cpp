@@ -1,0 +1,13 @@
+#include <Vel/VFPtrInterface.h>
+
+#include <Vel/detail/ObjectHeap.h>
+
+namespace Vel {
+
+constinit bool VFPtrInterface::enableThreadSafePointers = false;
+
+void VFPtrInterface::operator delete(void* object, std::size_t size) noexcept {
+    detail::ObjectHeap::deallocate(object, size);
+}
+
+} // namespace Vel

@@ -1,0 +1,35 @@
+// VFPtrInterface.h - what every counted object has before its count: a virtual table, the counting
+// mode, its memory.
+//
+// Threads: enableThreadSafePointers is read by every reference operation, without synchronisation.
+// Set it before the
+//          first object is shared between threads and leave it set.
+#pragma once
+
+#include <Vel/Export.h>
+#include <cstddef>
+
+namespace Vel {
+
+class VEL_API VFPtrInterface {
+public:
+    VFPtrInterface(const VFPtrInterface&) = default;
+    VFPtrInterface& operator=(const VFPtrInterface&) = default;
+    virtual ~VFPtrInterface() = default;
+
+    // Clear (the default): counts are plain words. Set: every increment and decrement is an atomic
+    // read-modify-write.
+    static bool enableThreadSafePointers;
+
+    // Gives an object back to the lists that PtrInterface::operator new serves from. `size` is the
+    // object's exact size; the virtual destructor supplies it. Any thread may free what another
+    // made.
+    static void operator delete(void* object, std::size_t size) noexcept;
+
+protected:
+    VFPtrInterface() = default;
+};
+
+static_assert(sizeof(bool) == 1);
+
+} // namespace Vel

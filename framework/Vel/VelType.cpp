@@ -1,0 +1,7 @@
+#include <Vel/VelType.h>
+
+namespace Vel {
+
+VelType::~VelType() = default;
+
+} // namespace Vel
