@@ -1,4 +1,4 @@
-# brixo::options - how everything in this tree is compiled. Not exported: clients choose their own.
+# brixo::options - how everything in this tree is compiled. Not exported: clients choose their own flags.
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
@@ -7,26 +7,42 @@ set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
-  set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "Debug, Release, RelWithDebInfo or MinSizeRel" FORCE)
+  set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "Debug, Release or RelWithDebInfo" FORCE)
 endif()
 
 set(BRIXO_SANITIZE "" CACHE STRING "Sanitizers, as for -fsanitize=: address,undefined or thread")
-option(BRIXO_COVERAGE "Instrument for line coverage (gcov)" OFF)
+option(BRIXO_COVERAGE "Instrument for line coverage (GCC's gcov)" OFF)
+option(BRIXO_WERROR "Treat every warning as an error" ${PROJECT_IS_TOP_LEVEL})
+
+add_library(brixo_warnings INTERFACE)
+target_compile_options(brixo_warnings INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wold-style-cast -Wcast-qual
+  -Wnon-virtual-dtor -Woverloaded-virtual -Wnull-dereference -Wdouble-promotion -Wformat=2
+  -Wundef
+  $<$<BOOL:${BRIXO_WERROR}>:-Werror>
+  # Not -Wuseless-cast: a cast that narrows in one word size is useless in the other.
+  $<$<CXX_COMPILER_ID:GNU>:-Wduplicated-cond -Wduplicated-branches -Wlogical-op>
+  $<$<CXX_COMPILER_ID:Clang>:-Wextra-semi>)
 
 add_library(brixo_options INTERFACE)
 add_library(brixo::options ALIAS brixo_options)
+target_link_libraries(brixo_options INTERFACE brixo_warnings)
 target_compile_options(brixo_options INTERFACE
-  -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow -Wold-style-cast -Wcast-qual
-  -Wnon-virtual-dtor -Woverloaded-virtual -Wnull-dereference -Wdouble-promotion -Wformat=2
-  -Wundef -Werror
-  $<$<CXX_COMPILER_ID:GNU>:-Wduplicated-cond -Wduplicated-branches -Wlogical-op -Wuseless-cast>
-  $<$<CXX_COMPILER_ID:Clang>:-Wglobal-constructors -Wexit-time-destructors -Wextra-semi>)
+  # Nothing but registration runs when a library is loaded.
+  $<$<CXX_COMPILER_ID:Clang>:-Wglobal-constructors -Wexit-time-destructors>
+  # A library calls itself directly, not through its procedure linkage table; Clang does so anyway.
+  $<$<CXX_COMPILER_ID:GNU>:-fno-semantic-interposition>)
+
+# __FILE__ is the path in this tree, wherever the tree stands: messages and binaries are the same on every machine.
+add_compile_options(-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=)
+
+# A sanitizer instruments what the whole build makes, GoogleTest included; coverage only what is ours.
 if(BRIXO_SANITIZE)
-  target_compile_options(brixo_options INTERFACE
+  add_compile_options(
     -fsanitize=${BRIXO_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
-  target_link_options(brixo_options INTERFACE -fsanitize=${BRIXO_SANITIZE})
+  add_link_options(-fsanitize=${BRIXO_SANITIZE})
 endif()
 if(BRIXO_COVERAGE)
-  target_compile_options(brixo_options INTERFACE --coverage -fprofile-update=atomic)
-  target_link_options(brixo_options INTERFACE --coverage)
+  target_compile_options(brixo_warnings INTERFACE --coverage -fprofile-update=atomic)
+  target_link_options(brixo_warnings INTERFACE --coverage)
 endif()

@@ -1,40 +1,75 @@
-# brixo_test(FOLDER path... [LINK lib...]) - for each path, an executable from <path>_test.cpp beside the code and a ctest of the
-# same name, labelled with the folder. It links shared libraries as a client does: BrixoTypes unless LINK says otherwise.
-#   brixo_test(bitmask Orn/BitId Orn/U64Bitmask)   ->   bitmask/Orn/BitId, bitmask/Orn/U64Bitmask
+# Tests: one executable per test file, so that a test links little, fails alone and runs beside the others.
 # GoogleTest is built from Debian's sources (package googletest), so that it has this build's word size and sanitizer.
-set_property(GLOBAL PROPERTY BRIXO_TEST_LIBRARIES "")
+#
+# brixo_test(FOLDER path... [LINK lib...])
+#   For each path an executable from <path>_test.cpp beside the code and a ctest FOLDER/path with the label FOLDER:
+#     brixo_test(bitmask Orn/BitId Orn/U64Bitmask)   ->   bitmask/Orn/BitId, bitmask/Orn/U64Bitmask
+#   It links shared libraries as a client does: BrixoTypes unless LINK says otherwise.
+#
+# brixo_cross_test(FOLDER path... [LINK lib...])
+#   The same for a test that needs this build and a build of the other word size. It carries the labels FOLDER and
+#   cross, and finds the two build directories in the environment variables BRIXO_THIS_BUILD and BRIXO_OTHER_BUILD;
+#   an executable stands at the same place in both. Not registered where BRIXO_OTHER_BUILD is empty.
+set(BRIXO_OTHER_BUILD "" CACHE PATH "Build directory of the other word size, for the tests labelled cross")
+set(BRIXO_GOOGLETEST_DIR /usr/src/googletest CACHE PATH "Sources of GoogleTest")
+
 if(BRIXO_BUILD_TESTS)
   enable_testing()
+  if(NOT EXISTS ${BRIXO_GOOGLETEST_DIR}/CMakeLists.txt)
+    message(FATAL_ERROR "GoogleTest's sources are not in ${BRIXO_GOOGLETEST_DIR}. "
+      "Run scripts/setup, or build without tests: -DBRIXO_BUILD_TESTS=OFF")
+  endif()
   set(INSTALL_GTEST OFF)
-  set(BUILD_GMOCK ON)
-  set(gtest_disable_pthreads OFF)
-  add_subdirectory(/usr/src/googletest ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
+  add_subdirectory(${BRIXO_GOOGLETEST_DIR} ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
   foreach(target gtest gtest_main gmock gmock_main)
-    if(BRIXO_SANITIZE)
-      target_compile_options(${target} PRIVATE -fsanitize=${BRIXO_SANITIZE})
-    endif()
     get_target_property(includes ${target} INTERFACE_INCLUDE_DIRECTORIES)
     set_target_properties(${target} PROPERTIES INTERFACE_SYSTEM_INCLUDE_DIRECTORIES "${includes}")
   endforeach()
+
+  # What every test executable is compiled with: brixo::options without the word on global constructors, because
+  # GoogleTest registers each test with one.
+  add_library(brixo_test_options INTERFACE)
+  target_link_libraries(brixo_test_options INTERFACE brixo_warnings gmock gtest_main)
+  target_compile_definitions(brixo_test_options INTERFACE BRIXO_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
+
+  # GoogleTest's headers cost more to parse than most tests to compile: they are parsed once.
+  add_executable(brixo_test_headers ${CMAKE_CURRENT_LIST_DIR}/test_headers.cpp)
+  target_link_libraries(brixo_test_headers PRIVATE brixo_test_options)
+  target_precompile_headers(brixo_test_headers PRIVATE <gmock/gmock.h> <gtest/gtest.h>)
 endif()
 
-function(brixo_test folder)
-  if(NOT BRIXO_BUILD_TESTS)
-    return()
-  endif()
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "LINK")
-  if(NOT arg_LINK)
-    set(arg_LINK Brixo::BrixoTypes)
-  endif()
-  foreach(path IN LISTS arg_UNPARSED_ARGUMENTS)
+# Adds the executables and the ctests; the callers add what sets their tests apart.
+function(brixo_add_tests folder paths libraries)
+  foreach(path IN LISTS paths)
     string(REPLACE "/" "-" target "${folder}-${path}")
     add_executable(${target} ${path}_test.cpp)
-    target_link_libraries(${target} PRIVATE ${arg_LINK} brixo::options gmock gtest_main)
-    # GoogleTest registers each test with a global object; that is its business, not ours.
-    target_compile_options(${target} PRIVATE
-      $<$<CXX_COMPILER_ID:Clang>:-Wno-global-constructors -Wno-exit-time-destructors>)
-    target_compile_definitions(${target} PRIVATE BRIXO_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
+    target_link_libraries(${target} PRIVATE ${libraries} brixo_test_options)
+    target_precompile_headers(${target} REUSE_FROM brixo_test_headers)
     add_test(NAME ${folder}/${path} COMMAND ${target})
     set_tests_properties(${folder}/${path} PROPERTIES LABELS ${folder} TIMEOUT 300)
   endforeach()
+endfunction()
+
+function(brixo_test folder)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "LINK")
+  if(BRIXO_BUILD_TESTS)
+    if(NOT arg_LINK)
+      set(arg_LINK Brixo::BrixoTypes)
+    endif()
+    brixo_add_tests(${folder} "${arg_UNPARSED_ARGUMENTS}" "${arg_LINK}")
+  endif()
+endfunction()
+
+function(brixo_cross_test folder)
+  if(NOT BRIXO_OTHER_BUILD)
+    return()
+  endif()
+  brixo_test(${folder} ${ARGN})
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "LINK")
+  if(BRIXO_BUILD_TESTS)
+    foreach(path IN LISTS arg_UNPARSED_ARGUMENTS)
+      set_tests_properties(${folder}/${path} PROPERTIES LABELS "${folder};cross" ENVIRONMENT
+        "BRIXO_THIS_BUILD=${CMAKE_BINARY_DIR};BRIXO_OTHER_BUILD=${BRIXO_OTHER_BUILD}")
+    endforeach()
+  endif()
 endfunction()

@@ -1,0 +1,1 @@
+// test_headers.cpp - carries the precompiled headers that every test executable reuses; does nothing itself.
