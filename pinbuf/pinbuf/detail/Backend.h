@@ -1,0 +1,54 @@
+// Backend.h - what gives regions their memory and their address.
+//
+// A back end keeps the promises of pinbuf.h about regions; the face keeps those about names and
+// errors. It is chosen by the environment variable PINBUF_BACKEND at each call. Errors:  throws
+// Failure. Threads: every operation may be called from several threads and processes at once.
+#ifndef PINBUF_DETAIL_BACKEND_H
+#define PINBUF_DETAIL_BACKEND_H
+
+#include <cstdint>
+#include <pinbuf/detail/RegionName.h>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace pinbuf {
+
+// The three constants of the platform that pinbuf_map passes on.
+struct PlatformConstants {
+    int values[3];
+};
+
+struct RegionInfo {
+    std::string name;
+    std::string owner;
+    std::uint32_t address; // 0: none yet
+    std::uint32_t sizeBytes;
+};
+
+class Backend {
+public:
+    Backend() = default;
+    Backend(const Backend&) = delete;
+    Backend& operator=(const Backend&) = delete;
+
+    // The physical address of a region that has at least `sizeBytes` bytes (1 or more); never 0.
+    virtual std::uint32_t alloc(const RegionName& name, std::uint32_t sizeBytes,
+                                std::string_view owner) const = 0;
+
+    // The virtual address of an existing region; never null.
+    virtual void* map(const RegionName& name, const PlatformConstants& constants) const = 0;
+
+    // The regions that exist, by ascending name.
+    virtual std::vector<RegionInfo> list() const = 0;
+
+protected:
+    ~Backend() = default; // nobody deletes a back end through this interface
+};
+
+// The back end that the environment chooses; lives as long as the process.
+const Backend& chosenBackend();
+
+} // namespace pinbuf
+
+#endif // PINBUF_DETAIL_BACKEND_H

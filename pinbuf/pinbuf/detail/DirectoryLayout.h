@@ -1,0 +1,73 @@
+// DirectoryLayout.h - the bytes of the directory file, which gives each region of the folder its
+// physical address.
+//
+// Bytes:    host byte order (little-endian), the same in both word sizes: a header of 256 bytes,
+// then records of 256
+//           bytes each up to the end of the file, no part of one. Bytes called reserved are written
+//           as 0 and not interpreted.
+// Valid:    a record counts when its state is 1. All its other bytes are written first and the
+// state last, in one
+//           aligned word; giving a record up is one store of 0 there. So a kill leaves it whole or
+//           absent. The file itself gets its name only once its header is complete.
+// Trusted:  nothing is taken on faith. A reader checks every record that counts (see Directory.h).
+// Ignored:  everything but the state of a record whose state is 0.
+#ifndef PINBUF_DETAIL_DIRECTORY_LAYOUT_H
+#define PINBUF_DETAIL_DIRECTORY_LAYOUT_H
+
+#include <cstddef>
+#include <cstdint>
+#include <pinbuf/detail/AddressWindow.h>
+#include <pinbuf/detail/RegionName.h>
+
+namespace pinbuf {
+
+inline constexpr std::uint32_t directoryMagic = 0x44424e50; // the bytes "PNBD"
+inline constexpr std::uint32_t directoryVersion = 1;
+
+struct DirectoryHeader {
+    std::uint32_t magic = directoryMagic;            //  0
+    std::uint32_t version = directoryVersion;        //  4
+    std::uint32_t recordBytes = 256;                 //  8
+    std::uint32_t windowBegin = pinbuf::windowBegin; // 12: first address of the window
+    std::uint32_t windowEnd = pinbuf::windowEnd;     // 16: first address after it
+    std::uint32_t reserved[59] = {};                 // 20
+};
+
+static_assert(sizeof(DirectoryHeader) == 256 && alignof(DirectoryHeader) == 4);
+static_assert(offsetof(DirectoryHeader, windowEnd) == 16 &&
+              offsetof(DirectoryHeader, reserved) == 20);
+
+struct DirectoryRecord {
+    static constexpr std::uint32_t stateFree = 0;
+    static constexpr std::uint32_t stateValid = 1;
+    static constexpr std::size_t maxOwnerBytes = 111;
+
+    std::uint32_t state = stateFree; //   0: written last
+    std::uint32_t address = 0;       //   4: physical, a multiple of 4096
+    std::uint32_t sizeBytes =
+        0; //   8: of the region's file; the address range is this in whole pages
+    std::uint32_t reserved = 0; //  12
+    char name[RegionName::maxBytes + 1] =
+        {}; //  16: of the region and its file, filled up with zeros, at least one
+    char owner[maxOwnerBytes + 1] = {}; // 144: who asked for the region first, likewise
+};
+
+static_assert(sizeof(DirectoryRecord) == 256 && alignof(DirectoryRecord) == 4);
+static_assert(offsetof(DirectoryRecord, address) == 4 && offsetof(DirectoryRecord, sizeBytes) == 8);
+static_assert(offsetof(DirectoryRecord, name) == 16 && offsetof(DirectoryRecord, owner) == 144);
+
+// Where record `index` begins in the file.
+constexpr std::uint64_t recordOffsetBytes(std::uint64_t index) {
+    return sizeof(DirectoryHeader) + index * sizeof(DirectoryRecord);
+}
+
+// The file grows by one page at a time; the header and 15 records fill the first.
+inline constexpr std::uint64_t directoryGrowthBytes = 4096;
+
+// More regions than the address window has pages cannot be.
+inline constexpr std::uint64_t maxDirectoryBytes =
+    recordOffsetBytes((windowEnd - windowBegin) / addressPageBytes) + directoryGrowthBytes;
+
+} // namespace pinbuf
+
+#endif // PINBUF_DETAIL_DIRECTORY_LAYOUT_H

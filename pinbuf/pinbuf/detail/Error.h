@@ -1,0 +1,44 @@
+// Error.h - how a call fails: one exception inside, one line outside.
+//
+// Inside the library a step that cannot go on throws Failure with the reason. The face catches it
+// and reports the one line that the user sees: `call: region "name": reason`.
+#ifndef PINBUF_DETAIL_ERROR_H
+#define PINBUF_DETAIL_ERROR_H
+
+#include <exception>
+#include <string>
+#include <string_view>
+
+namespace pinbuf {
+
+// Why a call fails, in words that need no look into the code.
+class Failure : public std::exception {
+public:
+    explicit Failure(std::string reason) : reason_(std::move(reason)) {}
+
+    // `what` could not be done: "<what>: <text of the system's error number>".
+    Failure(std::string what, int errorNumber);
+
+    const char* what() const noexcept override { return reason_.c_str(); }
+
+private:
+    std::string reason_;
+};
+
+// `text` between double quotes. A double quote, a backslash and a control character become \xNN:
+// still one line.
+std::string quoted(std::string_view text);
+
+// Writes the line to standard error in one piece and keeps it for lastError(). `name` null: the
+// line names no region. A name longer than 127 bytes is shown by its first 127 and "..."; so is a
+// line that exceeds 1023 bytes. Allocates nothing, so that it can also report that memory has run
+// out.
+void report(std::string_view call, const char* name, std::string_view reason) noexcept;
+
+// The last reported line of this thread, or "" after clearError().
+const char* lastError() noexcept;
+void clearError() noexcept;
+
+} // namespace pinbuf
+
+#endif // PINBUF_DETAIL_ERROR_H

@@ -1,0 +1,99 @@
+#include <pinbuf/detail/Folder.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <pinbuf/detail/Error.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+
+namespace pinbuf {
+namespace {
+
+// A trailing slash would make the kernel follow a symbolic link in the last component in spite of
+// O_NOFOLLOW; so would a trailing "/.".
+std::string withoutTrailingSlashes(std::string path) {
+    while (path.size() > 1) {
+        if (path.ends_with('/'))
+            path.pop_back();
+        else if (path.ends_with("/."))
+            path.resize(path.size() - 1);
+        else
+            break;
+    }
+    return path;
+}
+
+// The open directory, or a closed descriptor when there is none.
+Descriptor openDirectory(const std::string& path) {
+    Descriptor directory(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (directory.isOpen() || errno == ENOENT) return directory;
+
+    const int error = errno;
+
+    struct stat found {};
+
+    if (::lstat(path.c_str(), &found) == 0 && S_ISLNK(found.st_mode)) {
+        throw Failure("the folder " + quoted(path) + " is a symbolic link");
+    }
+    if (error == ENOTDIR) throw Failure("the folder " + quoted(path) + " is not a directory");
+    throw Failure("cannot open the folder " + quoted(path), error);
+}
+
+} // namespace
+
+std::string Folder::chosenPath() {
+    const char* chosen = std::getenv("PINBUF_DIR");
+    if (chosen != nullptr && *chosen != '\0') return withoutTrailingSlashes(chosen);
+    return "/dev/shm/pinbuf-" + std::to_string(::geteuid());
+}
+
+Folder Folder::openOrMake(const std::string& path) {
+    // Made first and looked at afterwards: of two processes that start at once one makes it, and
+    // both check it.
+    if (::mkdir(path.c_str(), 0700) != 0 && errno != EEXIST) {
+        throw Failure("cannot make the folder " + quoted(path), errno);
+    }
+    Folder folder(path, openDirectory(path));
+    if (!folder.directory_.isOpen()) throw Failure("the folder " + quoted(path) + " has vanished");
+    folder.requireOurs();
+    return folder;
+}
+
+std::optional<Folder> Folder::openToRead(const std::string& path) {
+    Descriptor directory = openDirectory(path);
+    if (!directory.isOpen()) return std::nullopt;
+    return Folder(path, std::move(directory));
+}
+
+void Folder::requireOurs() const {
+    struct stat found {};
+
+    if (::fstat(descriptor(), &found) != 0) {
+        throw Failure("cannot examine the folder " + quoted(path_), errno);
+    }
+    if (found.st_uid != ::geteuid()) {
+        throw Failure("the folder " + quoted(path_) + " belongs to user " +
+                      std::to_string(found.st_uid) + ", not to user " +
+                      std::to_string(::geteuid()));
+    }
+    if ((found.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
+        throw Failure("the folder " + quoted(path_) + " is writable by others than its owner");
+    }
+}
+
+std::string Folder::quotedPathOf(std::string_view leaf) const {
+    return quoted(path_ + "/" + std::string(leaf));
+}
+
+FolderLock::FolderLock(const Folder& folder, Mode mode) : descriptor_(folder.descriptor()) {
+    const int operation = mode == Mode::exclusive ? LOCK_EX : LOCK_SH;
+    while (::flock(descriptor_, operation) != 0) {
+        if (errno != EINTR) throw Failure("cannot lock the folder", errno);
+    }
+}
+
+FolderLock::~FolderLock() { ::flock(descriptor_, LOCK_UN); }
+
+} // namespace pinbuf

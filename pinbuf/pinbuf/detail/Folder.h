@@ -1,0 +1,68 @@
+// Folder.h - the open folder of the regions; what happens in it happens relative to this
+// descriptor.
+//
+// Owns:      one descriptor of the folder. Renaming or replacing the folder later does not affect
+// an open one. Invariant: it was reached through no symbolic link in its last component. Errors:
+// throws Failure.
+#ifndef PINBUF_DETAIL_FOLDER_H
+#define PINBUF_DETAIL_FOLDER_H
+
+#include <optional>
+#include <pinbuf/detail/Descriptor.h>
+#include <string>
+#include <string_view>
+
+namespace pinbuf {
+
+class Folder {
+public:
+    // The path that the environment names, or the default one (see pinbuf.h).
+    static std::string chosenPath();
+
+    // The folder in which regions may be made: absent, it is created with mode 0700; present, it
+    // must be a directory, belong to the effective user and be writable by nobody else.
+    static Folder openOrMake(const std::string& path);
+
+    // The folder as it is, whoever owns it; empty when there is none. To look, not to change.
+    static std::optional<Folder> openToRead(const std::string& path);
+
+    // The folder's open file, which finds again the folder of an earlier call.
+    int descriptor() const { return directory_.number(); }
+
+    // The path of a file in the folder, quoted, for texts.
+    std::string quotedPathOf(std::string_view leaf) const;
+
+private:
+    Folder(std::string path, Descriptor directory)
+        : path_(std::move(path)), directory_(std::move(directory)) {}
+
+    void requireOurs() const;
+
+    std::string path_;
+    Descriptor directory_;
+};
+
+// Holds the advisory lock of the folder: every change to it happens under the exclusive lock, every
+// look at its directory file under the shared one.
+//
+// Wait:  as long as another holder takes. The kernel drops the lock of a holder that dies, however
+// it dies. Scope: the lock belongs to the open folder, so it also keeps threads of one process
+// apart. It is undone explicitly: a
+//        process forked by another thread meanwhile shares the descriptor and must not prolong the
+//        lock.
+class FolderLock {
+public:
+    enum class Mode { shared, exclusive };
+
+    FolderLock(const Folder& folder, Mode mode);
+    ~FolderLock();
+    FolderLock(const FolderLock&) = delete;
+    FolderLock& operator=(const FolderLock&) = delete;
+
+private:
+    int descriptor_;
+};
+
+} // namespace pinbuf
+
+#endif // PINBUF_DETAIL_FOLDER_H

@@ -1,0 +1,154 @@
+#include <pinbuf/detail/FolderFile.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <fcntl.h>
+#include <pinbuf/detail/Error.h>
+#include <sys/stat.h>
+
+namespace pinbuf {
+namespace {
+
+constexpr std::uint64_t reserveStepBytes = 1024 * 1024;
+
+// O_NONBLOCK: opening a named pipe that somebody left there must not wait for its other end.
+constexpr int safely = O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+
+constexpr mode_t privateMode = S_IRUSR | S_IWUSR;
+
+// Why a file that exists could not be opened.
+Failure openFailure(const std::string& quotedPath, int error) {
+    if (error == ELOOP) return Failure(quotedPath + " is a symbolic link");
+    if (error == EISDIR || error == ENXIO) return Failure(quotedPath + " is not a regular file");
+    return Failure("cannot open " + quotedPath, error);
+}
+
+// Calls `transfer(done)`, which moves some bytes and says how many, until all have moved.
+template <typename Transfer>
+void transferAll(std::size_t sizeBytes, const std::string& what, Transfer transfer) {
+    std::size_t done = 0;
+    while (done < sizeBytes) {
+        const ssize_t moved = transfer(done);
+        if (moved < 0 && errno == EINTR) continue;
+        if (moved < 0) throw Failure("cannot " + what, errno);
+        if (moved == 0) throw Failure("cannot " + what + ": it ended early");
+        done += static_cast<std::size_t>(moved);
+    }
+}
+
+} // namespace
+
+FolderFile::FolderFile(std::string quotedPath, Descriptor descriptor)
+    : quotedPath_(std::move(quotedPath)), descriptor_(std::move(descriptor)) {
+    constexpr std::uint64_t statusBlockBytes = 512; // whatever the file system's own blocks are
+
+    struct stat status {};
+
+    if (::fstat(descriptor_.number(), &status) != 0) {
+        throw Failure("cannot examine " + quotedPath_, errno);
+    }
+    if (!S_ISREG(status.st_mode)) throw Failure(quotedPath_ + " is not a regular file");
+    identity_ = {status.st_dev, status.st_ino};
+    sizeBytes_ = static_cast<std::uint64_t>(status.st_size);
+    mode_ = status.st_mode & 07777U;
+    owner_ = status.st_uid;
+    hasHoles_ = static_cast<std::uint64_t>(status.st_blocks) * statusBlockBytes < sizeBytes_;
+}
+
+std::optional<FolderFile> FolderFile::openWith(const Folder& folder, const std::string& leaf,
+                                               int flags) {
+    Descriptor descriptor(::openat(folder.descriptor(), leaf.c_str(), flags | safely));
+    if (!descriptor.isOpen() && errno == ENOENT) return std::nullopt;
+    if (!descriptor.isOpen()) throw openFailure(folder.quotedPathOf(leaf), errno);
+    return FolderFile(folder.quotedPathOf(leaf), std::move(descriptor));
+}
+
+std::optional<FolderFile> FolderFile::open(const Folder& folder, const std::string& leaf) {
+    std::optional<FolderFile> file = openWith(folder, leaf, O_RDWR);
+    if (file && file->owner_ != ::geteuid()) {
+        throw Failure(file->quotedPath_ + " belongs to user " + std::to_string(file->owner_) +
+                      ", not to user " + std::to_string(::geteuid()));
+    }
+    return file;
+}
+
+std::optional<FolderFile> FolderFile::openToRead(const Folder& folder, const std::string& leaf) {
+    return openWith(folder, leaf, O_RDONLY);
+}
+
+void FolderFile::makePrivate() const {
+    if (mode_ == privateMode) return;
+    if (::fchmod(descriptor(), privateMode) != 0) {
+        throw Failure("cannot change the mode of " + quotedPath_, errno);
+    }
+}
+
+void FolderFile::readAt(std::uint64_t offsetBytes, void* to, std::size_t sizeBytes) const {
+    transferAll(sizeBytes, "read " + quotedPath_, [&](std::size_t done) {
+        return ::pread(descriptor(), static_cast<std::byte*>(to) + done, sizeBytes - done,
+                       static_cast<off_t>(offsetBytes + done));
+    });
+}
+
+void FolderFile::writeAt(std::uint64_t offsetBytes, const void* from, std::size_t sizeBytes) const {
+    transferAll(sizeBytes, "write " + quotedPath_, [&](std::size_t done) {
+        return ::pwrite(descriptor(), static_cast<const std::byte*>(from) + done, sizeBytes - done,
+                        static_cast<off_t>(offsetBytes + done));
+    });
+}
+
+int reserveBytes(int descriptor, std::uint64_t offsetBytes, std::uint64_t lengthBytes) {
+    return ::posix_fallocate(descriptor, static_cast<off_t>(offsetBytes),
+                             static_cast<off_t>(lengthBytes));
+}
+
+void reserveRange(int descriptor, std::uint64_t beginBytes, std::uint64_t endBytes,
+                  Reserve reserve) {
+    for (std::uint64_t offset = beginBytes; offset < endBytes;) {
+        const std::uint64_t stepBytes = std::min(reserveStepBytes, endBytes - offset);
+        const int error = reserve(descriptor, offset, stepBytes);
+        if (error == EINTR) continue;
+        if (error != 0) {
+            throw Failure("cannot reserve " + std::to_string(endBytes - beginBytes) + " bytes",
+                          error);
+        }
+        offset += stepBytes;
+    }
+}
+
+void reserveHoles(const FolderFile& file) {
+    // The bare system call: where a file system lacks it, the library's substitute rewrites bytes
+    // that are there, and might undo what another process stores at that moment.
+    reserveRange(file.descriptor(), 0, file.sizeBytes(),
+                 [](int descriptor, std::uint64_t offsetBytes, std::uint64_t lengthBytes) {
+                     const int result = ::fallocate(descriptor, 0, static_cast<off_t>(offsetBytes),
+                                                    static_cast<off_t>(lengthBytes));
+                     return result == 0 ? 0 : errno;
+                 });
+}
+
+UnfinishedFile::UnfinishedFile(const Folder& folder, std::string unfinishedLeaf)
+    : folder_(folder), leaf_(std::move(unfinishedLeaf)) {
+    ::unlinkat(folder_.descriptor(), leaf_.c_str(),
+               0); // what a killed process left; usually nothing
+    Descriptor descriptor(::openat(folder_.descriptor(), leaf_.c_str(),
+                                   O_RDWR | O_CREAT | O_EXCL | safely, privateMode));
+    if (!descriptor.isOpen()) throw Failure("cannot make " + folder_.quotedPathOf(leaf_), errno);
+    file_ = FolderFile(folder_.quotedPathOf(leaf_), std::move(descriptor));
+    file_->makePrivate(); // a umask may have taken the owner's own access away
+}
+
+UnfinishedFile::~UnfinishedFile() {
+    if (!leaf_.empty()) ::unlinkat(folder_.descriptor(), leaf_.c_str(), 0);
+}
+
+void UnfinishedFile::publishAs(const std::string& leaf) {
+    if (::renameat2(folder_.descriptor(), leaf_.c_str(), folder_.descriptor(), leaf.c_str(),
+                    RENAME_NOREPLACE) != 0) {
+        throw Failure("cannot make " + folder_.quotedPathOf(leaf), errno);
+    }
+    leaf_.clear();
+}
+
+} // namespace pinbuf

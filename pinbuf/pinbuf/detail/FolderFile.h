@@ -1,0 +1,108 @@
+// FolderFile.h - an open regular file of the folder.
+//
+// Owns:   one descriptor.
+// Links:  a file is opened by its name inside the open folder and never through a symbolic link.
+// Errors: throws Failure. An absent file is no error.
+#ifndef PINBUF_DETAIL_FOLDER_FILE_H
+#define PINBUF_DETAIL_FOLDER_FILE_H
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <pinbuf/detail/Descriptor.h>
+#include <pinbuf/detail/Folder.h>
+#include <string>
+
+namespace pinbuf {
+
+// Tells files of one machine apart, whatever they are named. No other file has it while this one is
+// open or mapped.
+struct FileIdentity {
+    std::uint64_t device;
+    std::uint64_t inode;
+    bool operator==(const FileIdentity&) const = default;
+};
+
+class FolderFile {
+public:
+    // Opens the file to read and write it. By outcome: (1) it is a regular file of the effective
+    // user: open; (2) absent: empty; (3) a symbolic link, anything else that is no regular file,
+    // another user's: Failure.
+    static std::optional<FolderFile> open(const Folder& folder, const std::string& leaf);
+
+    // The same to read only, and whoever owns it.
+    static std::optional<FolderFile> openToRead(const Folder& folder, const std::string& leaf);
+
+    int descriptor() const { return descriptor_.number(); }
+
+    // What was found when the file was opened.
+    std::uint64_t sizeBytes() const { return sizeBytes_; }
+
+    bool hasHoles() const { return hasHoles_; }
+
+    const FileIdentity& identity() const { return identity_; }
+
+    // Gives the owner alone access.
+    void makePrivate() const;
+
+    // Moves exactly `sizeBytes` bytes, or throws.
+    void readAt(std::uint64_t offsetBytes, void* to, std::size_t sizeBytes) const;
+    void writeAt(std::uint64_t offsetBytes, const void* from, std::size_t sizeBytes) const;
+
+private:
+    friend class UnfinishedFile;
+    FolderFile(std::string quotedPath, Descriptor descriptor);
+    static std::optional<FolderFile> openWith(const Folder& folder, const std::string& leaf,
+                                              int flags);
+
+    std::string quotedPath_;
+    Descriptor descriptor_;
+    FileIdentity identity_{};
+    std::uint64_t sizeBytes_ = 0;
+    std::uint32_t mode_ = 0;
+    std::uint32_t owner_ = 0; // user id
+    bool hasHoles_ = false;
+};
+
+// Reserves memory for bytes [offset, offset + length) of a file and makes the file reach that far,
+// as posix_fallocate does; returns 0 or the error number. Tests put a failing one in its place.
+using Reserve = int (*)(int descriptor, std::uint64_t offsetBytes, std::uint64_t lengthBytes);
+int reserveBytes(int descriptor, std::uint64_t offsetBytes, std::uint64_t lengthBytes);
+
+// Extends `file` to `endBytes` with zeros from `beginBytes` on, all of it reserved. In steps of a
+// megabyte: a step that a signal interrupts is repeated, and a step is short enough to get through
+// between two signals of a timer.
+void reserveRange(int descriptor, std::uint64_t beginBytes, std::uint64_t endBytes,
+                  Reserve reserve = reserveBytes);
+
+// Reserves memory for the holes of a file that is already in use. Neither its bytes nor its size
+// change.
+void reserveHoles(const FolderFile& file);
+
+// A new file that nobody can mistake for a finished one: it has a name of its own, beginning with a
+// dot, until it is complete, and one step of the kernel gives it its final name.
+//
+// Owns:      the unfinished file; removes it again unless it was published.
+// Kill:      leaves the file behind under the unfinished name, where the next one removes it.
+// Threads:   the folder is locked exclusively meanwhile.
+class UnfinishedFile {
+public:
+    UnfinishedFile(const Folder& folder, std::string unfinishedLeaf);
+    ~UnfinishedFile();
+    UnfinishedFile(const UnfinishedFile&) = delete;
+    UnfinishedFile& operator=(const UnfinishedFile&) = delete;
+
+    const FolderFile& file() const { return *file_; }
+
+    // Throws, and replaces nothing, when `leaf` exists.
+    void publishAs(const std::string& leaf);
+
+private:
+    const Folder& folder_;
+    std::string leaf_; // empty once published
+    std::optional<FolderFile> file_;
+};
+
+} // namespace pinbuf
+
+#endif // PINBUF_DETAIL_FOLDER_FILE_H

@@ -1,0 +1,138 @@
+#include <pinbuf/detail/ShmBackend.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <dirent.h>
+#include <fcntl.h>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <pinbuf/detail/Error.h>
+#include <pinbuf/detail/Mapping.h>
+#include <string>
+#include <sys/stat.h>
+
+namespace pinbuf {
+namespace {
+
+// The address on record for a file that exists; a file without a fitting record gets one.
+std::uint32_t adopt(Directory& directory, const FolderFile& file, const RegionName& name,
+                    std::string_view owner) {
+    if (const DirectoryRecord* record = directory.find(name.text());
+        record != nullptr && record->sizeBytes == file.sizeBytes()) {
+        return record->address;
+    }
+    directory.forget(name.text());
+    const Directory::Place place = directory.placeFor(file.sizeBytes());
+    // It fits the address window, so it fits 32 bits.
+    directory.enter(place, name, static_cast<std::uint32_t>(file.sizeBytes()), owner);
+    return place.address;
+}
+
+// An existing region: long enough, reserved, the user's alone.
+std::uint32_t reuse(Directory& directory, const FolderFile& file, const RegionName& name,
+                    std::uint32_t sizeBytes, std::string_view owner) {
+    if (file.sizeBytes() < sizeBytes) {
+        throw Failure("the region has " + std::to_string(file.sizeBytes()) + " bytes, " +
+                      std::to_string(sizeBytes) + " are asked for");
+    }
+    file.makePrivate();
+    if (file.hasHoles()) reserveHoles(file);
+    return adopt(directory, file, name, owner);
+}
+
+// The names of the folder that may be regions, sorted.
+std::vector<std::string> regionNames(const Folder& folder) {
+    const auto close = [](DIR* stream) { ::closedir(stream); };
+    // A stream owns its descriptor and moves its position: it gets one of its own.
+    Descriptor descriptor(::openat(folder.descriptor(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!descriptor.isOpen()) throw Failure("cannot read the folder", errno);
+    const std::unique_ptr<DIR, decltype(close)> stream(::fdopendir(descriptor.number()), close);
+    if (!stream) throw Failure("cannot read the folder", errno);
+    descriptor.release();
+
+    std::vector<std::string> names;
+    errno = 0;
+    while (const dirent* entry = ::readdir(stream.get())) {
+        if (RegionName::objectionTo(entry->d_name).empty()) names.emplace_back(entry->d_name);
+    }
+    if (errno != 0) throw Failure("cannot read the folder", errno);
+    std::ranges::sort(names);
+    return names;
+}
+
+// What is known of the file `name`; empty when it is no region.
+std::optional<RegionInfo> describe(const Folder& folder, const std::optional<Directory>& directory,
+                                   const std::string& name) {
+    struct stat found {};
+
+    if (::fstatat(folder.descriptor(), name.c_str(), &found, AT_SYMLINK_NOFOLLOW) != 0 ||
+        !S_ISREG(found.st_mode) || found.st_size > std::numeric_limits<std::uint32_t>::max()) {
+        return std::nullopt;
+    }
+    RegionInfo info{name, "", 0, static_cast<std::uint32_t>(found.st_size)};
+    const DirectoryRecord* record = directory ? directory->find(name) : nullptr;
+    if (record != nullptr && record->sizeBytes == info.sizeBytes) {
+        info.owner = record->owner;
+        info.address = record->address;
+    }
+    return info;
+}
+
+} // namespace
+
+const ShmBackend& ShmBackend::instance() {
+    static constexpr ShmBackend backend;
+    return backend;
+}
+
+std::uint32_t ShmBackend::alloc(const RegionName& name, std::uint32_t sizeBytes,
+                                std::string_view owner) const {
+    const Folder folder = Folder::openOrMake(Folder::chosenPath());
+    const FolderLock lock(folder, FolderLock::Mode::exclusive);
+    Directory directory = Directory::openOrMake(folder);
+    const std::optional<FolderFile> file = FolderFile::open(folder, name.text());
+    return file ? reuse(directory, *file, name, sizeBytes, owner)
+                : make(folder, directory, name, sizeBytes, owner);
+}
+
+std::uint32_t ShmBackend::make(const Folder& folder, Directory& directory, const RegionName& name,
+                               std::uint32_t sizeBytes, std::string_view owner) const {
+    directory.forget(name.text()); // its file has vanished
+    const Directory::Place place = directory.placeFor(sizeBytes);
+    UnfinishedFile unfinished(folder, unfinishedLeaf);
+    reserveRange(unfinished.file().descriptor(), 0, sizeBytes, reserve_);
+    directory.enter(place, name, sizeBytes, owner);
+    try {
+        unfinished.publishAs(name.text());
+    } catch (...) {
+        directory.forget(name.text());
+        throw;
+    }
+    return place.address;
+}
+
+void* ShmBackend::map(const RegionName& name, const PlatformConstants&) const {
+    const std::optional<Folder> folder = Folder::openToRead(Folder::chosenPath());
+    const std::optional<FolderFile> file =
+        folder ? FolderFile::open(*folder, name.text()) : std::nullopt;
+    if (!file) throw Failure("there is no region of this name");
+    return mapOnce(*file);
+}
+
+std::vector<RegionInfo> ShmBackend::list() const {
+    std::vector<RegionInfo> regions;
+    const std::optional<Folder> folder = Folder::openToRead(Folder::chosenPath());
+    if (!folder) return regions;
+
+    const FolderLock lock(*folder, FolderLock::Mode::shared);
+    const std::optional<Directory> directory = Directory::openToRead(*folder);
+    for (const std::string& name : regionNames(*folder)) {
+        if (std::optional<RegionInfo> info = describe(*folder, directory, name)) {
+            regions.push_back(std::move(*info));
+        }
+    }
+    return regions;
+}
+
+} // namespace pinbuf
