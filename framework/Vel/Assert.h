@@ -4,13 +4,12 @@
 //     // CacheTable.cpp:88: assertion failed: offset < pinbufSize(); index = 40, offset = 4008
 //     //     (in Vel::BytePtr Brixo::CacheTable::entryPtr(Vel::U32) const)      - all on one line
 //
-// Text:    the asserted expression as written, then the named values, then the function as the
-// compiler spells it.
-//          VEL_ASSERT_AS states the text itself, for texts that others rely on: a formatter may
-//          respell an expression.
-// Cost:    one predicted branch; the values are looked at only when the assertion fails.
-// Errors:  writes one line to standard error and aborts. Allocates nothing, so it works in any
-// state.
+// Text:   the asserted expression as written, then the named values, then the function as the
+//         compiler spells it. VEL_ASSERT_AS states the text itself, for texts that others rely on:
+//         a formatter may respell an expression.
+// Cost:   one predicted branch; the values are looked at only when the assertion fails.
+// Errors: writes one line to standard error and aborts. Allocates nothing, so it works in any
+//         state.
 #pragma once
 
 #include <Vel/Export.h>

@@ -1,8 +1,8 @@
 // Expect.h - declares, for the life of a scope, which kinds of exception its block expects.
 //
-// Scope:   one thread; scopes nest, and an inner scope adds to what the outer ones expect.
-// Effect:  an Exception made inside the scope with one of these ids has expected() set; nothing
-// else changes.
+// Scope:  one thread; scopes nest, and an inner scope adds to what the outer ones expect.
+// Effect: an Exception made inside the scope with one of these ids has expected() set; nothing else
+//         changes.
 #pragma once
 
 #include <Vel/Exception.h>

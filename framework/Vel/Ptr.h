@@ -3,15 +3,14 @@
 // Owns:      one reference to its target, or nothing. One machine word.
 // Invariant: each non-null Ptr accounts for exactly one count of its target.
 // Assign:    takes the new reference before dropping the old one, so assigning through an alias is
-// safe. Cost:      copy is one increment; destruction one decrement, plus the target's destructor
-// if it was the last. A move
-//            touches no count.
+//            safe.
+// Cost:      copy is one increment; destruction one decrement, plus the target's destructor if it
+//            was the last. A move touches no count.
 // Threads:   one Ptr belongs to one thread. The target's count may be shared between threads only
-// while
-//            VFPtrInterface::enableThreadSafePointers is set; set it before the first object is
-//            shared.
+//            while VFPtrInterface::enableThreadSafePointers is set; set it before the first object
+//            is shared.
 // Cycles:    are never collected. A notifiee owns its notifier; the notifier lists its notifiees
-// raw.
+//            raw.
 #pragma once
 
 #include <compare>

@@ -1,18 +1,17 @@
 // PtrInterface.h - base of every object that counts its own references.
 //
-// Layout:    the first word after the virtual-table pointer holds the count and two flags:
-//              bit 31 0x80000000  marked for deletion
-//              bit 29 0x20000000  notification active
-//              the other bits     count of references, that is the word AND 0x5fffffff
-// Lifetime:  born with count 0; the first Ptr makes it 1. When the count falls to 0,
-// handleZeroRef() runs: it tells
-//            whoever must know and deletes the object. An object that never had a reference is
-//            never deleted.
-// Copying:   copies what a subclass holds, never the count or the flags: the copy is born with
-// count 0. Memory:    operator new takes from per-thread lists by size class; see
-// detail/ObjectHeap.h. Threads:   counts and flags change by plain stores, or by atomic
-// read-modify-writes with full ordering while
-//            VFPtrInterface::enableThreadSafePointers is set.
+// Layout:   the first word after the virtual-table pointer holds the count and two flags:
+//             bit 31 0x80000000  marked for deletion
+//             bit 29 0x20000000  notification active
+//             the other bits     count of references, that is the word AND 0x5fffffff
+// Lifetime: born with count 0; the first Ptr makes it 1. When the count falls to 0, handleZeroRef()
+//           runs: it tells whoever must know and deletes the object. An object that never had a
+//           reference is never deleted.
+// Copying:  copies what a subclass holds, never the count or the flags: the copy is born with
+//           count 0.
+// Memory:   operator new takes from per-thread lists by size class; see detail/ObjectHeap.h.
+// Threads:  counts and flags change by plain stores, or by atomic read-modify-writes with full
+//           ordering while VFPtrInterface::enableThreadSafePointers is set.
 #pragma once
 
 #include <Vel/Export.h>

@@ -1,15 +1,17 @@
 // String8.h - 8-bit string whose data is shared between copies and counts its own references.
 //
 // Owns:      one reference to its data. The empty string shares one data object, nullStringData_,
-// which is never freed. Layout:    the data's first word is its count (masked with 0x5fffffff, as
-// in PtrInterface); the characters follow the
-//            header in the same allocation and end with a NUL that the length does not count.
+//            which is neither counted nor freed.
+// Layout:    the data's first word is its count (masked with 0x5fffffff, as in PtrInterface); the
+//            characters follow the header in the same allocation and end with a NUL that the length
+//            does not count.
 // Copying:   one increment. A string is written only while nobody shares its data: appending copies
-// shared data first. Cost:      appending is amortised O(1) a character: capacity doubles. Threads:
-// as for Ptr: one String8 belongs to one thread; data may be shared between threads only while
-//            VFPtrInterface::enableThreadSafePointers is set.
+//            shared data first.
+// Cost:      appending is amortised O(1) a character: capacity doubles.
+// Threads:   as for Ptr: one String8 belongs to one thread; data may be shared between threads only
+//            while VFPtrInterface::enableThreadSafePointers is set.
 // Iterators: IteratorConst stays valid while any string that shares the data lives and none
-// appends.
+//            appends.
 #pragma once
 
 #include <Vel/Export.h>

@@ -2,8 +2,7 @@
 // mode, its memory.
 //
 // Threads: enableThreadSafePointers is read by every reference operation, without synchronisation.
-// Set it before the
-//          first object is shared between threads and leave it set.
+//          Set it before the first object is shared between threads and leave it set.
 #pragma once
 
 #include <Vel/Export.h>
