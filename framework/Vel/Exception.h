@@ -58,6 +58,9 @@ public:
 
     const String8& text() const noexcept { return text_; }
 
+    // Other words for the same failure: what is caught can be thrown on with more said.
+    void textIs(const String8& text) noexcept { text_ = text; }
+
     IdBitArray ids() const noexcept { return ids_; }
 
     // Whether the block that threw had declared, by Expect, that this may happen.

@@ -1,0 +1,7 @@
+#include <Vel/forcePointerAccessH.h>
+
+namespace Vel {
+
+void forcePointerAccessH(const void*) noexcept {}
+
+} // namespace Vel
