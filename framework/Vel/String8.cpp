@@ -13,7 +13,7 @@ constinit typename StringN<Char>::Data StringN<Char>::nullStringData_{0, 0, 0};
 
 template <class Char>
 typename StringN<Char>::Data* StringN<Char>::Data::make(std::size_t capacity) {
-    VEL_ASSERT(capacity <= 0x7fffffff, capacity);
+    VEL_ASSERT(capacity <= capacityMax, capacity);
     const std::size_t room = capacity + 1 > sizeof(chars_) ? capacity + 1 : sizeof(chars_);
     void* place = ::operator new(sizeof(Data) - sizeof(chars_) + room);
     return new (place) Data(1, 0, static_cast<U32>(capacity));
@@ -21,6 +21,7 @@ typename StringN<Char>::Data* StringN<Char>::Data::make(std::size_t capacity) {
 
 template <class Char>
 typename StringN<Char>::Data* StringN<Char>::filled(std::string_view text, std::size_t capacity) {
+    VEL_ASSERT(text.size() <= capacity, text.size(), capacity);
     if (capacity == 0) return &nullStringData_;
     Data* data = Data::make(capacity);
     if (!text.empty()) std::memcpy(data->chars(), text.data(), text.size());
@@ -42,10 +43,13 @@ StringN<Char>& StringN<Char>::append(std::string_view text) {
     if (text.empty()) return *this;
     const std::size_t oldLength = length();
     const std::size_t newLength = oldLength + text.size();
-    // `text` may lie in our own data, so a reference to that stays until the characters are copied.
-    const StringN old = data_->capacity() < newLength ? *this : StringN();
-    if (data_->capacity() < newLength || data_->references() != 1)
-        reserve(std::max(newLength, 2 * oldLength));
+    // `text` may lie in our own data, so that keeps a reference until the characters are copied.
+    StringN old;
+    if (data_->capacity() < newLength || data_->references() != 1) {
+        old = *this;
+        reserve(
+            std::max({newLength, std::min(2 * oldLength, Data::capacityMax), Data::capacityGrown}));
+    }
     std::memcpy(data_->chars() + oldLength, text.data(), text.size());
     data_->lengthIs(newLength);
     return *this;

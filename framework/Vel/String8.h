@@ -46,7 +46,7 @@ public:
     // Copies the characters up to the NUL. `text` is not null.
     StringN(const char* text) : StringN(std::string_view(text)) {}
 
-    StringN(std::string_view text) { init(text.data(), text.size(), text.size()); }
+    StringN(std::string_view text) : data_(filled(text, text.size())) {}
 
     StringN(const StringN& other) noexcept : data_(other.data_) { data_->referencesInc(); }
 
@@ -65,11 +65,20 @@ public:
         return *this;
     }
 
-    // Makes the string `length` characters of `text`, with room for `capacity` before the next
-    // growth. Takes new data without looking at the old: only for a string under construction.
-    // `length` <= `capacity`; `text` may be null if `length` is 0.
+    // A string of `length` characters that the caller writes at `*place`, before it copies or changes
+    // the string; until then they are not initialised.
+    static StringN uninitialised(std::size_t length, char** place) {
+        StringN text(filled({}, length));
+        if (length != 0) text.data_->lengthIs(length);
+        *place = text.data_->chars();
+        return text;
+    }
+
+    // Makes the string `length` characters of `text`, which may be its own, with room for `capacity`
+    // before the next growth. `length` <= `capacity`; `text` may be null if `length` is 0.
     void init(const char* text, std::size_t length, std::size_t capacity) {
-        data_ = filled({text, length}, capacity);
+        StringN fresh(filled({text, length}, capacity));
+        swap(fresh);
     }
 
     // The characters, followed by a NUL; borrowed until the string changes or goes.
@@ -92,7 +101,7 @@ public:
     StringN& operator+=(const char* text) { return append(text); }
 
     StringN& append(std::string_view text);
-    // Room for `capacity` characters in all before the next growth.
+    // Room for `capacity` characters in all before the next growth; the text stays as it is.
     void reserve(std::size_t capacity);
 
     friend StringN operator+(const StringN& a, const StringN& b) {
@@ -103,11 +112,18 @@ public:
 
     friend StringN operator+(const char* a, const StringN& b) { return joined(a, b.view()); }
 
+    // A sum under construction grows in place.
+    friend StringN operator+(StringN&& a, const StringN& b) { return std::move(a += b); }
+
+    friend StringN operator+(StringN&& a, const char* b) { return std::move(a += b); }
+
     friend bool operator==(const StringN& a, const StringN& b) noexcept {
         return a.data_ == b.data_ || a.view() == b.view();
     }
 
     friend bool operator==(const StringN& a, const char* b) noexcept { return a.view() == b; }
+
+    friend bool operator==(const StringN& a, std::string_view b) noexcept { return a.view() == b; }
 
     // By bytes, as unsigned numbers.
     friend std::strong_ordering operator<=>(const StringN& a, const StringN& b) noexcept {
@@ -121,8 +137,11 @@ public:
 
     IteratorConst end() const noexcept { return IteratorConst(charPtr(), charPtr() + length()); }
 
-    // How many strings share the data. For tests and tools.
+    // How many strings share the data, 0 for the empty string's. For tests and tools.
     U32 references() const noexcept { return data_->references(); }
+
+    // How many characters fit before the next growth, those that are there included.
+    std::size_t capacity() const noexcept { return data_->capacity(); }
 
     void swap(StringN& other) noexcept { std::swap(data_, other.data_); }
 
@@ -142,8 +161,12 @@ template <class Char>
 class VEL_API StringN<Char>::Data {
 public:
     static constexpr U32 referencesMask = 0x5fffffffU;
+    static constexpr std::size_t capacityMax = 0x7fffffff;
+    // What a string that grows gets at least: with it, the data fill two 16-byte units.
+    static constexpr std::size_t capacityGrown = 19;
 
-    constexpr Data(U32 references, U32 length, U32 capacity) noexcept
+    // Always inline: GCC 12 emits no constexpr constructor for the explicit instantiation below.
+    [[gnu::always_inline]] constexpr Data(U32 references, U32 length, U32 capacity) noexcept
         : references_(references), length_(length), capacity_(capacity) {}
 
     Data(const Data&) = delete;
@@ -168,7 +191,9 @@ public:
         if ((left & referencesMask) == 0) ::operator delete(this);
     }
 
-    U32 references() noexcept { return count().load(std::memory_order_relaxed) & referencesMask; }
+    // An answer of 1 comes after everything that former sharers in other threads read from the data:
+    // the only owner left may write it.
+    U32 references() noexcept { return count().load(std::memory_order_acquire) & referencesMask; }
 
     std::size_t length() const noexcept { return length_; }
 
@@ -180,7 +205,7 @@ public:
 
     void lengthIs(std::size_t length) noexcept {
         length_ = static_cast<U32>(length);
-        chars_[length] = '\0';
+        chars()[length] = '\0';
     }
 
 private:
