@@ -199,9 +199,12 @@ public:
 
     std::size_t capacity() const noexcept { return capacity_; }
 
-    char* chars() noexcept { return chars_; }
+    // From the start of the allocation: the characters go on past the member that says where.
+    char* chars() noexcept { return reinterpret_cast<char*>(this) + offsetof(Data, chars_); }
 
-    const char* chars() const noexcept { return chars_; }
+    const char* chars() const noexcept {
+        return reinterpret_cast<const char*>(this) + offsetof(Data, chars_);
+    }
 
     void lengthIs(std::size_t length) noexcept {
         length_ = static_cast<U32>(length);

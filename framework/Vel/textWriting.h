@@ -48,7 +48,8 @@ inline char* writeNumber(char* out, U64 value) noexcept {
 inline char* writeNumber(char* out, S64 value) noexcept {
     if (value >= 0) return writeNumber(out, static_cast<U64>(value));
     *out++ = '-';
-    return writeNumber(out, 0 - static_cast<U64>(value)); // modulo 2^64: right for -2^63 too
+    const U64 magnitude = 0 - static_cast<U64>(value); // modulo 2^64: right for -2^63 too
+    return std::to_chars(out, out + numberMax - 1, magnitude).ptr;
 }
 
 // True or False.
