@@ -11,7 +11,7 @@ const Backend& chosenBackend() {
     const char* chosen = std::getenv("PINBUF_BACKEND");
     const std::string_view name = chosen == nullptr ? "" : chosen;
     if (name.empty() || name == "shm") return ShmBackend::instance();
-    throw Failure("PINBUF_BACKEND names no back end: " + quoted(name) + ", known is \"shm\"");
+    throw Failure("PINBUF_BACKEND names no back end: " + inQuotes(name) + ", known is \"shm\"");
 }
 
 } // namespace pinbuf

@@ -112,7 +112,7 @@ void Directory::requireConsistentRecords() const {
     }
     std::ranges::sort(names);
     if (const auto twice = std::ranges::adjacent_find(names); twice != names.end()) {
-        throw Failure(damaged + "two records have the name " + quoted(*twice));
+        throw Failure(damaged + "two records have the name " + inQuotes(*twice));
     }
     if (!areDisjoint(takenExtents())) throw Failure(damaged + "two regions overlap");
 }

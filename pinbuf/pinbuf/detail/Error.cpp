@@ -72,7 +72,7 @@ private:
 Failure::Failure(std::string what, int errorNumber)
     : reason_(std::move(what) + ": " + std::generic_category().message(errorNumber)) {}
 
-std::string quoted(std::string_view text) {
+std::string inQuotes(std::string_view text) {
     std::string result;
     quoteInto(text, [&result](std::string_view piece) { result += piece; });
     return result;

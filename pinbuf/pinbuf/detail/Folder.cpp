@@ -35,10 +35,10 @@ Descriptor openDirectory(const std::string& path) {
     struct stat found {};
 
     if (::lstat(path.c_str(), &found) == 0 && S_ISLNK(found.st_mode)) {
-        throw Failure("the folder " + quoted(path) + " is a symbolic link");
+        throw Failure("the folder " + inQuotes(path) + " is a symbolic link");
     }
-    if (error == ENOTDIR) throw Failure("the folder " + quoted(path) + " is not a directory");
-    throw Failure("cannot open the folder " + quoted(path), error);
+    if (error == ENOTDIR) throw Failure("the folder " + inQuotes(path) + " is not a directory");
+    throw Failure("cannot open the folder " + inQuotes(path), error);
 }
 
 } // namespace
@@ -53,10 +53,10 @@ Folder Folder::openOrMake(const std::string& path) {
     // Made first and looked at afterwards: of two processes that start at once one makes it, and
     // both check it.
     if (::mkdir(path.c_str(), 0700) != 0 && errno != EEXIST) {
-        throw Failure("cannot make the folder " + quoted(path), errno);
+        throw Failure("cannot make the folder " + inQuotes(path), errno);
     }
     Folder folder(path, openDirectory(path));
-    if (!folder.directory_.isOpen()) throw Failure("the folder " + quoted(path) + " has vanished");
+    if (!folder.directory_.isOpen()) throw Failure("the folder " + inQuotes(path) + " has vanished");
     folder.requireOurs();
     return folder;
 }
@@ -71,20 +71,20 @@ void Folder::requireOurs() const {
     struct stat found {};
 
     if (::fstat(descriptor(), &found) != 0) {
-        throw Failure("cannot examine the folder " + quoted(path_), errno);
+        throw Failure("cannot examine the folder " + inQuotes(path_), errno);
     }
     if (found.st_uid != ::geteuid()) {
-        throw Failure("the folder " + quoted(path_) + " belongs to user " +
+        throw Failure("the folder " + inQuotes(path_) + " belongs to user " +
                       std::to_string(found.st_uid) + ", not to user " +
                       std::to_string(::geteuid()));
     }
     if ((found.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
-        throw Failure("the folder " + quoted(path_) + " is writable by others than its owner");
+        throw Failure("the folder " + inQuotes(path_) + " is writable by others than its owner");
     }
 }
 
 std::string Folder::quotedPathOf(std::string_view leaf) const {
-    return quoted(path_ + "/" + std::string(leaf));
+    return inQuotes(path_ + "/" + std::string(leaf));
 }
 
 FolderLock::FolderLock(const Folder& folder, Mode mode) : descriptor_(folder.descriptor()) {

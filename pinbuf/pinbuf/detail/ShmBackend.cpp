@@ -37,8 +37,9 @@ std::uint32_t reuse(Directory& directory, const FolderFile& file, const RegionNa
                       std::to_string(sizeBytes) + " are asked for");
     }
     file.makePrivate();
+    const std::uint32_t address = adopt(directory, file, name, owner);
     if (file.hasHoles()) reserveHoles(file);
-    return adopt(directory, file, name, owner);
+    return address;
 }
 
 // The names of the folder that may be regions, sorted.

@@ -1,0 +1,110 @@
+#include <pinbuf/detail/AddressWindow.h>
+
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <random>
+#include <vector>
+
+namespace pinbuf {
+namespace {
+
+constexpr std::uint32_t page = addressPageBytes;
+
+static_assert(wholePages(0) == 0 && wholePages(1) == 4096);
+static_assert(wholePages(4095) == 4096 && wholePages(4096) == 4096 && wholePages(4097) == 8192);
+static_assert(wholePages(0xffffffff) == 0x100000000);
+
+TEST(AddressWindow, NeverContainsZeroAndEndsBelow32Bits) {
+    EXPECT_EQ(windowBegin, 0x40000000U);
+    EXPECT_EQ(windowEnd - 1, 0xbfffffffU);
+}
+
+TEST(AddressWindow, KnowsWhichExtentsArePossible) {
+    EXPECT_TRUE((Extent{windowBegin, 1}.isPossible()));
+    EXPECT_TRUE((Extent{windowBegin, windowEnd - windowBegin}.isPossible()));
+    EXPECT_TRUE((Extent{windowEnd - page, page}.isPossible()));
+    EXPECT_FALSE((Extent{windowEnd - page, page + 1}.isPossible())) << "ends outside";
+    EXPECT_FALSE((Extent{windowBegin - page, page}.isPossible())) << "begins outside";
+    EXPECT_FALSE((Extent{windowBegin + 1, 1}.isPossible())) << "not aligned";
+    EXPECT_FALSE((Extent{windowBegin, 0}.isPossible())) << "empty";
+    EXPECT_FALSE((Extent{0xfffff000, 0xffffffff}.isPossible())) << "wraps around 32 bits";
+    EXPECT_FALSE((Extent{0, 1}.isPossible()));
+}
+
+TEST(AddressWindow, FindsTheLowestGapThatIsLargeEnough) {
+    EXPECT_EQ(firstFit({}, 1), windowBegin);
+    const std::vector<Extent> taken{{windowBegin + page, 1}, {windowBegin + 4 * page, page + 1}};
+    EXPECT_EQ(firstFit(taken, page - 1), windowBegin);
+    EXPECT_EQ(firstFit(taken, page), windowBegin);
+    EXPECT_EQ(firstFit(taken, page + 1), windowBegin + 2 * page);
+    EXPECT_EQ(firstFit(taken, 2 * page), windowBegin + 2 * page);
+    EXPECT_EQ(firstFit(taken, 2 * page + 1), windowBegin + 6 * page);
+}
+
+TEST(AddressWindow, FillsToTheLastByteAndNoFurther) {
+    constexpr std::uint32_t all = windowEnd - windowBegin;
+    EXPECT_EQ(firstFit({}, all), windowBegin);
+    EXPECT_EQ(firstFit({}, std::uint64_t{all} + 1), std::nullopt);
+    EXPECT_EQ(firstFit({}, 0xffffffff), std::nullopt);
+    EXPECT_EQ(firstFit({}, std::uint64_t{1} << 40U), std::nullopt);
+    const std::vector<Extent> allButTheLastPage{{windowBegin, all - page}};
+    EXPECT_EQ(firstFit(allButTheLastPage, page), windowEnd - page);
+    EXPECT_EQ(firstFit(allButTheLastPage, page + 1), std::nullopt);
+    EXPECT_EQ(firstFit({{windowBegin, all}}, 1), std::nullopt);
+    EXPECT_EQ(largestFit({}), all);
+    EXPECT_EQ(largestFit(allButTheLastPage), page);
+    EXPECT_EQ(largestFit({{windowBegin, all}}), 0U);
+}
+
+TEST(AddressWindow, SeesExtentsThatShareAPage) {
+    EXPECT_TRUE(areDisjoint({}));
+    EXPECT_TRUE(areDisjoint({{windowBegin, page}, {windowBegin + page, 1}}));
+    EXPECT_FALSE(areDisjoint({{windowBegin, page + 1}, {windowBegin + page, 1}}));
+    EXPECT_FALSE(areDisjoint({{windowBegin, 1}, {windowBegin, 1}}));
+}
+
+// Against a list of single pages, in which every question is a plain search.
+TEST(AddressWindow, AgreesWithAModelOfSinglePages) {
+    constexpr std::uint32_t seed = 20240611;
+    std::mt19937 random(seed);
+    constexpr std::size_t modelPages = 64; // the low end of the window; the rest stays free
+    for (int round = 0; round < 300; ++round) {
+        std::vector<bool> isTaken(modelPages + 9, false);
+        std::vector<Extent> taken;
+        for (int step = 0; step < 60; ++step) {
+            const std::uint32_t sizeBytes = 1 + random() % (8 * page);
+            const std::size_t pages = static_cast<std::size_t>(wholePages(sizeBytes) / page);
+            std::size_t expected = 0;
+            const auto isFree = [&](std::size_t from) {
+                for (std::size_t i = from; i < from + pages; ++i) {
+                    if (i < isTaken.size() && isTaken[i]) return false;
+                }
+                return true;
+            };
+            while (!isFree(expected)) ++expected;
+
+            const auto found = firstFit(taken, sizeBytes);
+            ASSERT_TRUE(found.has_value());
+            ASSERT_EQ((*found - windowBegin) / page, expected)
+                << "seed " << seed << " round " << round;
+            if (expected + pages > modelPages) { // give one back instead
+                if (taken.empty()) continue;
+                const auto victim =
+                    taken.begin() + static_cast<std::ptrdiff_t>(random() % taken.size());
+                for (std::uint64_t a = victim->address; a < victim->end(); a += page) {
+                    isTaken[static_cast<std::size_t>((a - windowBegin) / page)] = false;
+                }
+                taken.erase(victim);
+                continue;
+            }
+            for (std::size_t i = expected; i < expected + pages; ++i) isTaken[i] = true;
+            taken.push_back({*found, sizeBytes});
+            std::sort(taken.begin(), taken.end(),
+                      [](const Extent& a, const Extent& b) { return a.address < b.address; });
+            ASSERT_TRUE(areDisjoint(taken));
+        }
+    }
+}
+
+} // namespace
+} // namespace pinbuf

@@ -1,0 +1,226 @@
+#include <pinbuf/detail/Folder.h>
+
+#include <chrono>
+#include <gtest/gtest.h>
+#include <pinbuf/detail/TestSupport.h>
+#include <string>
+#include <sys/file.h>
+#include <thread>
+
+namespace pinbuf {
+namespace {
+
+namespace fs = std::filesystem;
+using test::failureOf;
+using test::inChild;
+using test::RegionFolder;
+
+std::string openFailure(const std::string& path) {
+    return failureOf([&] { Folder::openOrMake(path); });
+}
+
+TEST(Folder, IsTheUsersOwnUnlessTheEnvironmentNamesOne) {
+    const std::string own = "/dev/shm/pinbuf-" + std::to_string(::geteuid());
+    ::unsetenv("PINBUF_DIR");
+    EXPECT_EQ(Folder::chosenPath(), own);
+    ::setenv("PINBUF_DIR", "", 1);
+    EXPECT_EQ(Folder::chosenPath(), own);
+    ::setenv("PINBUF_DIR", "/some/where", 1);
+    EXPECT_EQ(Folder::chosenPath(), "/some/where");
+    ::unsetenv("PINBUF_DIR");
+}
+
+TEST(Folder, LosesWhatWouldFollowALinkAtTheEndOfItsPath) {
+    const auto chosen = [](const char* path) {
+        ::setenv("PINBUF_DIR", path, 1);
+        return Folder::chosenPath();
+    };
+    EXPECT_EQ(chosen("/a/b/"), "/a/b");
+    EXPECT_EQ(chosen("/a/b///"), "/a/b");
+    EXPECT_EQ(chosen("/a/b/."), "/a/b");
+    EXPECT_EQ(chosen("/a/b/././/."), "/a/b");
+    EXPECT_EQ(chosen("/a/b."), "/a/b.");
+    EXPECT_EQ(chosen("/"), "/");
+    EXPECT_EQ(chosen("//."), "/");
+    EXPECT_EQ(chosen("."), ".");
+    ::unsetenv("PINBUF_DIR");
+}
+
+TEST(Folder, IsMadeForItsOwnerAlone) {
+    const RegionFolder regions;
+    const mode_t before = ::umask(0);
+    Folder::openOrMake(regions.path());
+    ::umask(before);
+    EXPECT_EQ(RegionFolder::modeOf(regions.path()), 0700U);
+}
+
+TEST(Folder, IsTakenAsItIsWhenItExists) {
+    const RegionFolder regions;
+    regions.make();
+    RegionFolder::chmod(regions.path(), 0755);
+    EXPECT_EQ(openFailure(regions.path()), "");
+    EXPECT_EQ(RegionFolder::modeOf(regions.path()), 0755U);
+}
+
+TEST(Folder, NeedsAFolderToLieIn) {
+    const RegionFolder regions;
+    EXPECT_EQ(openFailure(regions.path("deeper")), "cannot make the folder \"" +
+                                                       regions.path("deeper") +
+                                                       "\": No such file or directory");
+}
+
+TEST(Folder, IsNoFile) {
+    const RegionFolder regions;
+    std::ofstream(regions.path()) << "x";
+    EXPECT_EQ(openFailure(regions.path()),
+              "the folder \"" + regions.path() + "\" is not a directory");
+}
+
+TEST(Folder, IsNoSymbolicLink) {
+    const RegionFolder regions;
+    fs::create_directory(regions.beside("real"));
+    fs::create_directory_symlink(regions.beside("real"), regions.path());
+    const std::string expected = "the folder \"" + regions.path() + "\" is a symbolic link";
+    EXPECT_EQ(openFailure(regions.path()), expected);
+    EXPECT_EQ(failureOf([&] { Folder::openToRead(regions.path()); }), expected);
+    for (const char* ending : {"/", "/.", "//./"}) {
+        ::setenv("PINBUF_DIR", (regions.path() + ending).c_str(), 1);
+        EXPECT_EQ(openFailure(Folder::chosenPath()), expected) << ending;
+    }
+    EXPECT_TRUE(fs::is_empty(regions.beside("real")));
+}
+
+TEST(Folder, IsNoLinkToNothing) {
+    const RegionFolder regions;
+    fs::create_directory_symlink(regions.beside("nothing"), regions.path());
+    EXPECT_EQ(openFailure(regions.path()),
+              "the folder \"" + regions.path() + "\" is a symbolic link");
+    EXPECT_FALSE(fs::exists(regions.beside("nothing")));
+}
+
+TEST(Folder, IsWritableByNobodyElse) {
+    const RegionFolder regions;
+    regions.make();
+    for (const unsigned mode : {0720U, 0702U, 0777U}) {
+        RegionFolder::chmod(regions.path(), mode);
+        EXPECT_EQ(openFailure(regions.path()),
+                  "the folder \"" + regions.path() + "\" is writable by others than its owner");
+    }
+}
+
+TEST(Folder, BelongsToTheUser) {
+    if (!test::isRoot()) GTEST_SKIP() << "only root can give a folder away";
+    const RegionFolder regions;
+    regions.make();
+    ASSERT_EQ(::chown(regions.path().c_str(), test::nobody, test::nobody), 0);
+    EXPECT_EQ(openFailure(regions.path()),
+              "the folder \"" + regions.path() + "\" belongs to user 65534, not to user 0");
+    EXPECT_TRUE(Folder::openToRead(regions.path()).has_value()) << "looking is allowed";
+}
+
+TEST(Folder, SaysWhyItCannotBeOpened) {
+    if (!test::isRoot()) GTEST_SKIP() << "needs a user who may become another one";
+    const RegionFolder regions;
+    regions.make();
+    RegionFolder::chmod(regions.path(), 0);
+    ASSERT_EQ(::chown(regions.path().c_str(), test::nobody, test::nobody), 0);
+    EXPECT_EQ(inChild([&] {
+                  RegionFolder::chmod(fs::path(regions.path()).parent_path(), 0755);
+                  if (::setresuid(test::nobody, test::nobody, test::nobody) != 0) return 2;
+                  return openFailure(regions.path()) == "cannot open the folder \"" +
+                                                            regions.path() + "\": Permission denied"
+                             ? 0
+                             : 1;
+              }),
+              0);
+}
+
+TEST(Folder, IsNotMadeToLookIntoIt) {
+    const RegionFolder regions;
+    EXPECT_FALSE(Folder::openToRead(regions.path()).has_value());
+    EXPECT_FALSE(fs::exists(regions.path()));
+    regions.make();
+    EXPECT_TRUE(Folder::openToRead(regions.path()).has_value());
+}
+
+TEST(Folder, QuotesThePathsOfItsFiles) {
+    const RegionFolder regions;
+    EXPECT_EQ(Folder::openOrMake(regions.path()).quotedPathOf("a\"b"),
+              "\"" + regions.path() + "/a\\x22b\"");
+}
+
+// Whether another opening of the folder could take the lock in that mode now.
+bool isFree(const RegionFolder& regions, int operation) {
+    const int other = ::open(regions.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const bool isTaken = ::flock(other, operation | LOCK_NB) == 0;
+    ::close(other);
+    return isTaken;
+}
+
+TEST(FolderLock, ExcludesEverybodyOrOnlyThoseWhoChange) {
+    const RegionFolder regions;
+    const Folder folder = Folder::openOrMake(regions.path());
+    {
+        const FolderLock lock(folder, FolderLock::Mode::exclusive);
+        EXPECT_FALSE(isFree(regions, LOCK_SH));
+        EXPECT_FALSE(isFree(regions, LOCK_EX));
+    }
+    EXPECT_TRUE(isFree(regions, LOCK_EX));
+    {
+        const FolderLock lock(folder, FolderLock::Mode::shared);
+        EXPECT_TRUE(isFree(regions, LOCK_SH));
+        EXPECT_FALSE(isFree(regions, LOCK_EX));
+    }
+    EXPECT_TRUE(isFree(regions, LOCK_EX));
+}
+
+TEST(FolderLock, WaitsForAnotherThread) {
+    const RegionFolder regions;
+    int changes = 0; // read and written in two steps, which only the lock holds together
+    const auto changeOften = [&] {
+        const Folder folder = Folder::openOrMake(regions.path());
+        for (int i = 0; i < 200; ++i) {
+            const FolderLock lock(folder, FolderLock::Mode::exclusive);
+            const int seen = __atomic_load_n(&changes, __ATOMIC_RELAXED);
+            std::this_thread::yield();
+            __atomic_store_n(&changes, seen + 1, __ATOMIC_RELAXED);
+        }
+    };
+    std::thread other(changeOften);
+    changeOften();
+    other.join();
+    EXPECT_EQ(changes, 400);
+}
+
+TEST(FolderLock, IsFreedByAKill) {
+    const RegionFolder regions;
+    regions.make();
+    EXPECT_EQ(inChild([&] {
+                  const Folder folder = Folder::openOrMake(regions.path());
+                  const FolderLock lock(folder, FolderLock::Mode::exclusive);
+                  ::raise(SIGKILL);
+                  return 0;
+              }),
+              -SIGKILL);
+    EXPECT_TRUE(isFree(regions, LOCK_EX));
+}
+
+TEST(FolderLock, IsNotProlongedByAForkedProcess) {
+    const RegionFolder regions;
+    const Folder folder = Folder::openOrMake(regions.path());
+    pid_t child = -1;
+    {
+        const FolderLock lock(folder, FolderLock::Mode::exclusive);
+        child = ::fork();
+        if (child == 0) {
+            ::pause(); // holds a copy of the descriptor meanwhile
+            ::_exit(0);
+        }
+    }
+    EXPECT_TRUE(isFree(regions, LOCK_EX));
+    ::kill(child, SIGKILL);
+    ::waitpid(child, nullptr, 0);
+}
+
+} // namespace
+} // namespace pinbuf

@@ -1,0 +1,379 @@
+#include <pinbuf/pinbuf.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstring>
+#include <gtest/gtest.h>
+#include <pinbuf/detail/TestSupport.h>
+#include <sched.h>
+#include <string>
+#include <sys/mount.h>
+#include <sys/resource.h>
+#include <thread>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+using pinbuf::test::inChild;
+using pinbuf::test::RegionFolder;
+using pinbuf::test::StandardError;
+using Leaves = std::vector<std::string>;
+
+unsigned alloc(const char* name, unsigned size) { return pinbuf_alloc_func(name, size, "owner"); }
+
+char* map(const char* name) { return static_cast<char*>(pinbuf_map(name, 1, 0, 0)); }
+
+// The line of a call that must fail: on standard error, ended by a line feed, and in pinbuf_error().
+template <typename Call>
+std::string lineOf(Call call) {
+    const StandardError standardError;
+    EXPECT_FALSE(call());
+    const std::string line = pinbuf_error();
+    EXPECT_EQ(standardError.text(), line + "\n");
+    return line;
+}
+
+class Pinbuf : public testing::Test {
+protected:
+    std::string quotedPath(const std::string& leaf) const {
+        return "\"" + regions.path(leaf) + "\"";
+    }
+
+    RegionFolder regions;
+};
+
+TEST_F(Pinbuf, MakesARegionOfZeros) {
+    EXPECT_EQ(alloc("r", 4008), 0x40000000U);
+    EXPECT_STREQ(pinbuf_error(), "");
+    EXPECT_EQ(regions.bytes("r"), std::string(4008, '\0'));
+    EXPECT_EQ(RegionFolder::modeOf(regions.path("r")), 0600U);
+    EXPECT_EQ(RegionFolder::modeOf(regions.path()), 0700U);
+    EXPECT_EQ(regions.leaves(), (Leaves{".regions", "r"}));
+}
+
+TEST_F(Pinbuf, MapsExactlyTheFile) {
+    alloc("r", 9);
+    char* const r = map("r");
+    ASSERT_NE(r, nullptr);
+    EXPECT_STREQ(pinbuf_error(), "");
+    std::memcpy(r, "123456789", 9);
+    EXPECT_EQ(regions.bytes("r"), "123456789");
+    std::uint64_t word = 0;
+    std::memcpy(&word, r + 8, sizeof word);
+    EXPECT_EQ(word, std::uint64_t{'9'});
+}
+
+TEST_F(Pinbuf, TakesThePlatformsConstantsAsTheyAre) {
+    alloc("r", 9);
+    void* const r = pinbuf_map("r", 1, 0, 0);
+    ASSERT_NE(r, nullptr);
+    EXPECT_EQ(pinbuf_map("r", 0, -1, INT_MAX), r);
+    EXPECT_EQ(pinbuf_map("r", INT_MIN, INT_MIN, INT_MIN), r);
+}
+
+TEST_F(Pinbuf, FindsARegionWithItsContents) {
+    const unsigned address = alloc("r", 5);
+    regions.put("r", "12345");
+    EXPECT_EQ(alloc("r", 5), address);
+    EXPECT_EQ(alloc("r", 4), address) << "a larger region serves";
+    EXPECT_EQ(regions.bytes("r"), "12345");
+}
+
+TEST_F(Pinbuf, NeitherGrowsNorReplacesARegionThatIsTooShort) {
+    alloc("r", 5);
+    regions.put("r", "12345");
+    EXPECT_EQ(lineOf([] { return alloc("r", 6); }),
+              "pinbuf_alloc_func: region \"r\": the region has 5 bytes, 6 are asked for");
+    EXPECT_EQ(regions.bytes("r"), "12345");
+    regions.put("empty", "");
+    EXPECT_EQ(lineOf([] { return alloc("empty", 1); }),
+              "pinbuf_alloc_func: region \"empty\": the region has 0 bytes, 1 are asked for");
+    EXPECT_EQ(regions.bytes("empty"), "");
+}
+
+TEST_F(Pinbuf, TakesACraftedFileForARegion) {
+    regions.make();
+    regions.put("r", "crafted");
+    RegionFolder::chmod(regions.path("r"), 0666);
+    EXPECT_EQ(alloc("r", 7), 0x40000000U);
+    EXPECT_EQ(std::string(map("r")), "crafted"); // zeros follow the region
+    EXPECT_EQ(RegionFolder::modeOf(regions.path("r")), 0600U);
+}
+
+TEST_F(Pinbuf, RefusesASizeOfZero) {
+    EXPECT_EQ(lineOf([] { return alloc("r", 0); }),
+              "pinbuf_alloc_func: region \"r\": a region of 0 bytes is asked for");
+    EXPECT_FALSE(fs::exists(regions.path()));
+}
+
+TEST_F(Pinbuf, RefusesSizesBeyondTheAddressWindow) {
+    for (const unsigned size : {0x80000001U, 0xfffff000U, 0xfffff001U, 0xffffffffU}) {
+        EXPECT_EQ(lineOf([size] { return alloc("r", size); }),
+                  "pinbuf_alloc_func: region \"r\": no physical addresses left for " +
+                      std::to_string(size) + " bytes, the longest free range has 2147483648");
+    }
+    EXPECT_EQ(regions.leaves(), (Leaves{".regions"}));
+}
+
+TEST_F(Pinbuf, RefusesHostileNames) {
+    const auto allocLine = [](const char* name) {
+        return lineOf([name] { return alloc(name, 8); });
+    };
+    const auto mapLine = [](const char* name) { return lineOf([name] { return map(name); }); };
+    EXPECT_EQ(allocLine(nullptr), "pinbuf_alloc_func: the name is null");
+    EXPECT_EQ(mapLine(nullptr), "pinbuf_map: the name is null");
+    EXPECT_EQ(allocLine(""), "pinbuf_alloc_func: region \"\": the name is empty");
+    EXPECT_EQ(mapLine(""), "pinbuf_map: region \"\": the name is empty");
+    EXPECT_EQ(allocLine(".."), "pinbuf_alloc_func: region \"..\": the name begins with a dot");
+    EXPECT_EQ(mapLine(".regions"), "pinbuf_map: region \".regions\": the name begins with a dot");
+    EXPECT_EQ(allocLine("a/../../b"),
+              "pinbuf_alloc_func: region \"a/../../b\": the name contains a slash");
+    EXPECT_EQ(mapLine("/dev/null"), "pinbuf_map: region \"/dev/null\": the name contains a slash");
+    EXPECT_EQ(allocLine("a\nb"),
+              "pinbuf_alloc_func: region \"a\\x0ab\": the name contains a control character");
+    const std::string longest(127, 'n');
+    EXPECT_EQ(allocLine((longest + "n").c_str()), "pinbuf_alloc_func: region \"" + longest +
+                                                      "\"...: the name is longer than 127 bytes");
+    EXPECT_FALSE(fs::exists(regions.path())) << "nothing was touched";
+    EXPECT_NE(alloc(longest.c_str(), 8), 0U);
+    EXPECT_NE(map(longest.c_str()), nullptr);
+}
+
+TEST_F(Pinbuf, FormatsNothingThatANameContains) {
+    EXPECT_NE(alloc("%s%n %", 8), 0U);
+    EXPECT_EQ(lineOf([] { return alloc("%s%n %", 9); }),
+              "pinbuf_alloc_func: region \"%s%n %\": the region has 8 bytes, 9 are asked for");
+}
+
+TEST_F(Pinbuf, TakesAnyOwner) {
+    EXPECT_NE(pinbuf_alloc_func("null", 8, nullptr), 0U);
+    EXPECT_NE(pinbuf_alloc_func("empty", 8, ""), 0U);
+    EXPECT_NE(pinbuf_alloc_func("long", 8, std::string(100000, 'o').c_str()), 0U);
+    EXPECT_NE(pinbuf_alloc_func("odd", 8, "a\n\x01/.."), 0U);
+}
+
+TEST_F(Pinbuf, FollowsNoLinkToARegion) {
+    regions.make();
+    std::ofstream(regions.beside("precious")) << "precious";
+    fs::create_symlink(regions.beside("precious"), regions.path("r"));
+    fs::create_symlink(regions.beside("nothing"), regions.path("s"));
+    EXPECT_EQ(lineOf([] { return alloc("r", 8); }),
+              "pinbuf_alloc_func: region \"r\": " + quotedPath("r") + " is a symbolic link");
+    EXPECT_EQ(lineOf([] { return map("r"); }),
+              "pinbuf_map: region \"r\": " + quotedPath("r") + " is a symbolic link");
+    EXPECT_EQ(lineOf([] { return alloc("s", 8); }),
+              "pinbuf_alloc_func: region \"s\": " + quotedPath("s") + " is a symbolic link");
+    EXPECT_FALSE(fs::exists(regions.beside("nothing")));
+}
+
+TEST_F(Pinbuf, FollowsNoLinkToADirectoryFile) {
+    regions.make();
+    fs::create_symlink(regions.beside("elsewhere"), regions.path(".regions"));
+    EXPECT_EQ(lineOf([] { return alloc("r", 8); }),
+              "pinbuf_alloc_func: region \"r\": " + quotedPath(".regions") + " is a symbolic link");
+    EXPECT_EQ(regions.leaves(), (Leaves{".regions"}));
+}
+
+TEST_F(Pinbuf, FollowsNoLinkToTheFolder) {
+    fs::create_directory(regions.beside("elsewhere"));
+    fs::create_directory_symlink(regions.beside("elsewhere"), regions.path());
+    const std::string reason = "the folder \"" + regions.path() + "\" is a symbolic link";
+    EXPECT_EQ(lineOf([] { return alloc("r", 8); }), "pinbuf_alloc_func: region \"r\": " + reason);
+    EXPECT_EQ(lineOf([] { return map("r"); }), "pinbuf_map: region \"r\": " + reason);
+    EXPECT_EQ(lineOf([] {
+                  return pinbuf_list([](const pinbuf_region*, void*) { return 0; }, nullptr) >= 0;
+              }),
+              "pinbuf_list: " + reason);
+    EXPECT_TRUE(fs::is_empty(regions.beside("elsewhere")));
+}
+
+TEST_F(Pinbuf, TakesOnlyARegularFileForARegion) {
+    regions.make();
+    fs::create_directory(regions.path("r"));
+    EXPECT_EQ(lineOf([] { return alloc("r", 8); }),
+              "pinbuf_alloc_func: region \"r\": " + quotedPath("r") + " is not a regular file");
+    EXPECT_EQ(lineOf([] { return map("r"); }),
+              "pinbuf_map: region \"r\": " + quotedPath("r") + " is not a regular file");
+}
+
+TEST_F(Pinbuf, MapsOnlyWhatExists) {
+    EXPECT_EQ(lineOf([] { return map("r"); }),
+              "pinbuf_map: region \"r\": there is no region of this name");
+    EXPECT_FALSE(fs::exists(regions.path()));
+    alloc("s", 8);
+    EXPECT_EQ(lineOf([] { return map("r"); }),
+              "pinbuf_map: region \"r\": there is no region of this name");
+    EXPECT_FALSE(regions.has("r"));
+    regions.put("empty", "");
+    EXPECT_EQ(lineOf([] { return map("empty"); }),
+              "pinbuf_map: region \"empty\": the region's file is empty");
+}
+
+TEST_F(Pinbuf, NamesABackEndThatItDoesNotKnow) {
+    ::setenv("PINBUF_BACKEND", "vfio", 1);
+    const std::string reason = "PINBUF_BACKEND names no back end: \"vfio\", known is \"shm\"";
+    EXPECT_EQ(lineOf([] { return alloc("r", 8); }), "pinbuf_alloc_func: region \"r\": " + reason);
+    EXPECT_EQ(lineOf([] { return map("r"); }), "pinbuf_map: region \"r\": " + reason);
+    ::unsetenv("PINBUF_BACKEND");
+}
+
+TEST_F(Pinbuf, LeavesEverythingAsItIsWhenTheDirectoryFileIsDamaged) {
+    alloc("r", 8);
+    const std::string garbage = "#!/bin/sh\n" + std::string(4096, 'x');
+    regions.put(".regions", garbage);
+    EXPECT_EQ(lineOf([] { return alloc("s", 8); }),
+              "pinbuf_alloc_func: region \"s\": " + quotedPath(".regions") +
+                  " is not a directory of regions: it begins with other bytes");
+    EXPECT_EQ(regions.leaves(), (Leaves{".regions", "r"}));
+    EXPECT_EQ(regions.bytes(".regions"), garbage);
+    EXPECT_NE(map("r"), nullptr) << "the bytes need no directory";
+}
+
+TEST_F(Pinbuf, RemembersTheErrorOfTheLastCallOfTheThread) {
+    lineOf([] { return alloc("", 8); });
+    std::thread([] { EXPECT_STREQ(pinbuf_error(), ""); }).join();
+    EXPECT_STREQ(pinbuf_error(), "pinbuf_alloc_func: region \"\": the name is empty");
+    alloc("r", 8);
+    EXPECT_STREQ(pinbuf_error(), "");
+    lineOf([] { return map("none"); });
+    pinbuf_list([](const pinbuf_region*, void*) { return 0; }, nullptr);
+    EXPECT_STREQ(pinbuf_error(), "");
+}
+
+// What a file system does that is full, in the child of a process that owns it alone; 77 when that needs a right that
+// this process has not got.
+int inTinyFileSystem(const RegionFolder& regions, const std::function<int()>& body) {
+    constexpr int notPermitted = 77;
+    return inChild([&] {
+        const bool isAlone =
+            ::unshare(CLONE_NEWNS) == 0 || ::unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0;
+        if (!isAlone || ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+            ::mount("tmpfs", regions.path().c_str(), "tmpfs", 0, "size=256k,mode=0700") != 0) {
+            return notPermitted;
+        }
+        const int result = body();
+        ::umount(regions.path().c_str());
+        return result;
+    });
+}
+
+TEST_F(Pinbuf, AnswersZeroWhenTheFileSystemIsFull) {
+    regions.make();
+    const int result = inTinyFileSystem(regions, [&] {
+        if (alloc("fits", 100000) == 0) return 1;
+        std::memset(map("fits"), 'x', 100000);
+        if (lineOf([] { return alloc("large", 200000); }) !=
+            "pinbuf_alloc_func: region \"large\": cannot reserve 200000 bytes: No space left on "
+            "device") {
+            return 2;
+        }
+        if (regions.leaves() != Leaves{".regions", "fits"}) return 3;
+        if (regions.bytes("fits") != std::string(100000, 'x')) return 4;
+        const unsigned address = alloc("small", 100000);
+        if (address == 0) return 5; // the half-made file gave its memory back
+        regions.put("sparse", "");
+        fs::resize_file(regions.path("sparse"), 100000);
+        if (lineOf([] { return alloc("sparse", 1); }) !=
+            "pinbuf_alloc_func: region \"sparse\": cannot reserve 100000 bytes: No space left on "
+            "device") {
+            return 6;
+        }
+        if (regions.bytes("sparse") != std::string(100000, '\0')) return 7;
+        return alloc("small", 100000) == address ? 0 : 8;
+    });
+    if (result == 77)
+        GTEST_SKIP() << "no right to mount a file system; ShmBackend_test injects the failure";
+    EXPECT_EQ(result, 0);
+}
+
+TEST_F(Pinbuf, AnswersZeroWhenThereIsNoSpaceForTheDirectoryFile) {
+    regions.make();
+    const int result = inTinyFileSystem(regions, [&] {
+        { std::ofstream(regions.path("filler")) << std::string(300000, 'x'); }
+        if (lineOf([] { return alloc("r", 1); }) !=
+            "pinbuf_alloc_func: region \"r\": cannot reserve 4096 bytes: No space left on device") {
+            return 1;
+        }
+        if (regions.leaves() != Leaves{"filler"}) return 2;
+        fs::remove(regions.path("filler"));
+        return alloc("r", 1) == 0x40000000 ? 0 : 3;
+    });
+    if (result == 77) GTEST_SKIP() << "no right to mount a file system";
+    EXPECT_EQ(result, 0);
+}
+
+TEST_F(Pinbuf, AnswersZeroWhenTheProcessMayNotMakeSoLargeAFile) {
+    EXPECT_EQ(
+        inChild([&] {
+            const rlimit limit{65536, 65536};
+            if (alloc("before", 100) == 0 || ::setrlimit(RLIMIT_FSIZE, &limit) != 0) return 1;
+            ::signal(SIGXFSZ, SIG_IGN);
+            const unsigned address = alloc("r", 65537);
+            if (std::string(pinbuf_error()) !=
+                "pinbuf_alloc_func: region \"r\": cannot reserve 65537 bytes: File too large") {
+                return 2;
+            }
+            if (address != 0 || regions.leaves() != Leaves{".regions", "before"}) return 3;
+            return alloc("r", 65536) == 0x40001000 ? 0 : 4;
+        }),
+        0);
+}
+
+std::string list() {
+    std::string text;
+    const int visits = pinbuf_list(
+        [](const pinbuf_region* region, void* context) {
+            *static_cast<std::string*>(context) += std::string(region->name) + ' ' + region->owner +
+                                                   ' ' + std::to_string(region->physical_address) +
+                                                   ' ' + std::to_string(region->size_bytes) + '\n';
+            return 0;
+        },
+        &text);
+    return text + std::to_string(visits);
+}
+
+TEST_F(Pinbuf, ListsRegionsByName) {
+    EXPECT_EQ(list(), "0") << "also where there is no folder";
+    pinbuf_alloc_func("b", 8, "agent");
+    pinbuf_alloc_func("a", 4097, nullptr);
+    regions.put("c", "by hand");
+    EXPECT_EQ(list(), "a  1073745920 4097\n"
+                      "b agent 1073741824 8\n"
+                      "c  0 7\n"
+                      "3");
+}
+
+TEST_F(Pinbuf, StopsListingWhenTheVisitorSaysSo) {
+    for (const char* name : {"a", "b", "c"}) alloc(name, 8);
+    EXPECT_EQ(pinbuf_list(
+                  [](const pinbuf_region* region, void*) { return region->name[0] == 'b' ? 1 : 0; },
+                  nullptr),
+              2);
+}
+
+TEST_F(Pinbuf, LetsAVisitorMakeRegions) {
+    alloc("a", 8);
+    EXPECT_EQ(pinbuf_list([](const pinbuf_region*,
+                             void*) { return alloc("made meanwhile", 8) == 0 ? 1 : 0; },
+                          nullptr),
+              1);
+    EXPECT_TRUE(regions.has("made meanwhile"));
+}
+
+TEST_F(Pinbuf, ListsNothingWithoutAVisitor) {
+    EXPECT_EQ(lineOf([] { return pinbuf_list(nullptr, nullptr) >= 0; }),
+              "pinbuf_list: the visitor is null");
+}
+
+TEST_F(Pinbuf, ListsNothingFromADamagedDirectoryFile) {
+    regions.make();
+    regions.put(".regions", "garbage");
+    EXPECT_EQ(lineOf([] {
+                  return pinbuf_list([](const pinbuf_region*, void*) { return 0; }, nullptr) >= 0;
+              }),
+              "pinbuf_list: " + quotedPath(".regions") +
+                  " is not a directory of regions: it has 7 bytes");
+}
+
+} // namespace
