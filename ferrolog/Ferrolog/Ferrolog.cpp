@@ -1,0 +1,151 @@
+#include <Ferrolog/Ferrolog.h>
+
+#include <Ferrolog/detail/Complaint.h>
+#include <Ferrolog/detail/Recorder.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <pthread.h>
+
+using namespace Ferrolog::detail;
+
+namespace {
+
+// Values of ferrolog_state. Every opening has a number of its own, from firstEpoch up.
+constexpr U32 stateOff = 0;
+constexpr U32 stateUnknown = 1; // nobody has looked at the environment yet
+constexpr U32 firstEpoch = 2;
+constexpr U32 lastEpoch = 0xFFFF; // the upper half of a ticket
+
+constinit std::mutex openingMutex;
+constinit std::atomic<Recorder*> recorder = nullptr;
+constinit U32 epochs = firstEpoch;
+pthread_key_t threadEnd;
+
+// In the static block of the thread, so that reaching it is no call.
+[[gnu::tls_model("initial-exec")]] constinit thread_local Lane thisThread;
+
+void onThreadEnd(void* lane) { Recorder::giveBack(*static_cast<Lane*>(lane)); }
+
+void onForkInChild() {
+    thisThread = Lane{};
+    if (Recorder* const r = recorder) {
+        r->forgetParent();
+    }
+}
+
+// Once, at the first opening. The library is never unloaded (-z nodelete), so what is registered stays callable.
+void watchThreadsAndForks() {
+    static constinit bool done = false;
+    if (done) {
+        return;
+    }
+    done = true;
+    pthread_key_create(&threadEnd, onThreadEnd);
+    pthread_atfork(nullptr, nullptr, onForkInChild);
+}
+
+// Precondition: openingMutex is held and no file is open.
+int openLocked(char const* path, U32 ringBytes) {
+    TraceFile file;
+    if (int const error = file.open(path, ringBytes); error != 0) {
+        return error;
+    }
+    watchThreadsAndForks();
+    recorder = new Recorder(file, epochs, recorder);
+    storeLast(ferrolog_state, epochs);
+    epochs = epochs == lastEpoch ? firstEpoch : epochs + 1;
+    return 0;
+}
+
+U32 ringBytesOfEnvironment() {
+    char const* const text = secure_getenv("FERROLOG_SIZE");
+    if (text == nullptr || *text == '\0') {
+        return 0;
+    }
+    char* end = nullptr;
+    errno = 0;
+    unsigned long long const bytes = std::strtoull(text, &end, 10);
+    if (*text < '0' || *text > '9' || *end != '\0' || errno != 0 || bytes > ~U32{0}) {
+        complain("FERROLOG_SIZE \"%s\" is not a number of bytes; it is ignored", text);
+        return 0;
+    }
+    return static_cast<U32>(bytes);
+}
+
+void openFromEnvironment() {
+    // Never wait: the caller may be a signal handler that interrupted the one who opens.
+    std::unique_lock const lock(openingMutex, std::try_to_lock);
+    if (!lock || load(ferrolog_state) != stateUnknown) {
+        return;
+    }
+    char const* const path = secure_getenv("FERROLOG_FILE");
+    if (path == nullptr || *path == '\0' || openLocked(path, ringBytesOfEnvironment()) != 0) {
+        storeLast(ferrolog_state, stateOff);
+    }
+}
+
+// The recorder of the open file; null: tracing is off.
+Recorder* openRecorder() {
+    if (load(ferrolog_state) == stateUnknown) {
+        openFromEnvironment();
+    }
+    return load(ferrolog_state) < firstEpoch ? nullptr : recorder.load();
+}
+
+[[gnu::noinline, gnu::cold]] void appendSlowly(ferrolog_site& site, U32 const* words) {
+    int const savedErrno = errno;
+    if (Recorder* const r = openRecorder()) {
+        Lane& lane = thisThread;
+        if (lane.recorder != r && lane.recorder != nullptr && !lane.busy) {
+            lane = Lane{};
+        }
+        bool const hadLane = lane.recorder != nullptr;
+        r->append(lane, r->tagOf(site), words);
+        if (!hadLane && lane.recorder != nullptr) {
+            pthread_setspecific(threadEnd, &lane);
+        }
+    }
+    errno = savedErrno;
+}
+
+} // namespace
+
+constinit uint32_t ferrolog_state = stateUnknown;
+
+int ferrolog_open(char const* path, uint32_t ringBytes) {
+    std::lock_guard const lock(openingMutex);
+    if (load(ferrolog_state) >= firstEpoch) {
+        complain("cannot open \"%s\": a trace file is open already", path);
+        return EBUSY;
+    }
+    return openLocked(path, ringBytes);
+}
+
+void ferrolog_close() {
+    std::lock_guard const lock(openingMutex);
+    bool const wasOpen = load(ferrolog_state) >= firstEpoch;
+    storeLast(ferrolog_state, stateOff);
+    if (wasOpen) {
+        recorder.load()->close();
+    }
+}
+
+char const* ferrolog_error() { return lastComplaint(); }
+
+int ferrolog_register(ferrolog_site* site) {
+    Recorder* const r = openRecorder();
+    return r != nullptr && tagSite(r->tagOf(*site)) != noRoomSiteId ? 1 : 0;
+}
+
+void ferrolog_append(ferrolog_site* site, uint32_t const* words) {
+    Lane& lane = thisThread;
+    U32 const epoch = load(ferrolog_state);
+    U32 const ticket = load(site->ticket);
+    if (ticket >> 16 == epoch && lane.epoch == epoch) [[likely]] {
+        if (lane.tryAppend(ticket & 0xFFFF, words)) [[likely]] {
+            return;
+        }
+    }
+    appendSlowly(*site, words);
+}

@@ -1,0 +1,142 @@
+// ferrolog-cat - prints a trace file: its messages, oldest first, and what it no longer holds.
+//
+//     ferrolog-cat [-n COUNT] FILE
+//
+// Exit status: 0 if the file could be read, with notes or without; 1 if not; 2 for wrong arguments.
+#include <Ferrolog/Reader.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cstdio>
+#include <ctime>
+#include <optional>
+#include <string_view>
+#include <unistd.h>
+
+namespace {
+
+using Ferrolog::CallSite;
+using Ferrolog::Message;
+using Ferrolog::Reader;
+
+struct Arguments {
+    std::size_t count = static_cast<std::size_t>(-1);
+    char const* path = nullptr;
+};
+
+std::optional<Arguments> parse(int argc, char** argv) {
+    Arguments arguments;
+    for (int option = 0; (option = ::getopt(argc, argv, "n:")) != -1;) {
+        if (option != 'n') {
+            return std::nullopt;
+        }
+        std::string_view const text = optarg;
+        auto const [end, error] =
+            std::from_chars(text.data(), text.data() + text.size(), arguments.count);
+        if (error != std::errc{} || end != text.data() + text.size()) {
+            return std::nullopt;
+        }
+    }
+    if (argc - optind != 1) {
+        return std::nullopt;
+    }
+    arguments.path = argv[optind];
+    return arguments;
+}
+
+// "2026-11-21 01:21:49.123456" in local time.
+std::string timeText(std::uint64_t ns) {
+    if (ns == 0) {
+        return "                time unknown";
+    }
+    auto const seconds = static_cast<std::time_t>(ns / 1'000'000'000U);
+    std::tm local{};
+    char text[64] = "";
+    if (::localtime_r(&seconds, &local) == nullptr ||
+        std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", &local) == 0) {
+        return "                time unknown";
+    }
+    char micro[16];
+    std::snprintf(micro, sizeof micro, ".%06u", static_cast<unsigned>(ns % 1'000'000'000U / 1000));
+    return std::string(text) + micro;
+}
+
+std::string counted(std::uint64_t count, char const* what) {
+    return std::to_string(count) + ' ' + what + (count == 1 ? "" : "s");
+}
+
+void printLife(Reader const& reader, std::uint32_t number) {
+    Ferrolog::Life const* const life = reader.life(number);
+    if (life == nullptr) {
+        std::puts("-- a life that the file has forgotten");
+        return;
+    }
+    std::printf("-- life %u: %s, pid %u, began %s\n", life->number, life->name.c_str(), life->pid,
+                timeText(life->beganNs).c_str());
+}
+
+void printMessages(Reader const& reader, std::size_t count) {
+    auto const& messages = reader.messages();
+    std::size_t const first = messages.size() - std::min(count, messages.size());
+    std::size_t width = 0;
+    for (std::size_t i = first; i < messages.size(); ++i) {
+        width = std::max(width, reader.origin(reader.callSites()[messages[i].site]).size());
+    }
+    width = std::min<std::size_t>(width, 40);
+    std::uint32_t newestLife = 0;
+    for (std::size_t i = first; i < messages.size(); ++i) {
+        Message const& message = messages[i];
+        // Once for each life, at its first message; a forked child writes between those of its parent.
+        if (message.life > newestLife || i == first) {
+            newestLife = message.life;
+            printLife(reader, message.life);
+        }
+        Ferrolog::Life const* const life = reader.life(message.life);
+        std::printf(
+            "%s  %7s  %-*s  %s\n", timeText(message.timeNs).c_str(),
+            life == nullptr ? "?" : std::to_string(life->pid).c_str(), static_cast<int>(width),
+            reader.origin(reader.callSites()[message.site]).c_str(), reader.text(message).c_str());
+    }
+}
+
+void printSummary(Reader const& reader, std::size_t count) {
+    std::size_t const present = reader.messages().size();
+    std::printf("-- %s", counted(present, "message").c_str());
+    if (count < present) {
+        std::printf(", the last %zu shown", count);
+    }
+    std::printf(", %llu lost", static_cast<unsigned long long>(reader.lost()));
+    if (reader.unfinished() > 0) {
+        std::printf(", %llu unfinished", static_cast<unsigned long long>(reader.unfinished()));
+    }
+    std::putchar('\n');
+    for (CallSite const& site : reader.callSites()) {
+        if (site.lost == 0) {
+            continue;
+        }
+        std::printf("--   %llu of %llu lost of %s\n", static_cast<unsigned long long>(site.lost),
+                    static_cast<unsigned long long>(site.lost + site.present),
+                    reader.origin(site).c_str());
+    }
+    for (std::string const& note : reader.notes()) {
+        std::printf("-- note: %s\n", note.c_str());
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    std::optional<Arguments> const arguments = parse(argc, argv);
+    if (!arguments) {
+        std::fputs("usage: ferrolog-cat [-n COUNT] FILE\n", stderr);
+        return 2;
+    }
+    Reader const reader{std::string(arguments->path)};
+    if (!reader.error().empty()) {
+        std::fprintf(stderr, "ferrolog-cat: %s: %s\n", arguments->path, reader.error().c_str());
+        return 1;
+    }
+    printMessages(reader, arguments->count);
+    printSummary(reader, arguments->count);
+    return std::ferror(stdout) != 0 || std::fflush(stdout) != 0 ? 1 : 0;
+}

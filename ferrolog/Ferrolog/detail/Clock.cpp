@@ -1,0 +1,71 @@
+#include <Ferrolog/detail/Clock.h>
+
+#include <cstdlib>
+#include <cstring>
+
+#if defined(__x86_64__) || defined(__i386__)
+    #include <cpuid.h>
+#endif
+
+namespace Ferrolog::detail {
+
+namespace {
+
+bool hasInvariantCounter() {
+#if defined(__x86_64__) || defined(__i386__)
+    unsigned a = 0;
+    unsigned b = 0;
+    unsigned c = 0;
+    unsigned d = 0;
+    constexpr unsigned advancedPowerManagement = 0x80000007;
+    return __get_cpuid(advancedPowerManagement, &a, &b, &c, &d) != 0 && (d >> 8 & 1) != 0;
+#else
+    return false;
+#endif
+}
+
+} // namespace
+
+ClockKind chooseClock() {
+    char const* wish = std::getenv("FERROLOG_CLOCK");
+    bool const avoidCounter = wish != nullptr && std::strcmp(wish, "monotonic") == 0;
+    return hasInvariantCounter() && !avoidCounter ? ClockKind::timeStampCounter
+                                                  : ClockKind::monotonicNs;
+}
+
+Anchor takeAnchor(ClockKind kind) {
+    // A preemption between two readings would set them apart: the tightest of three tries wins.
+    Anchor best{};
+    U64 bestSpan = ~U64{0};
+    for (int attempt = 0; attempt < 3; ++attempt) {
+        U64 const before = ticksNow(kind);
+        U64 const monotonic = nanoseconds(CLOCK_MONOTONIC);
+        U64 const realtime = nanoseconds(CLOCK_REALTIME);
+        U64 const span = ticksNow(kind) - before;
+        if (span < bestSpan) {
+            bestSpan = span;
+            best = {before + span / 2, monotonic, realtime};
+        }
+    }
+    return best;
+}
+
+Anchor takeSecondAnchor(ClockKind kind, Anchor const& first) {
+    Anchor second = takeAnchor(kind);
+    while (second.monotonicNs - first.monotonicNs < 100'000) {
+        second = takeAnchor(kind);
+    }
+    return second;
+}
+
+U64 ticksPerSecond(Anchor const& first, Anchor const& second) {
+    U64 const ticks = second.ticks - first.ticks;
+    U64 const span = second.monotonicNs - first.monotonicNs;
+    if (ticks == 0 || span == 0) {
+        return 1'000'000'000U;
+    }
+    double const rate = static_cast<double>(ticks) * 1e9 / static_cast<double>(span);
+    return rate < 1.0 ? 1 : rate > 1e12 ? U64{1'000'000'000'000U} : static_cast<U64>(rate);
+}
+
+} // namespace Ferrolog::detail

@@ -1,0 +1,63 @@
+// Lane.h - what one thread needs at hand to append: its chunk, its counters, its clock.
+//
+// Owns:      the chunk it fills and one row of counters, alone: no other thread writes there, so nothing is locked.
+// Signals:   a handler of the same thread may append in the middle of an append: it reserves behind.
+// Kill:      a message is pending until its last store, so a reader sees it whole or knows that it is not.
+#pragma once
+
+#include <Ferrolog/detail/Clock.h>
+#include <Ferrolog/detail/Layout.h>
+#include <Ferrolog/detail/Words.h>
+
+namespace Ferrolog::detail {
+
+class Recorder;
+
+// The words of a chunk, behind its header.
+inline U32* wordsOf(ChunkHeader& chunk) { return reinterpret_cast<U32*>(&chunk + 1); }
+
+// The stores of one message in their order. `nextOrdinal` counts the message and says its ordinal: counted before it is
+// committed, so that one that a kill cuts off counts as begun and lost, never as present and uncounted.
+template <class NextOrdinal>
+inline void writeMessage(U32* to, U32 tag, U64 age, U32 const* arguments, NextOrdinal nextOrdinal) {
+    store(to[0], tag | statePending);
+    store(to[1], static_cast<U32>(age));
+    store(to[2], nextOrdinal());
+    for (U32 i = 0, count = tagWords(tag); i < count; ++i) {
+        store(to[messageHeadWords + i], arguments[i]);
+    }
+    storeLast(to[0], static_cast<U32>(age >> 32) << 16 | tag | stateCommitted);
+}
+
+struct Lane {
+    static constexpr U32 notReady = ~U32{0};
+
+    U32 epoch = notReady; // the ferrolog_state that the rest belongs to; notReady while it changes
+    ClockKind clock = ClockKind::monotonicNs;
+    ChunkHeader* chunk = nullptr;
+    U64* counters = nullptr;
+    U64 baseTicks = 0;
+    U64 horizonTicks = 0; // age at which the anchor, or the chunk, is too old
+    U32 chunkWords = 0;
+    U32 number = 0;
+    Recorder* recorder = nullptr; // that lent the lane; null: no lane
+    bool busy = false; // being prepared: a signal handler that comes now must not touch it
+
+    // Appends unless the chunk is full or the horizon reached: then false, and nothing is counted.
+    bool tryAppend(U32 tag, U32 const* arguments) {
+        U64 const age = ticksNow(clock) - baseTicks;
+        if (age >= horizonTicks) [[unlikely]] {
+            return false;
+        }
+        U32 const need = messageHeadWords + tagWords(tag);
+        U32 const at = addAsOnlyWriter(chunk->usedWords, need);
+        if (at + need > chunkWords) [[unlikely]] {
+            return false;
+        }
+        writeMessage(wordsOf(*chunk) + at, tag, age, arguments,
+                     [&] { return countAsOnlyWriter(counters[tagSite(tag)]); });
+        return true;
+    }
+};
+
+} // namespace Ferrolog::detail

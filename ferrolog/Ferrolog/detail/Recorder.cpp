@@ -1,0 +1,353 @@
+#include <Ferrolog/detail/Recorder.h>
+
+#include <Ferrolog/detail/Complaint.h>
+#include <Ferrolog/detail/Words.h>
+
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <unistd.h>
+
+namespace Ferrolog::detail {
+
+namespace {
+
+std::string_view orEmpty(char const* text) { return text == nullptr ? "" : text; }
+
+constexpr U32 ownerTag = messageTag(ownerSiteId, ownerArgumentWords);
+constexpr U32 ownerRecordWords = messageHeadWords + ownerArgumentWords;
+
+// Says in the chunk who wrote the messages that follow.
+void writeOwner(U32* to, U64 age, U32 life) {
+    U32 const who[ownerArgumentWords] = {life, static_cast<U32>(::gettid())};
+    writeMessage(to, ownerTag, age, who, [] { return 0U; });
+}
+
+} // namespace
+
+Recorder::Recorder(TraceFile const& file, U32 epoch, Recorder const* previous)
+    : file_(file), clock_(chooseClock()), epoch_(epoch),
+      session_(addShared(file.header().sessionsBegun, 1) + 1), first_(takeAnchor(clock_)),
+      ticksPerSecond_(ticksPerSecond(first_, takeSecondAnchor(clock_, first_))),
+      previous_(previous) {
+    life();
+}
+
+void Recorder::close() {
+    renewAnchor(ticksNow(clock_));
+    file_.close();
+}
+
+U32 Recorder::tagOf(ferrolog_site& site) {
+    U32 const ticket = load(site.ticket);
+    if (ticket >> 16 == epoch_) {
+        return ticket & 0xFFFF;
+    }
+
+    SiteText text{orEmpty(site.file), orEmpty(site.format), orEmpty(site.letters), site.line};
+    U32 words = wordsOf(text.letters);
+    if (words > maxArgumentWords) {
+        complain("call site %s:%u has the letters \"%s\"; its arguments are not recorded",
+                 text.file.data(), site.line, text.letters.data());
+        text.letters = "";
+        words = 0;
+    }
+    U32 id = noRoomSiteId;
+    {
+        // Keeps two threads from entering one site twice. That would do no harm, so nobody waits here: a signal
+        // handler that interrupted the holder would wait for ever.
+        std::unique_lock const lock(siteMutex_, std::try_to_lock);
+        id = SiteTable(file_).enter(text);
+    }
+    if (id == noRoomSiteId && !noRoomSaid_.exchange(true)) {
+        complain("no room for call site %s:%u; its messages are kept without their text",
+                 text.file.data(), site.line);
+    }
+    U32 const tag = messageTag(id, words);
+    storeLast(site.ticket, epoch_ << 16 | tag);
+    return tag;
+}
+
+void Recorder::append(Lane& lane, U32 tag, U32 const* arguments) {
+    bool stored = false;
+    if (!lane.busy) {
+        lane.busy = true;
+        lane.epoch = Lane::notReady;
+        std::atomic_signal_fence(std::memory_order_seq_cst);
+        // A second time only if a second of preemption went by between preparing and appending.
+        for (int attempt = 0; attempt < 2 && !stored; ++attempt) {
+            if (!prepare(lane, tagWords(tag))) {
+                break;
+            }
+            stored = lane.tryAppend(tag, arguments);
+        }
+        std::atomic_signal_fence(std::memory_order_seq_cst);
+        if (stored) {
+            lane.epoch = epoch_;
+        }
+        lane.busy = false;
+    }
+    if (!stored) {
+        appendShared(tag, arguments);
+    }
+}
+
+// After it the lane has a chunk with room for a message of so many argument words, and an anchor that is not too old.
+bool Recorder::prepare(Lane& lane, U32 words) {
+    if (lane.recorder != this && !borrow(lane)) {
+        return false;
+    }
+    U64 now = ticksNow(clock_);
+    U64 const oldest = (U64{1} << ageBits) - 2 * ticksPerSecond_;
+    bool const fits = lane.chunk != nullptr && now - lane.baseTicks < oldest &&
+                      load(lane.chunk->usedWords) + messageHeadWords + words <= lane.chunkWords;
+    if (!fits) {
+        if (!renewChunk(lane)) {
+            return false;
+        }
+        now = lane.baseTicks;
+    }
+    if (now - anchorTicks_.load(std::memory_order_relaxed) >= ticksPerSecond_) {
+        renewAnchor(now);
+    }
+    lane.horizonTicks = now - lane.baseTicks + ticksPerSecond_;
+    return true;
+}
+
+bool Recorder::borrow(Lane& lane) {
+    U32 const number = claimLane();
+    if (number == 0) {
+        return false;
+    }
+    lane.recorder = this;
+    lane.number = number;
+    lane.clock = clock_;
+    lane.counters = file_.counters(number);
+    lane.chunkWords = file_.layout().chunkWords();
+    lane.chunk = nullptr;
+    U32 const attached = load(file_.header().lanes[number].chunk);
+    if (attached == 0) {
+        return true;
+    }
+
+    // The thread before us left a chunk that is not full: go on in it, under our own name.
+    ChunkHeader& chunk = file_.chunk(attached - 1);
+    lane.chunk = &chunk;
+    lane.baseTicks = chunk.baseTicks;
+    U64 const age = ticksNow(clock_) - lane.baseTicks;
+    U32 const at = addAsOnlyWriter(chunk.usedWords, ownerRecordWords);
+    if (age >> ageBits == 0 && at + ownerRecordWords <= lane.chunkWords) {
+        writeOwner(wordsOf(chunk) + at, age, life());
+    } else {
+        addAsOnlyWriter(chunk.usedWords, lane.chunkWords); // full for everybody
+    }
+    return true;
+}
+
+// A free lane, or one whose process is gone without giving it back; 0 if there is none.
+U32 Recorder::claimLane() {
+    Layout const& layout = file_.layout();
+    U32 const mine = life();
+    for (U32 number = 1; number < layout.lanes; ++number) {
+        if (replace(file_.header().lanes[number].owner, 0, mine)) {
+            return number;
+        }
+    }
+    for (U32 number = 1; number < layout.lanes; ++number) {
+        LaneRecord& lane = file_.header().lanes[number];
+        U32 const owner = load(lane.owner);
+        if (isOfDeadProcess(owner) && replace(lane.owner, owner, mine)) {
+            // Killed perhaps in the middle of a message: nothing is added behind that.
+            if (U32 const attached = load(lane.chunk); attached != 0) {
+                storeLast(lane.chunk, 0);
+                release(file_.chunk(attached - 1));
+            }
+            return number;
+        }
+    }
+    return 0;
+}
+
+bool Recorder::isOfDeadProcess(U32 lifeNumber) const {
+    if (lifeNumber == 0) {
+        return false;
+    }
+    LifeRecord const& record = file_.life(lifeNumber);
+    U32 const pid = record.pid;
+    return load(record.number) == lifeNumber && pid != 0 &&
+           ::kill(static_cast<pid_t>(pid), 0) != 0 && errno == ESRCH;
+}
+
+void Recorder::giveBack(Lane& lane) {
+    if (lane.recorder == nullptr) {
+        return;
+    }
+    // Only if it is still ours: after a close another process may have opened the file and lent the lane anew.
+    Recorder& lender = *lane.recorder;
+    replace(lender.file_.header().lanes[lane.number].owner, lender.life(), 0);
+    lane = Lane{};
+}
+
+bool Recorder::renewChunk(Lane& lane) {
+    LaneRecord& record = file_.header().lanes[lane.number];
+    if (lane.chunk != nullptr) {
+        // The old one first: lanes never hold more than half of the chunks.
+        ChunkHeader& old = *lane.chunk;
+        lane.chunk = nullptr;
+        storeLast(record.chunk, 0);
+        release(old);
+    }
+    lane.chunk = takeChunk(lane.number);
+    if (lane.chunk == nullptr) {
+        return false;
+    }
+    lane.baseTicks = lane.chunk->baseTicks;
+    auto const offset =
+        reinterpret_cast<char*>(lane.chunk) - reinterpret_cast<char*>(&file_.chunk(0));
+    storeLast(record.chunk, static_cast<U32>(offset) / file_.layout().chunkBytes + 1);
+    return true;
+}
+
+// The oldest chunk that nobody fills. What it held is lost from here on; the counters tell how much that was.
+ChunkHeader* Recorder::takeChunk(U32 lane) {
+    Layout const& layout = file_.layout();
+    for (U32 attempt = 0; attempt < layout.chunks; ++attempt) {
+        U64 const ordinal = addShared(file_.header().nextChunk, 1);
+        ChunkHeader& chunk = file_.chunk(static_cast<U32>(ordinal % layout.chunks));
+        if (ordinal == 0 || load(chunk.owner) != 0 || !replace(chunk.owner, 0, lane + 1)) {
+            continue;
+        }
+        if (addShared(chunk.users, 0) != 0) { // somebody in lane 0 is late
+            release(chunk);
+            continue;
+        }
+        storeLast(chunk.ordinal, 0);
+        std::atomic_thread_fence(std::memory_order_seq_cst);
+        std::memset(wordsOf(chunk), 0, layout.chunkWords() * sizeof(U32));
+        chunk.baseTicks = ticksNow(clock_);
+        chunk.lane = lane;
+        writeOwner(wordsOf(chunk), 0, life());
+        store(chunk.usedWords, ownerRecordWords);
+        storeLast(chunk.ordinal, ordinal);
+        return &chunk;
+    }
+    return nullptr;
+}
+
+void Recorder::release(ChunkHeader& chunk) const { storeLast(chunk.owner, 0); }
+
+U32 Recorder::life() {
+    U32 number = life_.load(std::memory_order_acquire);
+    if (number != 0) {
+        return number;
+    }
+    // Two threads of a forked child may come here at once: the second life stays without messages.
+    U32 const begun = beginLife();
+    return life_.compare_exchange_strong(number, begun) ? begun : number;
+}
+
+U32 Recorder::beginLife() {
+    U32 number = addShared(file_.header().livesBegun, 1) + 1;
+    if (number == 0) {
+        number = addShared(file_.header().livesBegun, 1) + 1;
+    }
+    LifeRecord& record = file_.life(number);
+    storeLast(record.number, 0);
+    std::atomic_thread_fence(std::memory_order_seq_cst);
+    record.session = session_;
+    record.pid = static_cast<U32>(::getpid());
+    record.clock = clock_;
+    record.name = {};
+    std::memcpy(record.name.data(), program_invocation_short_name,
+                ::strnlen(program_invocation_short_name, record.name.size()));
+    record.first = first_;
+    record.latest[0] = takeAnchor(clock_);
+    record.latestIndex = 0;
+    record.beganTicks = record.latest[0].ticks;
+    anchorTicks_ = record.latest[0].ticks;
+    storeLast(record.number, number);
+    return number;
+}
+
+void Recorder::renewAnchor(U64 now) {
+    if (anchorBusy_.exchange(true)) {
+        return;
+    }
+    U32 const number = life();
+    LifeRecord& record = file_.life(number);
+    if (load(record.number) == number) { // else a thousand lives have begun since ours
+        U32 const next = 1 - (record.latestIndex & 1);
+        record.latest[next] = takeAnchor(clock_);
+        storeLast(record.latestIndex, next);
+    }
+    anchorTicks_ = now;
+    anchorBusy_ = false;
+}
+
+void Recorder::forgetParent() {
+    life_ = 0;
+    anchorBusy_ = false;
+    sharedChunk_ = nullptr;
+}
+
+// Lane 0: for threads beyond the number of lanes, and for signal handlers that interrupt the preparing of a lane. Each
+// message goes with an owner record, and all steps are locked ones.
+void Recorder::appendShared(U32 tag, U32 const* arguments) {
+    for (int attempt = 0; attempt < 64; ++attempt) {
+        ChunkHeader* const chunk = sharedChunk_;
+        if (chunk != nullptr) {
+            // Announce first, then look again: a chunk that is still the current one now is not taken from under us.
+            addShared(chunk->users, 1);
+            bool const current = sharedChunk_ == chunk;
+            bool const done = current && tryAppendShared(*chunk, tag, arguments);
+            addShared(chunk->users, ~U32{0});
+            if (done) {
+                return;
+            }
+            if (!current) {
+                continue;
+            }
+        }
+        replaceSharedChunk(chunk);
+    }
+    addShared(file_.counters(0)[tagSite(tag)], 1); // no chunk to be had: lost, and counted so
+}
+
+bool Recorder::tryAppendShared(ChunkHeader& chunk, U32 tag, U32 const* arguments) {
+    U64 const now = ticksNow(clock_);
+    U64 const base = chunk.baseTicks;
+    U64 const age = now > base ? now - base : 0;
+    if (age >> ageBits != 0) {
+        return false;
+    }
+    if (now - anchorTicks_.load(std::memory_order_relaxed) >= ticksPerSecond_) {
+        renewAnchor(now);
+    }
+    U32 const need = ownerRecordWords + messageHeadWords + tagWords(tag);
+    U32 const at = addShared(chunk.usedWords, need);
+    if (at + need > file_.layout().chunkWords()) {
+        return false;
+    }
+    U32* const to = wordsOf(chunk) + at;
+    writeOwner(to, age, life());
+    writeMessage(to + ownerRecordWords, tag, age, arguments,
+                 [&] { return static_cast<U32>(addShared(file_.counters(0)[tagSite(tag)], 1)); });
+    return true;
+}
+
+void Recorder::replaceSharedChunk(ChunkHeader* full) {
+    ChunkHeader* const fresh = takeChunk(0);
+    if (fresh == nullptr) {
+        return;
+    }
+    if (sharedChunk_.compare_exchange_strong(full, fresh)) {
+        if (full != nullptr) {
+            release(*full);
+        }
+    } else {
+        storeLast(fresh->ordinal, 0); // another thread was first: ours stays empty
+        release(*fresh);
+    }
+}
+
+} // namespace Ferrolog::detail

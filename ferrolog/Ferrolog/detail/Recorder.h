@@ -1,0 +1,70 @@
+// Recorder.h - this process as a writer into one opened trace file.
+//
+// Owns:      the mapping, for ever: a thread that is late after a close must not fall into a hole.
+// Threads:   all calls may be made from any thread and, but for the constructor and close(), from a signal handler.
+#pragma once
+
+#include <Ferrolog/Ferrolog.h>
+#include <Ferrolog/detail/Lane.h>
+#include <Ferrolog/detail/SiteTable.h>
+#include <Ferrolog/detail/TraceFile.h>
+
+#include <atomic>
+#include <mutex>
+
+namespace Ferrolog::detail {
+
+class Recorder {
+public:
+    // `file` is open; `epoch` tells this opening from earlier ones. Begins a session and a life in the file.
+    // `previous` is kept, so that what an earlier opening left is still referred to.
+    Recorder(TraceFile const& file, U32 epoch, Recorder const* previous);
+
+    U32 epoch() const { return epoch_; }
+
+    // Writes a last anchor and gives up the lock.
+    void close();
+
+    // The tag of the messages of this site; enters the site at its first call.
+    U32 tagOf(ferrolog_site& site);
+
+    // Appends by way of the lane, lending one to the thread if it has none, or else by way of lane 0.
+    void append(Lane& lane, U32 tag, U32 const* arguments);
+
+    // Gives the lane of a thread that ends to the next one, with the chunk that it was filling.
+    static void giveBack(Lane& lane);
+
+    // In a forked child, before anything else runs there: what the parent holds is not ours.
+    void forgetParent();
+
+private:
+    bool prepare(Lane& lane, U32 words);
+    bool borrow(Lane& lane);
+    U32 claimLane();
+    bool isOfDeadProcess(U32 lifeNumber) const;
+    bool renewChunk(Lane& lane);
+    ChunkHeader* takeChunk(U32 lane);
+    void release(ChunkHeader& chunk) const;
+    U32 life();
+    U32 beginLife();
+    void renewAnchor(U64 now);
+    void appendShared(U32 tag, U32 const* arguments);
+    bool tryAppendShared(ChunkHeader& chunk, U32 tag, U32 const* arguments);
+    void replaceSharedChunk(ChunkHeader* full);
+
+    TraceFile file_;
+    ClockKind clock_;
+    U32 epoch_;
+    U32 session_;
+    Anchor first_;
+    U64 ticksPerSecond_;
+    [[maybe_unused]] Recorder const* previous_; // the chain that keeps it reachable
+    std::atomic<U32> life_ = 0;
+    std::atomic<U64> anchorTicks_ = 0;
+    std::atomic<bool> anchorBusy_ = false;
+    std::atomic<ChunkHeader*> sharedChunk_ = nullptr;
+    std::mutex siteMutex_;
+    std::atomic<bool> noRoomSaid_ = false;
+};
+
+} // namespace Ferrolog::detail

@@ -1,0 +1,56 @@
+// TraceFile.h - opens, checks, creates and maps the trace file.
+#pragma once
+
+#include <Ferrolog/detail/Layout.h>
+
+namespace Ferrolog::detail {
+
+// Owns:      nothing after open(): the mapping stays until the process ends, the descriptor until close().
+// Invariant: `base` is null or maps `layout.fileBytes` bytes of a valid file.
+class TraceFile {
+public:
+    // Opens or creates the file as ferrolog_open says: 0, or an errno value after a complaint. On success the file is
+    // locked for this process, all lanes and chunks are free, and nobody else writes into it.
+    int open(char const* path, U32 ringBytes);
+
+    // Gives the lock back; the mapping stays.
+    void close();
+
+    Layout const& layout() const { return layout_; }
+
+    FileHeader& header() const { return at<FileHeader>(0); }
+
+    LifeRecord& life(U32 number) const { return at<LifeRecord>(layout_.lifeAt(number)); }
+
+    SiteRecord& site(U32 id) const { return at<SiteRecord>(layout_.siteAt(id)); }
+
+    char* text() const { return &at<char>(layout_.textAt); }
+
+    // The counters of one lane, indexed by site id.
+    U64* counters(U32 lane) const { return &at<U64>(layout_.counterAt(lane, 0)); }
+
+    ChunkHeader& chunk(U32 slot) const { return at<ChunkHeader>(layout_.chunkAt(slot)); }
+
+private:
+    enum class Outcome { ready, again, failed };
+
+    Outcome tryOpen(char const* path, U32 ringBytes, int& error);
+    bool isAcceptable(char const* path, int& error);
+    bool isStillAt(char const* path) const;
+    Outcome create(char const* path, U32 ringBytes, int& error);
+    Outcome adopt(char const* path, U32 ringBytes, U64 fileBytes, int& error);
+    Outcome moveAside(char const* path, int& error);
+    bool map(char const* path, int& error);
+    void freeAllLanesAndChunks() const;
+
+    template <class T>
+    T& at(U32 offsetBytes) const {
+        return *reinterpret_cast<T*>(base_ + offsetBytes);
+    }
+
+    int descriptor_ = -1;
+    char* base_ = nullptr;
+    Layout layout_{};
+};
+
+} // namespace Ferrolog::detail
