@@ -1,0 +1,9 @@
+// StreamBogon.h - marks the constructor that reads a value from an attribute log.
+#pragma once
+
+namespace Vel {
+
+// Holds nothing: T(NboAttrLog::In*, StreamBogon) cannot be mistaken for another constructor of T.
+struct StreamBogon {};
+
+} // namespace Vel
