@@ -1,0 +1,156 @@
+// KeyedCollection.h - the pattern of every keyed collection attribute, once.
+//
+//     Vel::KeyedCollection<VelMask> mask_;
+//     U8 mask(U16 i) const { return mask_.value(i); }
+//     Vel::Ptr<VelMask> newMask(U16 i, U8 v) { return mask_.create(i, v); }
+//     void maskIs(U16 i, U8 v) { mask_.set(i, v); }
+//
+// Entry:    a MapMember, or another MapLink with Key, Value, fwkKey(), value() and valueIs().
+// Order:    the map's: for (const auto& [key, value] : collection).
+// Identity: overwriting keeps the member; only create() makes one.
+// Compare:  equal when the counts are equal and each member is in the other with an equal value; < goes by pairs of key and
+//           value in the map's order, the first that differ decide, and a prefix is less.
+// Copying:  clones the members.
+#pragma once
+
+#include <Vel/HashMap.h>
+#include <Vel/Integers.h>
+#include <Vel/Ptr.h>
+#include <cstddef>
+#include <iterator>
+#include <utility>
+
+namespace Vel {
+
+template <class EntryType>
+class KeyedCollection {
+public:
+    using Entry = EntryType;
+    using Key = typename Entry::Key;
+    using Value = typename Entry::Value;
+    using Map = HashMap<Entry, Key, Value>;
+    class Iterator;
+
+    // The value under the key, or a default one.
+    Value value(const Key& key) const {
+        const Entry* entry = map_.find(key);
+        return entry != nullptr ? entry->value() : Value();
+    }
+
+    // The member with the key, or null; borrowed.
+    Entry* find(const Key& key) const noexcept { return map_.find(key); }
+
+    // Makes and inserts a member; the key is absent. The arguments are those of Entry's constructor.
+    template <class... Arguments>
+    Ptr<Entry> create(const Arguments&... arguments) {
+        Ptr<Entry> entry = new Entry(arguments...);
+        map_.insert(*entry);
+        return entry;
+    }
+
+    // Overwrites the member with the key in place, or creates one.
+    void set(const Key& key, const Value& value) {
+        if (Entry* entry = map_.find(key))
+            entry->valueIs(value);
+        else
+            create(key, value);
+    }
+
+    // Removes the member with the key and returns it; null if there is none.
+    Ptr<Entry> del(const Key& key) {
+        Ptr<Entry> entry = map_.find(key);
+        if (entry) map_.remove(*entry);
+        return entry;
+    }
+
+    // Removes the member that the iterator stands on; the iterator goes on to the next.
+    void del(Iterator& position) {
+        const Ptr<Entry> entry = position.entry();
+        ++position;
+        map_.remove(*entry);
+    }
+
+    // Removes every member.
+    void delAll() noexcept { map_.emptyAllBuckets(); }
+
+    // 32 bits: more members do not fit a process that counts them.
+    U32 count() const noexcept { return static_cast<U32>(map_.size()); }
+
+    // The first member in the map's order, or null; borrowed.
+    Entry* first() const noexcept { return map_.first(); }
+
+    Iterator begin() const noexcept { return Iterator(map_.begin()); }
+
+    std::default_sentinel_t end() const noexcept { return {}; }
+
+    // How many broken invariants the map can see in itself. O(count).
+    unsigned auditErrors(unsigned level) const { return map_.auditErrors(level); }
+
+    friend bool operator==(const KeyedCollection& a, const KeyedCollection& b) {
+        if (a.count() != b.count()) return false;
+        for (const auto& [key, value] : a) {
+            const Entry* other = b.find(key);
+            if (other == nullptr || !(other->value() == value)) return false;
+        }
+        return true;
+    }
+
+    friend bool operator<(const KeyedCollection& a, const KeyedCollection& b) {
+        auto x = a.begin();
+        auto y = b.begin();
+        for (; x != a.end() && y != b.end(); ++x, ++y) {
+            const auto [keyA, valueA] = *x;
+            const auto [keyB, valueB] = *y;
+            if (!(keyA == keyB)) return keyA < keyB;
+            if (!(valueA == valueB)) return valueA < valueB;
+        }
+        return x == a.end() && y != b.end();
+    }
+
+private:
+    Map map_;
+};
+
+// Stands on a member, or behind the last; gives key and value.
+template <class EntryType>
+class KeyedCollection<EntryType>::Iterator {
+public:
+    using value_type = std::pair<const Key&, const Value&>;
+    using difference_type = std::ptrdiff_t;
+
+    Iterator() noexcept = default;
+
+    explicit Iterator(typename Map::IteratorConst position) noexcept : position_(position) {}
+
+    std::pair<const Key&, const Value&> operator*() const noexcept {
+        return {position_->fwkKey(), position_->value()};
+    }
+
+    Entry* entry() const noexcept { return position_.entry(); }
+
+    const Key& key() const noexcept { return position_->fwkKey(); }
+
+    explicit operator bool() const noexcept { return static_cast<bool>(position_); }
+
+    void advance() noexcept { position_.advance(); }
+
+    Iterator& operator++() noexcept {
+        advance();
+        return *this;
+    }
+
+    Iterator operator++(int) noexcept {
+        Iterator old = *this;
+        advance();
+        return old;
+    }
+
+    bool operator==(const Iterator&) const noexcept = default;
+
+    bool operator==(std::default_sentinel_t) const noexcept { return !position_; }
+
+private:
+    typename Map::IteratorConst position_;
+};
+
+} // namespace Vel
