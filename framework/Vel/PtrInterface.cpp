@@ -2,11 +2,8 @@
 
 #include <Vel/PtrTrack.h>
 #include <Vel/VelType.h>
-#include <Vel/detail/ObjectHeap.h>
 
 namespace Vel {
-
-void* PtrInterface::operator new(std::size_t size) { return detail::ObjectHeap::allocate(size); }
 
 VelType* PtrInterface::fwkType() const { return _fwkType(); }
 

@@ -40,14 +40,6 @@ public:
 
     ~PtrInterface() override = default;
 
-    static void* operator new(std::size_t size);
-
-    static void* operator new(std::size_t, void* place) noexcept { return place; }
-
-    using VFPtrInterface::operator delete;
-
-    static void operator delete(void*, void*) noexcept {} // pairs with placement, frees nothing
-
     // The descriptor of the object's class. Lives as long as the process.
     virtual VelType* fwkType() const;
     static VelType* _fwkType();

@@ -1,0 +1,7 @@
+#include <Vel/GenericIf.h>
+
+namespace Vel {
+
+GenericIf::~GenericIf() = default;
+
+} // namespace Vel

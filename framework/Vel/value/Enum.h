@@ -1,0 +1,90 @@
+// Enum.h - an enumeration from one list of names, numbered from 0.
+//
+//     VEL_ENUM(Brixo, Command, writeCmd, readCmd, bulkWriteCmd);          // in namespace Brixo
+//     VEL_ENUM_FUNCTIONS(BRIXO_API, Command);                             // its functions, declared
+//     VEL_DEFINE_ENUM(Command)                                            // in its .cpp
+//
+// Storage: signed 32 bits; the default is the first name. A variable may hold an undeclared number: it prints as
+//          Command(9), and no conversion ever makes one.
+// Errors:  CommandInstance and the readers throw RangeException with the short name alone, "Command".
+#pragma once
+
+#include <Vel/Integers.h>
+#include <array>
+#include <cstddef>
+#include <string_view>
+
+namespace Vel {
+
+template <std::size_t count>
+class EnumSchema {
+public:
+    // `list` is the names as the macro spelled them: separated by a comma and blanks.
+    constexpr EnumSchema(std::string_view qualifiedName, std::string_view shortName,
+                         std::string_view list)
+        : qualifiedName_(qualifiedName), shortName_(shortName) {
+        for (std::string_view& name : names_) {
+            const std::size_t comma = list.find(',');
+            name = list.substr(0, comma);
+            list.remove_prefix(comma == std::string_view::npos ? list.size() : comma + 1);
+            while (!list.empty() && list.front() == ' ') list.remove_prefix(1);
+        }
+    }
+
+    constexpr std::string_view qualifiedName() const { return qualifiedName_; }
+
+    constexpr std::string_view shortName() const { return shortName_; }
+
+    // In numeric order, from 0.
+    constexpr const std::array<std::string_view, count>& names() const { return names_; }
+
+    // The name of a number; empty for an undeclared one.
+    constexpr std::string_view name(S32 number) const {
+        const auto index = static_cast<U32>(number);
+        return index < count ? names_[index] : std::string_view();
+    }
+
+    // The number of a name, exactly as written; -1 for any other text.
+    constexpr S32 number(std::string_view name) const {
+        for (std::size_t i = 0; i < count; ++i)
+            if (names_[i] == name) return static_cast<S32>(i);
+        return -1;
+    }
+
+    // Characters of the longest text form between its quotes, an undeclared number's included.
+    constexpr std::size_t longest() const {
+        std::size_t most = shortName_.size() + std::string_view("(-2147483648)").size();
+        for (const std::string_view name : names_) most = name.size() > most ? name.size() : most;
+        return most;
+    }
+
+private:
+    std::string_view qualifiedName_;
+    std::string_view shortName_;
+    std::array<std::string_view, count> names_{};
+};
+
+constexpr std::size_t enumeratorCount(std::string_view list) {
+    std::size_t count = 1;
+    for (const char c : list) count += c == ',' ? 1 : 0;
+    return count;
+}
+
+// The schema of an enumeration that VEL_ENUM made.
+template <class E>
+inline constexpr auto enumSchema = velEnumSchema(E());
+
+template <class E>
+concept DeclaredEnum = requires {
+    velEnumSchema(E());
+};
+
+} // namespace Vel
+
+#define VEL_ENUM(Namespace, Enum, ...)                                                             \
+    enum class Enum : ::Vel::S32 { __VA_ARGS__ };                                                  \
+    constexpr auto velEnumSchema(Enum) {                                                           \
+        return ::Vel::EnumSchema<::Vel::enumeratorCount(#__VA_ARGS__)>(#Namespace "::" #Enum,      \
+                                                                       #Enum, #__VA_ARGS__);       \
+    }                                                                                              \
+    static_assert(true)

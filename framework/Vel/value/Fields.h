@@ -1,0 +1,91 @@
+// Fields.h - the attributes that are part of a value, as an index sequence over its schema.
+#pragma once
+
+#include <Vel/value/Schema.h>
+#include <array>
+#include <cstddef>
+#include <tuple>
+#include <type_traits>
+#include <utility>
+
+namespace Vel {
+
+namespace detail {
+
+template <class T>
+using AttributesOf = std::remove_cvref_t<decltype(schemaOf<T>.attributes)>;
+
+// Which attributes are fields.
+template <class Attributes, std::size_t... index>
+constexpr std::array<bool, sizeof...(index)> fieldFlags(std::index_sequence<index...>) {
+    return {isField<std::tuple_element_t<index, Attributes>>...};
+}
+
+template <class T>
+inline constexpr auto fieldFlagsOf =
+    fieldFlags<AttributesOf<T>>(std::make_index_sequence<std::tuple_size_v<AttributesOf<T>>>());
+
+// The position of the nth field.
+template <class T>
+constexpr std::size_t fieldPosition(std::size_t n) {
+    std::size_t position = 0;
+    while (!fieldFlagsOf<T>[position] || n-- != 0) ++position;
+    return position;
+}
+
+template <class T>
+constexpr std::size_t fieldCount() {
+    std::size_t count = 0;
+    for (const bool isAField : fieldFlagsOf<T>) count += isAField ? 1 : 0;
+    return count;
+}
+
+template <class T, std::size_t... n>
+std::index_sequence<fieldPosition<T>(n)...> fieldIndices(std::index_sequence<n...>);
+
+} // namespace detail
+
+// Positions of T's fields among its attributes.
+template <class T>
+using FieldIndices =
+    decltype(detail::fieldIndices<T>(std::make_index_sequence<detail::fieldCount<T>()>()));
+
+// The attribute at a position.
+template <class T, std::size_t index>
+inline constexpr const auto& attributeAt = std::get<index>(schemaOf<T>.attributes);
+
+template <class T, std::size_t index>
+using FieldType = std::remove_cvref_t<decltype(std::declval<T&>().*(attributeAt<T, index>.access))>;
+
+template <class T, std::size_t index>
+inline constexpr bool isCollectionField =
+    std::tuple_element_t<index, detail::AttributesOf<T>>::kind == AttributeKind::collection;
+
+// Calls visit.operator()<index>() for each field in declaration order until one returns false; says whether none did.
+template <class T, class Visit>
+constexpr bool allFields(Visit visit) {
+    return [&]<std::size_t... index>(std::index_sequence<index...>) {
+        return (visit.template operator()<index>() && ...);
+    }
+    (FieldIndices<T>());
+}
+
+// Calls visit.operator()<index>() for each field in declaration order.
+template <class T, class Visit>
+constexpr void forEachField(Visit visit) {
+    [&]<std::size_t... index>(std::index_sequence<index...>) {
+        (visit.template operator()<index>(), ...);
+    }
+    (FieldIndices<T>());
+}
+
+// The one field of a scalar.
+template <class T>
+inline constexpr std::size_t scalarField = []<std::size_t... index>(std::index_sequence<index...>) {
+    static_assert(sizeof...(index) == 1, "a scalar has exactly one field");
+    return std::size_t{(index + ...)};
+}
+
+(FieldIndices<T>());
+
+} // namespace Vel

@@ -1,0 +1,128 @@
+// LogFields.h - the fields of a value in the attribute log, in declaration order. Form: docs/attribute-log.md.
+//
+// Collection: its entries in the map's order, key then value, then a signed 32-bit 0. Nothing in the bytes tells the end mark
+//             from an entry, so a collection stands last in its record and the record's length says how many there are.
+#pragma once
+
+#include <Vel/NboAttrLog.h>
+#include <Vel/format.h>
+#include <Vel/value/Enum.h>
+#include <Vel/value/Fields.h>
+#include <concepts>
+#include <type_traits>
+
+namespace Vel {
+
+namespace detail {
+
+inline constexpr std::size_t endMarkBytes = 4;
+
+template <class Field>
+void logField(NboAttrLog::Out& out, const Field& field) {
+    if constexpr (std::same_as<Field, bool>)
+        out.writeBool(field);
+    else if constexpr (std::is_enum_v<Field>)
+        out.writeS32(static_cast<S32>(field));
+    else if constexpr (std::same_as<Field, U8>)
+        out.writeU8(field);
+    else if constexpr (std::same_as<Field, U16>)
+        out.writeU16(field);
+    else if constexpr (std::same_as<Field, U32>)
+        out.writeU32(field);
+    else if constexpr (std::same_as<Field, U64>)
+        out.writeU64(field);
+    else if constexpr (std::same_as<Field, S32>)
+        out.writeS32(field);
+    else
+        logFields(out, field);
+}
+
+template <class Field>
+void readLogField(NboAttrLog::In& in, Field& field) {
+    if constexpr (std::same_as<Field, bool>)
+        field = in.nextBool();
+    else if constexpr (std::is_enum_v<Field>)
+        field = static_cast<Field>(in.nextS32());
+    else if constexpr (std::same_as<Field, U8>)
+        field = in.nextU8();
+    else if constexpr (std::same_as<Field, U16>)
+        field = in.nextU16();
+    else if constexpr (std::same_as<Field, U32>)
+        field = in.nextU32();
+    else if constexpr (std::same_as<Field, U64>)
+        field = in.nextU64();
+    else if constexpr (std::same_as<Field, S32>)
+        field = in.nextS32();
+    else
+        readLogFields(in, field);
+}
+
+template <class Collection>
+void logCollection(NboAttrLog::Out& out, const Collection& collection) {
+    for (const auto& [key, value] : collection) {
+        logField(out, key);
+        logField(out, value);
+    }
+    out.writeS32(0);
+}
+
+template <class Collection>
+void readLogCollection(NboAttrLog::In& in, Collection& collection) {
+    using Key = typename Collection::Key;
+    using Mapped = typename Collection::Value;
+    constexpr std::size_t entryBytes = sizeof(Key) + sizeof(Mapped);
+    static_assert(std::integral<Key> && std::integral<Mapped>);
+    if (in.remaining() < endMarkBytes || (in.remaining() - endMarkBytes) % entryBytes != 0)
+        in.malformed(format("its last %zu bytes are no entries of %zu bytes and an end mark",
+                            in.remaining(), entryBytes));
+    while (in.remaining() > endMarkBytes) {
+        Key key{};
+        Mapped value{};
+        readLogField(in, key);
+        readLogField(in, value);
+        collection.set(key, value);
+    }
+    if (in.nextS32() != 0) in.malformed("the end mark of a collection is not 0");
+}
+
+} // namespace detail
+
+// The fields alone, into the open record.
+template <class T>
+void logFields(NboAttrLog::Out& out, const T& value) {
+    forEachField<T>([&]<std::size_t i>() {
+        constexpr auto field = attributeAt<T, i>.access;
+        if constexpr (isCollectionField<T, i>)
+            detail::logCollection(out, value.*field);
+        else
+            detail::logField(out, value.*field);
+    });
+}
+
+template <class T>
+void readLogFields(NboAttrLog::In& in, T& value) {
+    forEachField<T>([&]<std::size_t i>() {
+        constexpr auto field = attributeAt<T, i>.access;
+        if constexpr (isCollectionField<T, i>)
+            detail::readLogCollection(in, value.*field);
+        else
+            detail::readLogField(in, value.*field);
+    });
+}
+
+// One record, or a part of the one that is open.
+template <class T>
+void logValue(NboAttrLog::Out& out, const T& value) {
+    NboAttrLog::Out::Record record(out);
+    logFields(out, value);
+    record.close();
+}
+
+template <class T>
+void readLogValue(NboAttrLog::In& in, T& value) {
+    NboAttrLog::In::Record record(in);
+    readLogFields(in, value);
+    record.close();
+}
+
+} // namespace Vel

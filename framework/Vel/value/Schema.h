@@ -1,0 +1,213 @@
+// Schema.h - the one declaration of a type: its name and its attributes, as a constexpr object.
+//
+//     static constexpr auto schema() {
+//         return Vel::valueSchema<LogicalResourceId>("Brixo::LogicalResourceId")
+//             .stored(2, "type", &LogicalResourceId::type_)
+//             .stored(3, "id", &LogicalResourceId::id_)
+//             .hashedBy(Vel::Hash::byteMix, 4)
+//             .constructedFrom("type", "id");
+//     }
+//
+// Order:    attributes stand in declaration order, which is the order of the text form, the log, comparison and hash.
+// Ids:      0 and 1 are reserved; value types count from 2, entities from 130.
+// Facets:   everything that is derived from a schema lives in a header of its own beside this one, and knows no type by
+//           name: how a type differs from its family is an option here.
+// Lifetime: names are borrowed: string literals.
+#pragma once
+
+#include <Vel/AttributeId.h>
+#include <Vel/Integers.h>
+#include <array>
+#include <cstddef>
+#include <string_view>
+#include <tuple>
+#include <type_traits>
+
+namespace Vel {
+
+enum class AttributeKind : U8 {
+    stored,     // a field of the object
+    computed,   // a value that a member function or a function of the object gives
+    constant,   // a value that a static function gives
+    function,   // takes arguments, or acts
+    collection, // a KeyedCollection that the object holds
+    keyed,      // values by key that the object computes: a reader, a writer and a deleter
+};
+
+// How a text form looks: the bare value of the one field, or Value('Name', ** {...}).
+enum class Form : U8 { scalar, structured };
+
+enum class Hash : U8 {
+    none,       // no rule: the type has no hash(), or its own
+    plainValue, // the one field, zero-extended
+    xorFold,    // the one 64-bit field, low word XOR high word
+    byteMix,    // one-at-a-time mix over the bytes of all fields, least significant first
+};
+
+// What the framework shows of an attribute.
+struct Introspection {
+    static constexpr U8 plain = 0;
+    static constexpr U8 stored = 2;
+    static constexpr U8 procedural = 8;
+};
+
+template <AttributeKind Kind, class Access, std::size_t argumentCount = 0>
+struct Attribute {
+    static constexpr AttributeKind kind = Kind;
+
+    AttributeId id;
+    std::string_view name;
+    Access access; // pointer to member, function, or a tuple of three for keyed attributes
+    U8 introspection;
+    std::array<std::string_view, argumentCount> arguments;
+};
+
+// Whether an attribute is part of the value: compared, hashed, printed and logged.
+template <class A>
+inline constexpr bool isField =
+    A::kind == AttributeKind::stored || A::kind == AttributeKind::collection;
+
+// Reads the attribute "hash".
+struct CallHash {
+    template <class T>
+    constexpr U32 operator()(const T& value) const {
+        return value.hash();
+    }
+};
+
+template <class T, class Base, std::size_t inherited, std::size_t constructorArguments,
+          class... Attributes>
+class Schema {
+public:
+    using Type = T;
+    using BaseType = Base; // void if the type refines none
+
+    // Attributes that come from the base stand first.
+    static constexpr std::size_t inheritedCount = inherited;
+    static constexpr std::size_t attributeCount = sizeof...(Attributes);
+
+    std::string_view qualifiedName;
+    Form form = Form::structured;
+    Hash hash = Hash::none;
+    std::array<std::string_view, constructorArguments> constructor;
+    std::tuple<Attributes...> attributes;
+
+    // The name without its namespace.
+    constexpr std::string_view shortName() const {
+        const std::size_t colon = qualifiedName.rfind(':');
+        return colon == std::string_view::npos ? qualifiedName : qualifiedName.substr(colon + 1);
+    }
+
+    template <class Owner, class Field>
+    constexpr auto stored(AttributeId id, std::string_view name, Field Owner::*field) const {
+        return with<AttributeKind::stored>(id, name, field, Introspection::stored);
+    }
+
+    template <class Getter>
+    constexpr auto computed(AttributeId id, std::string_view name, Getter getter,
+                            U8 introspection = Introspection::procedural) const {
+        return with<AttributeKind::computed>(id, name, getter, introspection);
+    }
+
+    template <class Value>
+    constexpr auto constant(AttributeId id, std::string_view name, Value (*getter)()) const {
+        return with<AttributeKind::constant>(id, name, getter, Introspection::plain);
+    }
+
+    template <class Member, class... Names>
+    constexpr auto function(AttributeId id, std::string_view name, Member member,
+                            Names... arguments) const {
+        return with<AttributeKind::function>(id, name, member, Introspection::plain,
+                                             std::string_view(arguments)...);
+    }
+
+    // A function without arguments that acts on the object.
+    template <class Member>
+    constexpr auto procedure(AttributeId id, std::string_view name, Member member) const {
+        return with<AttributeKind::function>(id, name, member, Introspection::procedural);
+    }
+
+    template <class Owner, class Field>
+    constexpr auto collection(AttributeId id, std::string_view name, Field Owner::*field) const {
+        return with<AttributeKind::collection>(id, name, field, Introspection::stored);
+    }
+
+    template <class Reader, class Writer, class Deleter>
+    constexpr auto keyed(AttributeId id, std::string_view name, Reader reader, Writer writer,
+                         Deleter deleter) const {
+        return with<AttributeKind::keyed>(id, name, std::tuple(reader, writer, deleter),
+                                          Introspection::plain);
+    }
+
+    // The names of the constructor's arguments, in order.
+    template <class... Names>
+    constexpr auto constructedFrom(Names... names) const {
+        Schema<T, Base, inherited, sizeof...(Names), Attributes...> result{
+            qualifiedName, form, hash, {std::string_view(names)...}, attributes};
+        return result;
+    }
+
+    // The rule of the type's hash(), which is the attribute "hash" with this id.
+    constexpr auto hashedBy(Hash rule, AttributeId id,
+                            U8 introspection = Introspection::procedural) const {
+        auto result = computed(id, "hash", CallHash(), introspection);
+        result.hash = rule;
+        return result;
+    }
+
+    // The same for a type without such an attribute.
+    constexpr Schema hashedBy(Hash rule) const {
+        Schema result = *this;
+        result.hash = rule;
+        return result;
+    }
+
+    // The same attributes under the name of a type that refines this one.
+    template <class Refined>
+    constexpr auto refinedAs(std::string_view name) const {
+        return Schema<Refined, T, sizeof...(Attributes), constructorArguments, Attributes...>{
+            name, form, hash, constructor, attributes};
+    }
+
+private:
+    template <AttributeKind kind, class Access, class... Names>
+    constexpr auto with(AttributeId id, std::string_view name, Access access, U8 introspection,
+                        Names... arguments) const {
+        using Added = Attribute<kind, Access, sizeof...(Names)>;
+        return Schema<T, Base, inherited, constructorArguments, Attributes..., Added>{
+            qualifiedName, form,
+
+            hash, constructor,
+            std::tuple_cat(attributes,
+                           std::tuple(Added{id, name, access, introspection, {arguments...}}))};
+    }
+};
+
+// A type that prints as Value('Name', ** {...}).
+template <class T>
+constexpr auto valueSchema(std::string_view qualifiedName) {
+    return Schema<T, void, 0, 0>{qualifiedName, Form::structured, Hash::none, {}, {}};
+}
+
+// A type of one integer field that prints as bare digits.
+template <class T>
+constexpr auto scalarSchema(std::string_view qualifiedName) {
+    return Schema<T, void, 0, 0>{qualifiedName, Form::scalar, Hash::plainValue, {}, {}};
+}
+
+// A counted object: it has attributes, but no text form, order or hash.
+template <class T>
+constexpr auto entitySchema(std::string_view qualifiedName) {
+    return Schema<T, void, 0, 0>{qualifiedName, Form::structured, Hash::none, {}, {}};
+}
+
+template <class T>
+inline constexpr auto schemaOf = T::schema();
+
+// Calls visit(attribute) for each attribute in declaration order. The attributes are compile-time constants of it.
+template <class T, class Visit>
+constexpr void forEachAttribute(Visit visit) {
+    std::apply([&](const auto&... attribute) { (visit(attribute), ...); }, schemaOf<T>.attributes);
+}
+
+} // namespace Vel
