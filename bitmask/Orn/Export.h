@@ -1,0 +1,4 @@
+// Export.h - what the bit masks show to clients of the library that they ship in.
+#pragma once
+
+#define ORN_API __attribute__((visibility("default")))

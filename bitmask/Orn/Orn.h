@@ -1,0 +1,6 @@
+// Orn.h - everything of this folder: bit ids, masks of 64 bits, and their iterator.
+#pragma once
+
+#include <Orn/BitId.h>
+#include <Orn/U64Bitmask.h>
+#include <Orn/U64BitmaskIter.h>

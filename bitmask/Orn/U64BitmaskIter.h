@@ -1,0 +1,50 @@
+// U64BitmaskIter.h - walks the members of a mask in ascending order, each once.
+//
+//     for (Orn::U64BitmaskIter it(mask); it; ++it) use(it.key());
+//
+// Holds:  a copy of the word: later changes of the mask are not seen.
+// Errors: key() and operator* assert "inRange()".
+#pragma once
+
+#include <Orn/BitId.h>
+#include <Orn/U64Bitmask.h>
+#include <Vel/Assert.h>
+
+namespace Orn {
+
+class U64BitmaskIter {
+public:
+    // Stands on the lowest member at once, or is finished if there is none.
+    constexpr explicit U64BitmaskIter(const U64Bitmask& mask) noexcept : mask_(mask) { ++*this; }
+
+    // Goes on to the next member; does nothing once finished.
+    constexpr U64BitmaskIter& operator++() noexcept {
+        if (finished_) return *this;
+        current_ = mask_.nextBitId(current_);
+        finished_ = !inRange();
+        return *this;
+    }
+
+    // Whether the iterator stands on a member.
+    constexpr bool inRange() const noexcept { return current_.value() < BitId::null(); }
+
+    constexpr explicit operator bool() const noexcept { return inRange(); }
+
+    BitId key() const {
+        VEL_ASSERT_AS("inRange()", inRange());
+        return current_;
+    }
+
+    // Always true: whatever the iterator stands on is a member.
+    bool operator*() const {
+        VEL_ASSERT_AS("inRange()", inRange());
+        return true;
+    }
+
+private:
+    U64Bitmask mask_;
+    BitId current_{BitId::null()};
+    bool finished_ = false;
+};
+
+} // namespace Orn
