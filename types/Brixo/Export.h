@@ -1,0 +1,4 @@
+// Export.h - what libBrixoTypes shows to its clients. Everything else in the library is hidden.
+#pragma once
+
+#define BRIXO_API __attribute__((visibility("default")))

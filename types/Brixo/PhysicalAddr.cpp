@@ -1,0 +1,5 @@
+#include <Brixo/PhysicalAddr.h>
+
+#include <Vel/value/Define.h>
+
+VEL_DEFINE_VALUE(PhysicalAddr)
