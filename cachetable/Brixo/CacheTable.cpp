@@ -1,0 +1,204 @@
+#include <Brixo/CacheTable.h>
+
+#include <Brixo/RegionLayout.h>
+#include <Ferrolog/Trace.h>
+#include <Vel/Assert.h>
+#include <Vel/TraceHandle.h>
+#include <Vel/format.h>
+#include <Vel/traceHelper.h>
+#include <cstdlib>
+#include <cstring>
+#include <ios>
+#include <memory>
+#include <pinbuf/pinbuf.h>
+
+namespace Brixo {
+
+using Vel::BytePtr;
+using Vel::U32;
+using Vel::U64;
+
+namespace {
+
+constexpr unsigned traceAnomaly = 1;
+constexpr unsigned traceEntry = 8;
+constexpr unsigned traceDetail = 9;
+
+// Never destroyed: tables may outlive the static objects of this library.
+const Vel::TraceHandle& trace() {
+    static const Vel::TraceHandle& handle = *new Vel::TraceHandle("BrixoCacheTable", true);
+    return handle;
+}
+
+// Who owns the region, for people to read.
+const char* ownerName() {
+    const char* name = std::getenv("AGENT_PROCESS_NAME");
+    return name != nullptr ? name : "@BrixoCacheTable";
+}
+
+} // namespace
+
+CacheTable::CacheTable(AgentId agentId, const CacheTableIndex& tableId, U32 size, U32 entrySize)
+    : agentId_(agentId), tableId_(tableId), size_(size), entrySize_(entrySize) {
+    handleInitialized();
+}
+
+CacheTable::~CacheTable() = default;
+
+Vel::Ptr<CacheTable> cacheTableFactory(AgentId agentId, const CacheTableIndex& tableId, U32 size,
+                                       U32 entrySize) {
+    return new CacheTable(agentId, tableId, size, entrySize);
+}
+
+void CacheTable::handleInitialized() {
+    VEL_TRACE(trace(), traceEntry, "CacheTable::handleInitialized");
+    FERROLOG("BrixoCacheTable", "CacheTable::"
+                                "handleInitialized");
+    openRegion();
+    formatUnlessFormatted();
+    doRestart();
+    initializedIs(true);
+}
+
+// The resource alone stands for the table here: the device has a number of its own in the name.
+Vel::String8 CacheTable::regionName() const {
+    return Vel::format("CacheTable-%u-%u-%u", unsigned{agentId_.value()},
+                       unsigned{tableId_.devId().value()}, tableId_.resourceId().hash());
+}
+
+void CacheTable::openRegion() {
+    const Vel::String8 name = regionName();
+    pinbufSizeIs(RegionLayout::regionBytes(entrySize_, size_));
+    FERROLOG("BrixoCacheTable", "DMA memory size ", pinbufSize_);
+    const unsigned pa = pinbuf_alloc_func(name.charPtr(), pinbufSize_, ownerName());
+    VEL_ASSERT_AS("pa", pa != 0);
+    VEL_TRACE(trace(), traceDetail,
+              "DMA memory physical address for cache table " << name << " 0x" << std::hex << pa);
+    pinbufPtrIs(static_cast<BytePtr>(pinbuf_map(name.charPtr(), 1, 0, 0)));
+    VEL_ASSERT_AS("pinbufPtr()", pinbufPtr() != nullptr);
+}
+
+// Magic first, flag last: whoever finds the region after a kill in between formats it again.
+void CacheTable::formatUnlessFormatted() {
+    auto* header = reinterpret_cast<RegionLayout::Header*>(pinbufPtr());
+    if (header->magic == RegionLayout::magic && header->formatted != 0) return;
+    header->magic = RegionLayout::magic;
+    RegionLayout::storesInOrder();
+    for (U32 index = 0; index < size_; ++index) {
+        const BytePtr ptr = entryPtr(index);
+        VEL_ASSERT_AS("ptr", ptr != nullptr, index);
+        RegionLayout::writeKeyWord(ptr, RegionLayout::unusedKeyWord);
+    }
+    RegionLayout::storesInOrder();
+    header->formatted = 1;
+}
+
+void CacheTable::doRestart() {
+    VEL_TRACE(trace(), traceEntry, "CacheTable::doRestart");
+    FERROLOG("BrixoCacheTable", "CacheTable::"
+                                "doRestart");
+    keyToIndexDelAll();
+    freeIndexDelAll();
+    for (U32 index = 0; index < size_; ++index) recoverSlot(index);
+    VEL_ASSERT_AS("keyToIndexs() + freeIndexs() == size()", keyToIndexs() + freeIndexs() == size(),
+                  keyToIndexs(), freeIndexs(), size());
+}
+
+// The key word alone decides; the data are never looked at.
+void CacheTable::recoverSlot(U32 index) {
+    const BytePtr ptr = entryPtr(index);
+    VEL_ASSERT_AS("ptr", ptr != nullptr, index);
+    const DeviceOffset key(RegionLayout::readKeyWord(ptr));
+    if (key.value() == RegionLayout::unusedKeyWord) {
+        freeIndexIs(index, true);
+        return;
+    }
+    VEL_TRACE(trace(), traceDetail, "Recovered entry, index: " << index << " key: " << key);
+    FERROLOG("BrixoCacheTable", "Recovered entry, index: ", index, " key: ", key.value());
+    if (const VelKeyToIndex* old = keyToIndex_.find(key)) {
+        VEL_TRACE(trace(), traceAnomaly,
+                  "Discovered duplicate keys, old index: " << old->value()
+                                                           << " new index: " << index);
+        FERROLOG("BrixoCacheTable", "Discovered duplicate keys, old index: ", old->value(),
+                 " new index: ", index);
+        RegionLayout::writeKeyWord(ptr, RegionLayout::unusedKeyWord);
+        freeIndexIs(index, true);
+        return;
+    }
+    newKeyToIndex(key, index);
+}
+
+BytePtr CacheTable::entryPtr(U32 index) const {
+    const U32 offset = RegionLayout::slotOffset(entrySize_, index);
+    VEL_ASSERT_AS("offset < pinbufSize()", offset < pinbufSize_, index, offset);
+    return pinbufPtr_ + offset;
+}
+
+BytePtr CacheTable::entry(DeviceOffset key) const {
+    const VelKeyToIndex* found = keyToIndex_.find(key);
+    return found != nullptr ? entryPtr(found->value()) + RegionLayout::keyWordBytes : nullptr;
+}
+
+void CacheTable::entryIs(DeviceOffset key, const unsigned char* data) {
+    const VelKeyToIndex* found = keyToIndex_.find(key);
+    const U32 index = found != nullptr ? found->value() : takeFreeIndex();
+    if (found == nullptr) newKeyToIndex(key, index);
+    const BytePtr ptr = entryPtr(index);
+    RegionLayout::writeKeyWord(ptr, key.value());
+    RegionLayout::storesInOrder();
+    if (entrySize_ != 0) std::memcpy(ptr + RegionLayout::keyWordBytes, data, entrySize_);
+    // A store of this entry is not put off until the next one's: it would seem completed and be lost by a kill.
+    RegionLayout::storesInOrder();
+}
+
+// The first one in the map's order.
+U32 CacheTable::takeFreeIndex() {
+    VEL_ASSERT_AS("freeIndexs() > 0", freeIndexs() > 0);
+    FreeIndex::Iterator first = freeIndex_.begin();
+    const U32 index = first.key();
+    freeIndexDel(first);
+    return index;
+}
+
+void CacheTable::entryDel(DeviceOffset key) {
+    const Vel::Ptr<VelKeyToIndex> removed = keyToIndex_.del(key);
+    if (removed) freeIndexIs(removed->value(), true);
+}
+
+U64 CacheTable::entry_py(DeviceOffset key) const {
+    U64 value = 0;
+    if (const unsigned char* data = entry(key)) std::memcpy(&value, data, sizeof(value));
+    return value;
+}
+
+void CacheTable::entryIs_py(DeviceOffset key, const U64& data) {
+    VEL_ASSERT_AS("entrySize() >= sizeof( U64 )", entrySize() >= sizeof(U64));
+    const auto scratch = std::make_unique<unsigned char[]>(entrySize_);
+    std::memcpy(scratch.get(), &data, sizeof(data));
+    entryIs(key, scratch.get());
+}
+
+Vel::Ptr<CacheTable::VelKeyToIndex> CacheTable::newKeyToIndex(DeviceOffset key, U32 index) {
+    return keyToIndex_.create(key, index);
+}
+
+U32 CacheTable::keyToIndexDel(DeviceOffset key) {
+    const Vel::Ptr<VelKeyToIndex> removed = keyToIndex_.del(key);
+    return removed ? removed->value() : 0;
+}
+
+Vel::Ptr<CacheTable::VelFreeIndex> CacheTable::newFreeIndex(U32 index, bool value) {
+    return freeIndex_.create(index, value);
+}
+
+unsigned CacheTable::auditErrors(unsigned level) const {
+    unsigned errors = keyToIndex_.auditErrors(level) + freeIndex_.auditErrors(level);
+    if (keyToIndexs() + freeIndexs() != size_) ++errors;
+    for (const auto& [key, index] : keyToIndex_)
+        if (index >= size_ || freeIndex(index)) ++errors;
+    for (const auto& [index, value] : freeIndex_)
+        if (index >= size_ || !value) ++errors;
+    return errors;
+}
+
+} // namespace Brixo

@@ -1,0 +1,194 @@
+// CacheTable.h - fixed-size entries in a named DMA region, found again after their process was killed.
+//
+// Owns:       the mapping of its region for as long as the process lives. The region itself is nobody's: it outlives the
+//             process on purpose, and destroying the table neither unmaps nor removes it.
+// Region:     "CacheTable-<agent>-<device>-<hash of the resource id>", laid out as docs/region-layout.md shows and
+//             RegionLayout.h states: magic, formatted flag, then size() slots of a key word and entrySize() bytes.
+// Invariant:  keyToIndexs() + freeIndexs() == size(); each slot index below size() is the value of exactly one member of
+//             keyToIndex or a member of freeIndex, never both.
+// Writes:     key word first, then the data, in place and with one copy. A killed writer leaves every earlier write whole;
+//             the one in flight may be torn.
+// Deleting:   changes the maps only. The slot keeps its key word and data until it is reused, so a deleted entry comes
+//             back with the next recovery, and a key that was deleted and written again into a higher slot comes back
+//             with its older bytes: the lowest slot wins.
+// Key:        0xffffffff is accepted, but its slot reads as unused in the next recovery: that entry is lost then.
+// Cost:       entry() is one look-up and one addition. Writing a new key allocates its map member and nothing else.
+// Errors:     broken preconditions are assertions that end the process; an absent key is no error.
+// Threads:    no lock: the table belongs to its agent's thread. Other readers of the region see writes as they happen.
+#pragma once
+
+#include <Brixo/AgentId.h>
+#include <Brixo/CacheTableIndex.h>
+#include <Brixo/DeviceOffset.h>
+#include <Brixo/Export.h>
+#include <Vel/Integers.h>
+#include <Vel/KeyedCollection.h>
+#include <Vel/MapMember.h>
+#include <Vel/Ptr.h>
+#include <Vel/PtrInterface.h>
+#include <Vel/String8.h>
+#include <Vel/value/Schema.h>
+
+namespace Brixo {
+
+class BRIXO_API CacheTable : public Vel::PtrInterface {
+public:
+    // Which slot holds a key.
+    class BRIXO_API VelKeyToIndex final : public Vel::MapMember<DeviceOffset, Vel::U32> {
+    public:
+        using MapMember::MapMember;
+    };
+
+    // A slot that nobody uses; every member's value is true.
+    class BRIXO_API VelFreeIndex final : public Vel::MapMember<Vel::U32, bool> {
+    public:
+        using MapMember::MapMember;
+    };
+
+    using KeyToIndex = Vel::KeyedCollection<VelKeyToIndex>;
+    using FreeIndex = Vel::KeyedCollection<VelFreeIndex>;
+
+    // Obtains, maps, formats and recovers the region before it returns; see handleInitialized().
+    // size: slots. entrySize: bytes of data in each, the key word not included.
+    CacheTable(AgentId agentId, const CacheTableIndex& tableId, Vel::U32 size, Vel::U32 entrySize);
+    ~CacheTable() override;
+
+    AgentId agentId() const noexcept { return agentId_; }
+
+    const CacheTableIndex& tableId() const noexcept { return tableId_; }
+
+    Vel::U32 size() const noexcept { return size_; }
+
+    Vel::U32 entrySize() const noexcept { return entrySize_; }
+
+    // The entry's entrySize() bytes in the region, or null when the key is absent. Valid as long as the process lives; the
+    // slot may come to hold another key.
+    Vel::BytePtr entry(DeviceOffset key) const;
+    // Writes entrySize() bytes from `data`. A key that is present keeps its slot; a new one takes the first free slot in
+    // the order of freeIndex. Asserts "freeIndexs() > 0" for a new key in a full table.
+    void entryIs(DeviceOffset key, const unsigned char* data);
+    // Forgets the key and frees its slot; writes nothing into the region. An absent key changes nothing.
+    void entryDel(DeviceOffset key);
+
+    // For scripts: the first 8 bytes of the entry as a number in host order, 0 when absent. Of an entry narrower than 8
+    // bytes, the upper bytes are those of whatever follows it.
+    Vel::U64 entry_py(DeviceOffset key) const;
+    // For scripts: writes 8 bytes in host order and zeroes behind them. Asserts "entrySize() >= sizeof( U64 )" first.
+    void entryIs_py(DeviceOffset key, const Vel::U64& data);
+
+    // The mapped region, or null before it is mapped; and its size in bytes, modulo 2^32.
+    Vel::BytePtr pinbufPtr() const noexcept { return pinbufPtr_; }
+
+    void pinbufPtrIs(Vel::BytePtr ptr) noexcept { pinbufPtr_ = ptr; }
+
+    Vel::U32 pinbufSize() const noexcept { return pinbufSize_; }
+
+    void pinbufSizeIs(Vel::U32 size) noexcept { pinbufSize_ = size; }
+
+    // The key word of slot `index`. Asserts "offset < pinbufSize()".
+    Vel::BytePtr entryPtr(Vel::U32 index) const;
+
+    // Which slot holds which key: for (const auto& [key, index] : table.keyToIndex()). The writers change the map and
+    // nothing in the region; they are the framework's.
+    const KeyToIndex& keyToIndex() const noexcept { return keyToIndex_; }
+
+    Vel::U32 keyToIndex(DeviceOffset key) const { return keyToIndex_.value(key); }
+
+    Vel::U32 keyToIndexs() const noexcept { return keyToIndex_.count(); }
+
+    Vel::Ptr<VelKeyToIndex> newKeyToIndex(DeviceOffset key, Vel::U32 index);
+
+    void keyToIndexIs(DeviceOffset key, Vel::U32 index) { keyToIndex_.set(key, index); }
+
+    // Returns the removed slot index, 0 when the key is absent.
+    Vel::U32 keyToIndexDel(DeviceOffset key);
+
+    void keyToIndexDel(KeyToIndex::Iterator& position) { keyToIndex_.del(position); }
+
+    void keyToIndexDelAll() noexcept { keyToIndex_.delAll(); }
+
+    void keyToIndexNotify(DeviceOffset) noexcept {}
+
+    // The unused slots.
+    const FreeIndex& freeIndex() const noexcept { return freeIndex_; }
+
+    bool freeIndex(Vel::U32 index) const { return freeIndex_.value(index); }
+
+    Vel::U32 freeIndexs() const noexcept { return freeIndex_.count(); }
+
+    Vel::Ptr<VelFreeIndex> newFreeIndex(Vel::U32 index, bool value);
+
+    void freeIndexIs(Vel::U32 index, bool value) { freeIndex_.set(index, value); }
+
+    void freeIndexDel(Vel::U32 index) { freeIndex_.del(index); }
+
+    void freeIndexDel(FreeIndex::Iterator& position) { freeIndex_.del(position); }
+
+    void freeIndexDelAll() noexcept { freeIndex_.delAll(); }
+
+    void freeIndexNotify(Vel::U32) noexcept {}
+
+    // Rebuilds both maps from the slots alone; may be called at any time. Of several slots with one key the lowest keeps
+    // it, the others are marked unused. One pass. Asserts "keyToIndexs() + freeIndexs() == size()".
+    void doRestart();
+
+    // Whether handleInitialized() has finished; true once the constructor has returned.
+    bool initialized() const noexcept { return initialized_; }
+
+    void initializedIs(bool initialized) noexcept { initialized_ = initialized; }
+
+    // Obtains the region from pinbuf, maps it, formats it unless it is formatted, and recovers it. The constructor
+    // calls it. Asserts "pa" when there is no region, "pinbufPtr()" when it cannot be mapped.
+    void handleInitialized();
+
+    // How many slots below size() are not in exactly one of the two maps, and what the maps see in themselves. O(size).
+    unsigned auditErrors(unsigned level) const override;
+
+    static constexpr auto schema();
+
+private:
+    Vel::String8 regionName() const;
+    void openRegion();
+    void formatUnlessFormatted();
+    void recoverSlot(Vel::U32 index);
+    Vel::U32 takeFreeIndex();
+
+    AgentId agentId_;
+    CacheTableIndex tableId_;
+    Vel::U32 size_;
+    Vel::U32 entrySize_;
+    Vel::BytePtr pinbufPtr_ = nullptr;
+    Vel::U32 pinbufSize_ = 0;
+    bool initialized_ = false;
+    KeyToIndex keyToIndex_;
+    FreeIndex freeIndex_;
+};
+
+// A new table, as by the constructor, with one reference.
+BRIXO_API Vel::Ptr<CacheTable> cacheTableFactory(AgentId agentId, const CacheTableIndex& tableId,
+                                                 Vel::U32 size, Vel::U32 entrySize);
+
+constexpr auto CacheTable::schema() {
+    using Read = Vel::BytePtr (CacheTable::*)(DeviceOffset) const;
+    return Vel::entitySchema<CacheTable>("Brixo::CacheTable")
+        .stored(130, "agentId", &CacheTable::agentId_)
+        .stored(131, "tableId", &CacheTable::tableId_)
+        .stored(132, "size", &CacheTable::size_)
+        .stored(133, "entrySize", &CacheTable::entrySize_)
+        .function(134, "entry", Read(&CacheTable::entry), "key")
+        .function(135, "entryIs", &CacheTable::entryIs, "key", "data")
+        .function(136, "entryDel", &CacheTable::entryDel, "key")
+        .function(137, "entry_py", &CacheTable::entry_py, "key")
+        .function(138, "entryIs_py", &CacheTable::entryIs_py, "key", "data")
+        .stored(139, "pinbufPtr", &CacheTable::pinbufPtr_)
+        .stored(140, "pinbufSize", &CacheTable::pinbufSize_)
+        .function(141, "entryPtr", &CacheTable::entryPtr, "index")
+        .collection(142, "keyToIndex", &CacheTable::keyToIndex_)
+        .collection(143, "freeIndex", &CacheTable::freeIndex_)
+        .procedure(144, "doRestart", &CacheTable::doRestart)
+        .stored(145, "initialized", &CacheTable::initialized_)
+        .procedure(146, "handleInitialized", &CacheTable::handleInitialized)
+        .constructedFrom("agentId", "tableId", "size", "entrySize");
+}
+
+} // namespace Brixo
