@@ -1,0 +1,56 @@
+// Agent.h - mirrors the registers of every device of the machine into cache tables, one table per device.
+//
+// A table's key is the register's offset, its entry the register's 4 bytes. A restarted agent finds its tables again:
+// the constructor recovers them, and refresh() goes on where the killed one stopped.
+#pragma once
+
+#include "HardwareDevice.h"
+#include "WriteJournal.h"
+#include <Brixo/AgentId.h>
+#include <Brixo/CacheTable.h>
+#include <Vel/Ptr.h>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace PciAgent {
+
+// One table and the device that it mirrors.
+struct MirroredDevice {
+    std::unique_ptr<HardwareDevice> device;
+    Vel::Ptr<Brixo::CacheTable> table;
+    unsigned recovered; // entries that the table held when it was opened
+
+    static constexpr Vel::U32 registerBytes = 4;
+
+    static Brixo::DeviceOffset key(unsigned registerIndex) {
+        return Brixo::DeviceOffset(registerIndex * registerBytes);
+    }
+
+    // The value that the table holds for a register. False when it has no entry for it.
+    bool mirrored(unsigned registerIndex, Vel::U32& value) const;
+};
+
+class Agent {
+public:
+    // Opens the table of every device. `journal` outlives the agent.
+    Agent(Brixo::AgentId id, WriteJournal& journal);
+
+    const std::vector<MirroredDevice>& devices() const noexcept { return devices_; }
+
+    Brixo::AgentId id() const noexcept { return id_; }
+
+    // The name of a device's region, as the table made it.
+    std::string regionName(const MirroredDevice& mirrored) const;
+
+    // Reads every register of every device once and writes it into its table.
+    void refresh();
+
+private:
+    Brixo::AgentId id_;
+    WriteJournal* journal_;
+    std::vector<MirroredDevice> devices_;
+    std::vector<Vel::U32> registers_;
+};
+
+} // namespace PciAgent

@@ -1,0 +1,62 @@
+// WriteJournal.h - what the agent has written, in memory that its watcher sees: the demo's witness, no part of the product.
+//
+// Contents: for each register of each table the value of the last completed write, and the write in flight.
+// Order:    begin() states the write before it starts, completed() after it has returned, so that at a kill every write
+//           is either not begun, in flight, or completed.
+// Threads:  one writer; a reader looks once the writer is dead.
+#pragma once
+
+#include <Vel/Integers.h>
+#include <string>
+
+namespace PciAgent {
+
+class WriteJournal {
+public:
+    static constexpr unsigned maxTables = 64;
+    static constexpr unsigned maxRegisters = 1024;
+
+    struct Register {
+        Vel::U32 value;     // of the last completed write
+        Vel::U32 completed; // how many writes completed, modulo 2^32
+    };
+
+    struct InFlight {
+        Vel::U32 active; // 1 from before the write until after it
+        Vel::U32 table;
+        Vel::U32 index; // of the register
+        Vel::U32 value; // what is being written
+    };
+
+    // Opens the journal file, making one of zeros if there is none. Throws std::system_error.
+    explicit WriteJournal(const std::string& path);
+    WriteJournal(const WriteJournal&) = delete;
+    WriteJournal& operator=(const WriteJournal&) = delete;
+    ~WriteJournal();
+
+    void begin(unsigned table, unsigned index, Vel::U32 value) noexcept;
+    void completed() noexcept;
+
+    Vel::U64 completedWrites() const noexcept;
+
+    InFlight inFlight() const noexcept { return contents_->inFlight; }
+
+    const Register& at(unsigned table, unsigned index) const noexcept {
+        return contents_->registers[table][index];
+    }
+
+    // Settles a write that a killed agent left in flight: the value that was found counts as written, or, if there is no
+    // entry, nothing does.
+    void settle(bool present, Vel::U32 found) noexcept;
+
+private:
+    struct Contents {
+        alignas(8) Vel::U64 completedWrites;
+        InFlight inFlight;
+        Register registers[maxTables][maxRegisters];
+    };
+
+    Contents* contents_;
+};
+
+} // namespace PciAgent
