@@ -1,8 +1,8 @@
 // Assert.h - broken invariants end the process, in every build type, and say which and where.
 //
-//     VEL_ASSERT(offset < pinbufSize(), index, offset);
-//     // CacheTable.cpp:88: assertion failed: offset < pinbufSize(); index = 40, offset = 4008
-//     //     (in Vel::BytePtr Brixo::CacheTable::entryPtr(Vel::U32) const)      - all on one line
+//     VEL_ASSERT(offset < size(), index, offset);
+//     // Table.cpp:88: assertion failed: offset < size(); index = 40, offset = 4008
+//     //     (in unsigned char* Net::Table::slot(Vel::U32) const)      - all on one line
 //
 // Text:   the asserted expression as written, then the named values, then the function as the
 //         compiler spells it. VEL_ASSERT_AS states the text itself, for texts that others rely on:

@@ -38,8 +38,8 @@ constexpr U32 keyHash(const Key& key) noexcept {
 
 // Keys that differ whenever their folds do, and only then.
 template <class Key>
-inline constexpr bool foldIsKey =
-    (std::is_enum_v<Key> || std::integral<Key>)&&sizeof(Key) <= sizeof(U32);
+inline constexpr bool foldIsKey = (std::is_enum_v<Key> || std::integral<Key>)&&sizeof(Key) <=
+                                  sizeof(U32);
 
 // Whether fold `a` hashes below fold `b`: after the reversal the lowest bit in which they differ decides.
 constexpr bool hashesBelow(U32 a, U32 b) noexcept {

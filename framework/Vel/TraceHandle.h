@@ -1,7 +1,7 @@
 // TraceHandle.h - the named switchboard of one module's trace lines: ten levels, each on or off.
 //
 //     Vel::TraceHandle& trace() {       // made on first use, kept for the life of the process
-//         static Vel::TraceHandle& handle = *new Vel::TraceHandle("BrixoCacheTable", true);
+//         static Vel::TraceHandle& handle = *new Vel::TraceHandle("NetTable", true);
 //         return handle;
 //     }
 //     VEL_TRACE(trace(), 9, "Recovered entry, index: " << index << " key: " << key);
@@ -13,12 +13,12 @@
 //               entry   = name "/" levels
 //               name    = a handle's name, or its beginning and "*"; "*" alone names every handle
 //               levels  = "all", "none", or digits and ranges joined by "+", such as 0-3+8
-//           BrixoCacheTable/0-9   */1,Brixo*/0-3+8   */none
+//           NetTable/0-9   */1,Net*/0-3+8   */none
 //           They hold for handles that exist and for those made later. The environment variable
 //           VEL_TRACE gives the first settings; it is read when the first handle is made.
 //           A malformed entry is reported in one line on standard error; the others hold.
 // Output:   one line, one write(2), to standard error, or to the file that VEL_TRACE_FILE names:
-//               2024-03-05T06:07:08.090123Z 4242 BrixoCacheTable/9 Recovered entry, ...
+//               2024-03-05T06:07:08.090123Z 4242 NetTable/9 Recovered entry, ...
 //           that is time (UTC), process, handle, level and text. A control character of the text
 //           is written as \xNN, so that a line stays a line. A file is appended to, made with mode
 //           0600, and shared by any number of processes.

@@ -1,6 +1,6 @@
 // Value.h - base of every value type: from its one schema it gets its operators, its hash and its place in the framework.
 //
-//     class BRIXO_API DeviceId : public Vel::Value<DeviceId> {
+//     class NET_API DeviceId : public Vel::Value<DeviceId> {
 //     public:
 //         VEL_VALUE(DeviceId)
 //         constexpr DeviceId() noexcept = default;
@@ -8,13 +8,13 @@
 //         constexpr Vel::U16 value() const noexcept { return value_; }
 //
 //         static constexpr auto schema() {
-//             return Vel::scalarSchema<DeviceId>("Brixo::DeviceId").stored(2, "value", &DeviceId::value_);
+//             return Vel::scalarSchema<DeviceId>("Net::DeviceId").stored(2, "value", &DeviceId::value_);
 //         }
 //
 //     private:
 //         Vel::U16 value_ = 0;
 //     };
-//     VEL_VALUE_FUNCTIONS(BRIXO_API, DeviceId);     // behind the class, in its namespace
+//     VEL_VALUE_FUNCTIONS(NET_API, DeviceId);     // behind the class, in its namespace
 //     VEL_DEFINE_VALUE(DeviceId)                    // in its .cpp; the only place that instantiates the facets
 //
 // A refinement derives from Vel::Refinement<LogicalTableId, LogicalResourceId> instead and states its name and what its

@@ -10,9 +10,7 @@ class ObjectHeap {
 public:
     static void* allocate(std::size_t size) { return ::operator new(size); }
 
-    static void deallocate(void* object, std::size_t) noexcept {
-        ::operator delete(object);
-    }
+    static void deallocate(void* object, std::size_t) noexcept { ::operator delete(object); }
 };
 
 } // namespace Vel::detail

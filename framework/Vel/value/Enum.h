@@ -1,7 +1,7 @@
 // Enum.h - an enumeration from one list of names, numbered from 0.
 //
-//     VEL_ENUM(Brixo, Command, writeCmd, readCmd, bulkWriteCmd);          // in namespace Brixo
-//     VEL_ENUM_FUNCTIONS(BRIXO_API, Command);                             // its functions, declared
+//     VEL_ENUM(Net, Command, writeCmd, readCmd, bulkWriteCmd);          // in namespace Net
+//     VEL_ENUM_FUNCTIONS(NET_API, Command);                             // its functions, declared
 //     VEL_DEFINE_ENUM(Command)                                            // in its .cpp
 //
 // Storage: signed 32 bits; the default is the first name. A variable may hold an undeclared number: it prints as

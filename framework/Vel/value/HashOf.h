@@ -12,7 +12,9 @@ namespace detail {
 // The bytes of a field, least significant first; a nested value's fields in turn.
 template <class Field>
 constexpr void mixField(ByteMix& mix, const Field& field) {
-    if constexpr (std::is_enum_v<Field>) {
+    if constexpr (std::is_same_v<Field, bool>) {
+        mix.add(static_cast<U8>(field));
+    } else if constexpr (std::is_enum_v<Field>) {
         mix.add(static_cast<U32>(field));
     } else if constexpr (std::is_integral_v<Field>) {
         mix.add(static_cast<std::make_unsigned_t<Field>>(field));

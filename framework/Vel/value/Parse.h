@@ -64,7 +64,7 @@ bool readPrinted(const char*& pos, const char* end, T& value) noexcept {
     }
 }
 
-// " 'Brixo::X'": the blank lets blanks stand before the token.
+// " 'Net::X'": the blank lets blanks stand before the token.
 template <class T>
 inline constexpr auto quotedTypeName = joinLiteral<[] {
     return std::array<std::string_view, 4>{" '", schemaOf<T>.qualifiedName, "'",
@@ -124,7 +124,9 @@ void readStructured(String8::IteratorConst& pos, const String8::IteratorConst& e
         pos += Text::skipBlanks(p, end.charPtr()) - pos.charPtr();
     } else {
         String8::IteratorConst it = pos;
-        result = T();
+        // Not T(): what a refinement's constructor fixes is not what a text without that attribute says.
+        forEachField<T>(
+            [&]<std::size_t i>() { result.*(attributeAt<T, i>.access) = FieldType<T, i>(); });
         readByGrammar(it, end, result);
         pos = it;
     }

@@ -1,7 +1,7 @@
 // Schema.h - the one declaration of a type: its name and its attributes, as a constexpr object.
 //
 //     static constexpr auto schema() {
-//         return Vel::valueSchema<LogicalResourceId>("Brixo::LogicalResourceId")
+//         return Vel::valueSchema<LogicalResourceId>("Net::LogicalResourceId")
 //             .stored(2, "type", &LogicalResourceId::type_)
 //             .stored(3, "id", &LogicalResourceId::id_)
 //             .hashedBy(Vel::Hash::byteMix, 4)

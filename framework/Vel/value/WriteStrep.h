@@ -38,7 +38,7 @@ constexpr auto joinLiteral() {
     return result;
 }
 
-// What stands before a field: "Value('Brixo::X', ** {'type': " before the first, ", 'id': " before the others.
+// What stands before a field: "Value('Net::X', ** {'type': " before the first, ", 'id': " before the others.
 template <class T, std::size_t index, bool first>
 inline constexpr auto beforeField = joinLiteral<[] {
     constexpr std::string_view name = attributeAt<T, index>.name;
