@@ -16,12 +16,12 @@ constexpr unsigned entryBytes = 4;
 
 bool printsItsTextForm() {
     std::ostringstream out;
-    out << Brixo::LogicalResourceId(Brixo::tableResource, 7);
+    out << Brixo::LogicalResourceId(Brixo::ResourceType::tableResource, 7);
     return out.str() == "Value('Brixo::LogicalResourceId', ** {'type': 'tableResource', 'id': 7})";
 }
 
 Vel::Ptr<Brixo::CacheTable> openTable() {
-    const Brixo::PhysicalResourceId resource(Brixo::tableResource, 3);
+    const Brixo::PhysicalResourceId resource(Brixo::ResourceType::tableResource, 3);
     return Brixo::cacheTableFactory(Brixo::AgentId(1),
                                     Brixo::CacheTableIndex(Brixo::DeviceId(2), resource), slotCount,
                                     entryBytes);
