@@ -43,19 +43,23 @@ std::string Agent::regionName(const MirroredDevice& mirrored) const {
         .charPtr();
 }
 
-void Agent::refresh() {
+void Agent::refresh(unsigned writes) {
     for (unsigned table = 0; table < devices_.size(); ++table) {
-        const MirroredDevice& mirrored = devices_[table];
-        mirrored.device->read(registers_);
-        const auto count =
-            std::min<std::size_t>(registers_.size(), mirrored.device->registerCount());
-        for (unsigned i = 0; i < count; ++i) {
-            unsigned char bytes[sizeof(U32)];
-            std::memcpy(bytes, &registers_[i], sizeof(bytes));
-            journal_->begin(table, i, registers_[i]);
-            mirrored.table->entryIs(MirroredDevice::key(i), bytes);
-            journal_->completed();
-        }
+        devices_[table].device->read(registers_);
+        for (unsigned n = 0; n < writes; ++n) mirror(table);
+    }
+}
+
+// Writes the registers that were just read into their table; the journal states each write before and after.
+void Agent::mirror(unsigned table) {
+    const MirroredDevice& mirrored = devices_[table];
+    const auto count = std::min<std::size_t>(registers_.size(), mirrored.device->registerCount());
+    for (unsigned i = 0; i < count; ++i) {
+        unsigned char bytes[sizeof(U32)];
+        std::memcpy(bytes, &registers_[i], sizeof(bytes));
+        journal_->begin(table, i, registers_[i]);
+        mirrored.table->entryIs(MirroredDevice::key(i), bytes);
+        journal_->completed();
     }
 }
 

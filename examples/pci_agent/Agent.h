@@ -43,10 +43,13 @@ public:
     // The name of a device's region, as the table made it.
     std::string regionName(const MirroredDevice& mirrored) const;
 
-    // Reads every register of every device once and writes it into its table.
-    void refresh();
+    // Reads every register of every device once, and writes each device's registers into its table `writes` times over. Reading
+    // hardware takes far longer than writing memory: with many writes a kill is likely to interrupt one.
+    void refresh(unsigned writes);
 
 private:
+    void mirror(unsigned table);
+
     Brixo::AgentId id_;
     WriteJournal* journal_;
     std::vector<MirroredDevice> devices_;

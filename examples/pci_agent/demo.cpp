@@ -27,7 +27,7 @@ namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 
 constexpr int kills = 3;
-constexpr Vel::U64 writesBeforeKill = 20'000;
+constexpr Vel::U64 writesBeforeKill = 1'000'000;
 
 class Child {
 public:
@@ -103,7 +103,8 @@ private:
                 (life == 1 ? ": the agent starts on empty regions"
                            : ": the agent starts again and recovers its tables"));
         const Vel::U64 writesBefore = journal_.completedWrites();
-        Child agent(agent_, {"--journal", (folder_ / "journal").string(), "--report"});
+        Child agent(agent_,
+                    {"--journal", (folder_ / "journal").string(), "--report", "--writes", "400"});
         while (journal_.completedWrites() < writesBefore + writesBeforeKill) {
             if (agent.hasEnded()) {
                 std::printf("  the agent ended by itself\n");

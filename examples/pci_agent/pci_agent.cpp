@@ -1,9 +1,10 @@
 // pci_agent - mirrors the registers of this machine's devices into cache tables until it is stopped or killed.
 //
-//     pci_agent [--agent ID] [--journal FILE] [--report] [--passes N]
+//     pci_agent [--agent ID] [--journal FILE] [--report] [--passes N] [--writes N]
 //
 // --report    says what was found in the tables, and compares it with the journal; exits with 1 when something is lost
 // --passes N  stops after N refreshes of every register; 0, the default, never stops
+// --writes N  writes each value N times in a refresh, 1 by default
 #include "Agent.h"
 #include "Report.h"
 #include "WriteJournal.h"
@@ -20,10 +21,12 @@ struct Options {
     std::string journal = "/dev/shm/pci_agent.journal";
     bool report = false;
     unsigned long passes = 0;
+    unsigned writes = 1;
 };
 
 [[noreturn]] void usage(const char* program) {
-    std::fprintf(stderr, "usage: %s [--agent ID] [--journal FILE] [--report] [--passes N]\n",
+    std::fprintf(stderr,
+                 "usage: %s [--agent ID] [--journal FILE] [--report] [--passes N] [--writes N]\n",
                  program);
     std::exit(2);
 }
@@ -39,11 +42,10 @@ unsigned long number(const char* program, const char* text, unsigned long most) 
 }
 
 Options parse(int argc, char** argv) {
-    static constexpr option known[] = {{"agent", required_argument, nullptr, 'a'},
-                                       {"journal", required_argument, nullptr, 'j'},
-                                       {"report", no_argument, nullptr, 'r'},
-                                       {"passes", required_argument, nullptr, 'p'},
-                                       {nullptr, 0, nullptr, 0}};
+    static constexpr option known[] = {
+        {"agent", required_argument, nullptr, 'a'},  {"journal", required_argument, nullptr, 'j'},
+        {"report", no_argument, nullptr, 'r'},       {"passes", required_argument, nullptr, 'p'},
+        {"writes", required_argument, nullptr, 'w'}, {nullptr, 0, nullptr, 0}};
     Options options;
     for (int letter; (letter = getopt_long(argc, argv, "", known, nullptr)) != -1;) {
         switch (letter) {
@@ -51,6 +53,7 @@ Options parse(int argc, char** argv) {
         case 'j': options.journal = optarg; break;
         case 'r': options.report = true; break;
         case 'p': options.passes = number(argv[0], optarg, 1000000000UL); break;
+        case 'w': options.writes = static_cast<unsigned>(number(argv[0], optarg, 1000000)); break;
         default: usage(argv[0]);
         }
     }
@@ -73,7 +76,7 @@ int run(const Options& options) {
         std::fflush(stdout);
     }
     for (unsigned long pass = 0; options.passes == 0 || pass < options.passes; ++pass)
-        agent.refresh();
+        agent.refresh(options.writes);
     return whole ? 0 : 1;
 }
 
