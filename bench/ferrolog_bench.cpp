@@ -34,7 +34,9 @@ public:
     OpenTrace() {
         std::array<char, 32> name{"/dev/shm/ferrolog_bench.XXXXXX"};
         int const descriptor = ::mkstemp(name.data());
-        if (descriptor >= 0) { ::close(descriptor); }
+        if (descriptor >= 0) {
+            ::close(descriptor);
+        }
         path_ = name.data();
         isOpen_ = ferrolog_open(path_.c_str(), 1U << 20) == 0;
     }
@@ -77,7 +79,9 @@ void storeEightWordsAndTimeStamp(benchmark::State& state) {
 
 void traceTwoIntegers(benchmark::State& state) {
     OpenTrace const trace;
-    if (!trace.isOpen()) { state.SkipWithError(ferrolog_error()); }
+    if (!trace.isOpen()) {
+        state.SkipWithError(ferrolog_error());
+    }
     std::uint32_t index = 0;
     for (auto _ : state) {
         FERROLOG("Bench", "Recovered entry, index: ", index, " key: ", ~index);
@@ -87,8 +91,12 @@ void traceTwoIntegers(benchmark::State& state) {
 
 void traceWithoutArguments(benchmark::State& state) {
     OpenTrace const trace;
-    if (!trace.isOpen()) { state.SkipWithError(ferrolog_error()); }
-    for (auto _ : state) { FERROLOG("Bench", "CacheTable::doRestart"); }
+    if (!trace.isOpen()) {
+        state.SkipWithError(ferrolog_error());
+    }
+    for (auto _ : state) {
+        FERROLOG("Bench", "CacheTable::doRestart");
+    }
 }
 
 void traceWhileOff(benchmark::State& state) {
@@ -105,14 +113,18 @@ void testLevelInline(benchmark::State& state) {
     static std::uint32_t level = 0;
     std::uint32_t index = 0;
     for (auto _ : state) {
-        if (__atomic_load_n(&level, __ATOMIC_RELAXED) != 0) { benchmark::DoNotOptimize(index * 2); }
+        if (__atomic_load_n(&level, __ATOMIC_RELAXED) != 0) {
+            benchmark::DoNotOptimize(index * 2);
+        }
         benchmark::DoNotOptimize(++index);
     }
 }
 
 void emptyLoop(benchmark::State& state) {
     std::uint32_t index = 0;
-    for (auto _ : state) { benchmark::DoNotOptimize(++index); }
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(++index);
+    }
 }
 
 BENCHMARK(storeEightWordsAndTimeStamp);

@@ -56,7 +56,8 @@ Folder Folder::openOrMake(const std::string& path) {
         throw Failure("cannot make the folder " + inQuotes(path), errno);
     }
     Folder folder(path, openDirectory(path));
-    if (!folder.directory_.isOpen()) throw Failure("the folder " + inQuotes(path) + " has vanished");
+    if (!folder.directory_.isOpen())
+        throw Failure("the folder " + inQuotes(path) + " has vanished");
     folder.requireOurs();
     return folder;
 }
