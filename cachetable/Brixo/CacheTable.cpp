@@ -11,12 +11,14 @@
 #include <ios>
 #include <memory>
 #include <pinbuf/pinbuf.h>
+#include <vector>
 
 namespace Brixo {
 
 using Vel::BytePtr;
 using Vel::U32;
 using Vel::U64;
+using Vel::U8;
 
 namespace {
 
@@ -193,11 +195,18 @@ Vel::Ptr<CacheTable::VelFreeIndex> CacheTable::newFreeIndex(U32 index, bool valu
 
 unsigned CacheTable::auditErrors(unsigned level) const {
     unsigned errors = keyToIndex_.auditErrors(level) + freeIndex_.auditErrors(level);
-    if (keyToIndexs() + freeIndexs() != size_) ++errors;
-    for (const auto& [key, index] : keyToIndex_)
-        if (index >= size_ || freeIndex(index)) ++errors;
-    for (const auto& [index, value] : freeIndex_)
-        if (index >= size_ || !value) ++errors;
+    std::vector<U8> uses(size_); // of each slot: 0, 1, or 2 for more
+    const auto use = [&](U32 index) {
+        if (index >= size_)
+            ++errors;
+        else if (uses[index] < 2)
+            ++uses[index];
+    };
+    for (const auto& [key, index] : keyToIndex_) use(index);
+    for (const auto& [index, isFree] : freeIndex_)
+        if (isFree || index >= size_) use(index);
+    for (const U8 count : uses)
+        if (count != 1) ++errors;
     return errors;
 }
 

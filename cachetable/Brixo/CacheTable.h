@@ -51,6 +51,9 @@ public:
     // Obtains, maps, formats and recovers the region before it returns; see handleInitialized().
     // size: slots. entrySize: bytes of data in each, the key word not included.
     CacheTable(AgentId agentId, const CacheTableIndex& tableId, Vel::U32 size, Vel::U32 entrySize);
+    // No copy: two tables on one region would each give away the same free slots.
+    CacheTable(const CacheTable&) = delete;
+    CacheTable& operator=(const CacheTable&) = delete;
     ~CacheTable() override;
 
     AgentId agentId() const noexcept { return agentId_; }
@@ -141,7 +144,8 @@ public:
     // calls it. Asserts "pa" when there is no region, "pinbufPtr()" when it cannot be mapped.
     void handleInitialized();
 
-    // How many slots below size() are not in exactly one of the two maps, and what the maps see in themselves. O(size).
+    // How many slots below size() are not in exactly one of the two maps, how many members stand for no such slot, and what
+    // the maps see in themselves. O(size), with a byte per slot.
     unsigned auditErrors(unsigned level) const override;
 
     static constexpr auto schema();

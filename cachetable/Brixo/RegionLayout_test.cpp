@@ -1,0 +1,47 @@
+#include <Brixo/RegionLayout.h>
+
+#include <gtest/gtest.h>
+#include <string>
+
+namespace Brixo::RegionLayout {
+namespace {
+
+TEST(RegionLayout, HasItsFieldsWhereOtherReadersLookForThem) {
+    EXPECT_EQ(sizeof(Header), 8u);
+    EXPECT_EQ(offsetof(Header, magic), 0u);
+    EXPECT_EQ(offsetof(Header, formatted), 4u);
+    EXPECT_EQ(offsetof(Header, reserved), 5u);
+    EXPECT_EQ(magic, 0xbeefcafeu);
+    EXPECT_EQ(unusedKeyWord, 0xffffffffu);
+}
+
+TEST(RegionLayout, PacksSlotsBehindTheHeader) {
+    EXPECT_EQ(slotBytes(0), 4u);
+    EXPECT_EQ(slotBytes(6), 10u);
+    EXPECT_EQ(slotOffset(6, 0), 8u);
+    EXPECT_EQ(slotOffset(6, 1), 18u);
+    EXPECT_EQ(regionBytes(6, 0), 8u);
+    EXPECT_EQ(regionBytes(6, 3), 38u);
+    EXPECT_EQ(regionBytes(6, 3), slotOffset(6, 3)) << "the region ends where its last slot ends";
+}
+
+TEST(RegionLayout, ComputesModulo2To32) {
+    EXPECT_EQ(slotBytes(0xffffffff), 3u);
+    EXPECT_EQ(regionBytes(12, 0x10000001), 24u);
+    EXPECT_EQ(slotOffset(12, 0x10000001), 24u);
+}
+
+TEST(RegionLayout, ReadsAndWritesKeyWordsAtAnyAddress) {
+    for (unsigned shift = 0; shift < 8; ++shift) {
+        unsigned char bytes[16];
+        std::memset(bytes, 0x55, sizeof(bytes));
+        writeKeyWord(bytes + shift, 0x04030201);
+        std::string expected(16, 0x55);
+        expected.replace(shift, 4, "\x01\x02\x03\x04");
+        EXPECT_EQ(std::string(reinterpret_cast<char*>(bytes), 16), expected);
+        EXPECT_EQ(readKeyWord(bytes + shift), 0x04030201u);
+    }
+}
+
+} // namespace
+} // namespace Brixo::RegionLayout
