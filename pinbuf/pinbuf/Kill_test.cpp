@@ -61,8 +61,9 @@ protected:
 
 enum class Outcome { killed, finished, notPermitted };
 
-// Runs `body` in a child and kills it at its n-th stop: each system call stops it before and after. As the library
-// changes files by system calls alone, the stops are all the moments that leave different files behind.
+// Runs `body` in a child and kills it at its n-th stop: each system call stops it before and after.
+// As the library changes files by system calls alone, the stops are all the moments that leave
+// different files behind.
 template <typename Body>
 Outcome killAtStop(unsigned n, Body body) {
     constexpr int notPermitted = 77;
@@ -88,7 +89,8 @@ Outcome killAtStop(unsigned n, Body body) {
     return WEXITSTATUS(status) == 0 ? Outcome::finished : Outcome::notPermitted;
 }
 
-// Kills the making of region "victim" at every stop, each time in a folder that `prepare` made, and checks what is left.
+// Kills the making of region "victim" at every stop, each time in a folder that `prepare` made, and
+// checks what is left.
 template <typename Prepare>
 void killTheMakingEverywhere(const RegionFolder& folder, Prepare prepare) {
     constexpr unsigned sizeBytes = 5000;
@@ -156,7 +158,8 @@ TEST_F(Kill, AtAnySystemCallWhileVanishedRegionsAreGivenUp) {
     });
 }
 
-// What a kill left under the unfinished names must not disturb the next making, nor be mistaken for a region.
+// What a kill left under the unfinished names must not disturb the next making, nor be mistaken for
+// a region.
 TEST_F(Kill, AtAnySystemCallAfterEarlierKills) {
     killTheMakingEverywhere(regions, [this] {
         regions.make();
@@ -165,7 +168,8 @@ TEST_F(Kill, AtAnySystemCallAfterEarlierKills) {
     });
 }
 
-// A writer that makes, fills and removes regions in a loop is killed at a random moment, and the next one goes on.
+// A writer that makes, fills and removes regions in a loop is killed at a random moment, and the
+// next one goes on.
 TEST_F(Kill, AtARandomMoment) {
     constexpr unsigned seed = 77003;
     constexpr int rounds = 250;

@@ -68,8 +68,8 @@ TEST_F(Processes, KeepTheirAddressWhileOtherRegionsComeAndGo) {
     EXPECT_EQ(alloc("c", 1), 0x40002000U);
 }
 
-// Starts `count` processes that begin together, in a folder that does not exist yet, and waits for them. Each writes
-// its answers into its own row of `answers`.
+// Starts `count` processes that begin together, in a folder that does not exist yet, and waits for
+// them. Each writes its answers into its own row of `answers`.
 constexpr std::size_t rowLength = 32;
 using Row = unsigned[rowLength];
 

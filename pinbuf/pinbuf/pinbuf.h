@@ -1,27 +1,25 @@
-// pinbuf.h - named DMA regions: memory that outlives its process, at an address that every process
-// agrees on.
+// pinbuf.h - named DMA regions: memory that outlives its process, at an address that all processes
+// agree on.
 //
 // Owns:     nothing on the caller's side. A region is one file, named after it, that holds exactly
-// the region's bytes. Lifetime: a region lives as long as its file. No call here ever unmaps,
-// grows, cuts or removes a region: the process
-//           may die and start again, and finds what it left. To remove a region is an operator's
-//           decision (rm).
+//           the region's bytes.
+// Lifetime: a region lives as long as its file. No call here ever unmaps, grows, cuts or removes a
+//           region: the process may die and start again, and finds what it left. To remove a region
+//           is an operator's decision (rm).
 // Errors:   a call that fails writes one line to standard error that says which call, which region
-// and why, and
-//           pinbuf_error() gives the same line. Nothing that was stored before is changed by a
-//           failure.
-// Threads:  every call may be made from any thread and from any number of processes at once;
-// creation is serialised by
-//           an advisory lock on the folder, so a call can wait for another process that is creating
-//           a region. The environment is read at each call: do not change it while another thread
-//           is in one.
+//           and why, and pinbuf_error() gives the same line. A failure changes nothing that was
+//           stored before.
+// Threads:  every call may be made from any thread and from any number of processes at once. Making
+//           regions is serialised by an advisory lock on the folder, so a call can wait for another
+//           process that makes one. The environment is read at each call: do not change it while
+//           another thread is in one.
 //
 // Environment:
 //   PINBUF_BACKEND  which back end gives the memory. "shm", also when unset or empty: files in a
-//   folder, no privilege. PINBUF_DIR      folder of the regions. Unset or empty:
-//   /dev/shm/pinbuf-<effective user id>. It is made (mode 0700)
-//                   when absent; it must belong to the user, be writable by nobody else and be no
-//                   symbolic link.
+//                   folder, no privilege.
+//   PINBUF_DIR      folder of the regions. Unset or empty: /dev/shm/pinbuf-<effective user id>. It
+//                   is made (mode 0700) when absent; it must belong to the user, be writable by
+//                   nobody else and be no symbolic link.
 #ifndef PINBUF_PINBUF_H
 #define PINBUF_PINBUF_H
 
@@ -32,30 +30,33 @@ extern "C" {
 #endif
 
 // Makes region `name` of `size` bytes, or finds it again, and returns its physical address, by
-// outcome: (1) absent: made, all zero, its memory reserved now, so that a full file system is an
-// answer of 0 and not a bus
-//     error later; a kill at any instruction leaves the region whole or absent, never short;
+// outcome:
+// (1) absent: made, all zero, its memory reserved now, so that a full file system is an answer of 0
+//     and not a bus error later; a kill at any instruction leaves the region whole or absent, never
+//     short;
 // (2) exists with at least `size` bytes: returned with its contents, neither grown nor cut; a file
-// put there by other
-//     means becomes a region in this way. `size` and `owner` of the first call stay on record;
+//     put there by other means becomes a region in this way. Size and owner stay on record as they
+//     were when the region was made or found first;
 // (3) anything else: 0. So also: an existing region that is shorter, is not a regular file of the
-// user's own, or is
-//     reached through a symbolic link; a size of 0; no room in the address window.
+//     user's own, or is reached through a symbolic link; a size of 0; no room in the address
+//     window.
 // The address is a multiple of 4096 between 0x40000000 and 0xbfffffff, overlaps no other region's,
-// and is the same for every process and every restart as long as the region lives. `name`:  1 to
-// 127 bytes, none of them '/' or a control character, the first no '.'. `owner`: who asks, for
-// people to read; null is "", and what exceeds 111 bytes is cut off. Cost:    a few system calls
-// and one read of 256 bytes per region of the folder; a new region, its zeroing too.
+// and is the same for every process and every restart as long as the region lives.
+// `name`:  1 to 127 bytes, none of them '/' or a control character, the first no '.'.
+// `owner`: who asks, for people to read; null is "", and what exceeds 111 bytes is cut off.
+// Cost:    a few system calls and one read of 256 bytes per region of the folder; a new region, its
+//          zeroing too.
 PINBUF_API unsigned pinbuf_alloc_func(const char* name, unsigned size, const char* owner);
 
 // Maps the whole region `name`, readable and writable, shared with every process that maps it, and
-// returns its page aligned virtual address; null on failure. The region must exist: call
-// pinbuf_alloc_func first. At least one page of zero bytes follows that may be read but not
-// written, so that reading a full word at the region's last byte harms nobody. Mapping the same
-// region again in one process returns the same address, unless its file was replaced or changed its
-// size in the meantime. The mapping stays until the process ends. The three numbers are constants
-// of the platform that pass through to the back end; clients pass 1, 0, 0. The shm back end does
-// not interpret them.
+// returns its page-aligned virtual address; null on failure. The region must exist: call
+// pinbuf_alloc_func first.
+// At least one page of zero bytes follows that may be read but not written, so that reading a full
+// word at the region's last byte harms nobody. Mapping the same region again in one process returns
+// the same address, unless its file was replaced or changed its size meanwhile. The mapping stays
+// until the process ends.
+// The three numbers are constants of the platform that pass through to the back end; clients pass
+// 1, 0, 0. The shm back end does not interpret them.
 PINBUF_API void* pinbuf_map(const char* name, int platform0, int platform1, int platform2);
 
 // The line that the calling thread's last call here wrote to standard error, without its line feed;
@@ -71,8 +72,7 @@ struct pinbuf_region {
     unsigned size_bytes;       // of the file
 };
 
-// Looks at one region; returns 0 to go on, anything else to stop. May call every function of this
-// header.
+// Looks at one region; returns 0 to go on, else stops. May call every function of this header.
 typedef int (*pinbuf_visitor)(const struct pinbuf_region* region, void* context);
 
 // Visits the regions of the folder in ascending byte order of their names and returns how many were

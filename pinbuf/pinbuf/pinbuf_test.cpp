@@ -24,7 +24,8 @@ unsigned alloc(const char* name, unsigned size) { return pinbuf_alloc_func(name,
 
 char* map(const char* name) { return static_cast<char*>(pinbuf_map(name, 1, 0, 0)); }
 
-// The line of a call that must fail: on standard error, ended by a line feed, and in pinbuf_error().
+// The line of a call that must fail: on standard error, ended by a line feed, and in
+// pinbuf_error().
 template <typename Call>
 std::string lineOf(Call call) {
     const StandardError standardError;
@@ -241,8 +242,8 @@ TEST_F(Pinbuf, RemembersTheErrorOfTheLastCallOfTheThread) {
     EXPECT_STREQ(pinbuf_error(), "");
 }
 
-// What a file system does that is full, in the child of a process that owns it alone; 77 when that needs a right that
-// this process has not got.
+// What a file system does that is full, in the child of a process that owns it alone; 77 when that
+// needs a right that this process has not got.
 int inTinyFileSystem(const RegionFolder& regions, const std::function<int()>& body) {
     constexpr int notPermitted = 77;
     return inChild([&] {

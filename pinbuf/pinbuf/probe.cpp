@@ -1,4 +1,4 @@
-// probe.cpp - a client of libpinbuf in a process of its own, for tests and for looking at a folder by hand.
+// probe.cpp - a client of libpinbuf in a process of its own, for tests and to look at a folder.
 //
 //   pinbuf-probe alloc NAME SIZE OWNER   the physical address
 //   pinbuf-probe write NAME TEXT         maps the region and writes TEXT at its beginning

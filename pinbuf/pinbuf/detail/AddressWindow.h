@@ -1,9 +1,8 @@
 // AddressWindow.h - which physical addresses regions may have, and where the next one fits.
 //
 // Invariant: an extent begins at a multiple of 4096, spans whole pages of 4096 bytes and lies
-// inside the window.
-//            The page size is part of the directory's format: the same whatever the machine's own
-//            pages are.
+//            inside the window. This page size is part of the directory's format, whatever the
+//            machine's own pages are.
 #ifndef PINBUF_DETAIL_ADDRESS_WINDOW_H
 #define PINBUF_DETAIL_ADDRESS_WINDOW_H
 

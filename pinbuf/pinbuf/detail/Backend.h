@@ -1,8 +1,10 @@
 // Backend.h - what gives regions their memory and their address.
 //
 // A back end keeps the promises of pinbuf.h about regions; the face keeps those about names and
-// errors. It is chosen by the environment variable PINBUF_BACKEND at each call. Errors:  throws
-// Failure. Threads: every operation may be called from several threads and processes at once.
+// errors. The environment variable PINBUF_BACKEND chooses it at each call.
+//
+// Errors:  throws Failure.
+// Threads: every operation may be called from several threads and processes at once.
 #ifndef PINBUF_DETAIL_BACKEND_H
 #define PINBUF_DETAIL_BACKEND_H
 

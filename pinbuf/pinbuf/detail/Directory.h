@@ -1,17 +1,17 @@
 // Directory.h - the directory file of a folder: which region lies at which physical address.
 //
 // Invariant: the valid records have region names that differ, and address ranges inside the window
-// that do not overlap.
-//            Reading a file that is not so, or is no directory file, is a Failure that names the
-//            record; nothing is repaired, for nobody could tell which record to believe.
+//            that do not overlap. To open a file that is not so, or is no directory file, is a
+//            Failure that names the record; nothing is repaired, for nobody could tell which record
+//            to believe.
 // Vanished:  a record whose region has no file any more, or a file of another size, speaks of a
-// region that is gone. It
-//            keeps its address out of use until its record or its address is needed, then it is
-//            given up.
+//            region that is gone. It keeps its address out of use until its name, its record or its
+//            address is needed; then it is given up.
 // Kill:      every change is one store of a state word (see DirectoryLayout.h).
 // Cost:      opening reads the whole file and checks it, O(n log n) for n records; 256 bytes of
-// memory per record. Threads:   the folder is locked for as long as the object lives: exclusively
-// to change, shared to look.
+//            memory per record.
+// Threads:   the folder is locked for as long as the object lives: exclusively to change, shared to
+//            look.
 #ifndef PINBUF_DETAIL_DIRECTORY_H
 #define PINBUF_DETAIL_DIRECTORY_H
 

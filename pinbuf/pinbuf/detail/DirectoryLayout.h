@@ -1,16 +1,14 @@
-// DirectoryLayout.h - the bytes of the directory file, which gives each region of the folder its
-// physical address.
+// DirectoryLayout.h - the bytes of the directory file, which gives each region its physical
+// address.
 //
-// Bytes:    host byte order (little-endian), the same in both word sizes: a header of 256 bytes,
-// then records of 256
-//           bytes each up to the end of the file, no part of one. Bytes called reserved are written
-//           as 0 and not interpreted.
-// Valid:    a record counts when its state is 1. All its other bytes are written first and the
-// state last, in one
-//           aligned word; giving a record up is one store of 0 there. So a kill leaves it whole or
-//           absent. The file itself gets its name only once its header is complete.
-// Trusted:  nothing is taken on faith. A reader checks every record that counts (see Directory.h).
-// Ignored:  everything but the state of a record whose state is 0.
+// Bytes:   host byte order (little-endian), the same in both word sizes: a header of 256 bytes,
+//          then records of 256 bytes each up to the end of the file, no part of one. Bytes called
+//          reserved are written as 0 and not interpreted.
+// Valid:   a record counts when its state is 1. All its other bytes are written first and the state
+//          last, in one aligned word; giving a record up is one store of 0 there. So a kill leaves
+//          it whole or absent. The file itself gets its name only once its header is complete.
+// Trusted: nothing is taken on faith. A reader checks every record that counts (see Directory.h).
+// Ignored: everything but the state of a record whose state is 0.
 #ifndef PINBUF_DETAIL_DIRECTORY_LAYOUT_H
 #define PINBUF_DETAIL_DIRECTORY_LAYOUT_H
 
@@ -42,14 +40,12 @@ struct DirectoryRecord {
     static constexpr std::uint32_t stateValid = 1;
     static constexpr std::size_t maxOwnerBytes = 111;
 
-    std::uint32_t state = stateFree; //   0: written last
-    std::uint32_t address = 0;       //   4: physical, a multiple of 4096
-    std::uint32_t sizeBytes =
-        0; //   8: of the region's file; the address range is this in whole pages
-    std::uint32_t reserved = 0; //  12
-    char name[RegionName::maxBytes + 1] =
-        {}; //  16: of the region and its file, filled up with zeros, at least one
-    char owner[maxOwnerBytes + 1] = {}; // 144: who asked for the region first, likewise
+    std::uint32_t state = stateFree;          //   0: written last
+    std::uint32_t address = 0;                //   4: physical, a multiple of 4096
+    std::uint32_t sizeBytes = 0;              //   8: of the region's file; it takes whole pages
+    std::uint32_t reserved = 0;               //  12
+    char name[RegionName::maxBytes + 1] = {}; //  16: of region and file, zeros up to the end
+    char owner[maxOwnerBytes + 1] = {};       // 144: who asked first, zeros up to the end
 };
 
 static_assert(sizeof(DirectoryRecord) == 256 && alignof(DirectoryRecord) == 4);

@@ -207,7 +207,8 @@ TEST_F(DirectoryTest, ReadsTheGoldenBytes) {
 
 class DamagedDirectory : public DirectoryTest {
 protected:
-    // What opening says about the golden file after `spoil` had its way with it; the file must stay as it is.
+    // What opening says about the golden file after `spoil` had its way with it; the file must stay
+    // as it is.
     std::string objection(const std::function<void(std::string&)>& spoil) {
         std::string bytes = golden("several");
         spoil(bytes);
@@ -307,7 +308,8 @@ TEST_F(DamagedDirectory, IgnoresWhatAFreeRecordHolds) {
     EXPECT_EQ(failureOf([&] { open(); }), "");
 }
 
-// A flipped bit may change what the file says; it never makes opening do anything but answer or refuse.
+// A flipped bit may change what the file says; it never makes opening do anything but answer or
+// refuse.
 TEST_F(DamagedDirectory, SurvivesEveryFlippedBit) {
     const std::string intact = golden("several").substr(0, 256 * 7);
     for (std::size_t bit = 0; bit < intact.size() * 8; ++bit) {

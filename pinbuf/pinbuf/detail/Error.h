@@ -29,9 +29,9 @@ private:
 // still one line.
 std::string inQuotes(std::string_view text);
 
-// Writes the line to standard error in one piece and keeps it for lastError(). `name` null: the line
-// names no region. A name is shown by its first 127 bytes, a line by its first 1020, with "..." behind
-// what was cut. Allocates nothing, so that it can also report that memory has run out.
+// Writes the line to standard error in one piece and keeps it for lastError(). `name` null: the
+// line names no region. A name is shown by its first 127 bytes, a line by its first 1020, with
+// "..." behind what was cut. Allocates nothing, so that it can also report that memory has run out.
 void report(std::string_view call, const char* name, std::string_view reason) noexcept;
 
 // The last reported line of this thread, or "" after clearError().

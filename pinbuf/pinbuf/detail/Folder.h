@@ -1,9 +1,9 @@
-// Folder.h - the open folder of the regions; what happens in it happens relative to this
-// descriptor.
+// Folder.h - the open folder of the regions; what happens in it goes through this descriptor.
 //
 // Owns:      one descriptor of the folder. Renaming or replacing the folder later does not affect
-// an open one. Invariant: it was reached through no symbolic link in its last component. Errors:
-// throws Failure.
+//            it.
+// Invariant: it was reached through no symbolic link in its last component.
+// Errors:    throws Failure.
 #ifndef PINBUF_DETAIL_FOLDER_H
 #define PINBUF_DETAIL_FOLDER_H
 
@@ -46,10 +46,10 @@ private:
 // look at its directory file under the shared one.
 //
 // Wait:  as long as another holder takes. The kernel drops the lock of a holder that dies, however
-// it dies. Scope: the lock belongs to the open folder, so it also keeps threads of one process
-// apart. It is undone explicitly: a
-//        process forked by another thread meanwhile shares the descriptor and must not prolong the
-//        lock.
+//        it dies.
+// Scope: the lock belongs to this opening of the folder, so it also keeps threads of one process
+//        apart. It is undone explicitly: a process forked by another thread meanwhile shares the
+//        descriptor and must not prolong the lock.
 class FolderLock {
 public:
     enum class Mode { shared, exclusive };

@@ -25,9 +25,10 @@ struct FileIdentity {
 
 class FolderFile {
 public:
-    // Opens the file to read and write it. By outcome: (1) it is a regular file of the effective
-    // user: open; (2) absent: empty; (3) a symbolic link, anything else that is no regular file,
-    // another user's: Failure.
+    // Opens the file to read and write it, by outcome:
+    // (1) a regular file of the effective user: open;
+    // (2) absent: empty;
+    // (3) a symbolic link, anything else that is no regular file, another user's file: Failure.
     static std::optional<FolderFile> open(const Folder& folder, const std::string& leaf);
 
     // The same to read only, and whoever owns it.
@@ -69,7 +70,7 @@ private:
 using Reserve = int (*)(int descriptor, std::uint64_t offsetBytes, std::uint64_t lengthBytes);
 int reserveBytes(int descriptor, std::uint64_t offsetBytes, std::uint64_t lengthBytes);
 
-// Extends `file` to `endBytes` with zeros from `beginBytes` on, all of it reserved. In steps of a
+// Extends the file to `endBytes` with zeros from `beginBytes` on, all of it reserved. In steps of a
 // megabyte: a step that a signal interrupts is repeated, and a step is short enough to get through
 // between two signals of a timer.
 void reserveRange(int descriptor, std::uint64_t beginBytes, std::uint64_t endBytes,

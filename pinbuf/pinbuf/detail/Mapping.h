@@ -2,12 +2,10 @@
 //
 // Owns:      the mappings, until the process ends: an address handed out stays good.
 // Invariant: behind the region's bytes follow zero bytes up to the end of its last page and at
-// least one page more,
-//            that page read-only.
+//            least one page more, that page read-only.
 // Threads:   no lock: the list of mappings only ever grows at its head, by one atomic exchange. So
-// a process forked
-//            while another thread maps finds the list whole, and inherits the mappings that it
-//            names.
+//            a process forked while another thread maps finds the list whole, and inherits the
+//            mappings that it names.
 // Cost:      a walk over the mappings of the process, and two system calls for a new one.
 #ifndef PINBUF_DETAIL_MAPPING_H
 #define PINBUF_DETAIL_MAPPING_H

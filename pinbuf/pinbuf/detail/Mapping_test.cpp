@@ -64,7 +64,8 @@ TEST_F(MapOnce, MapsAFileOfAnotherSizeAnew) {
     EXPECT_EQ(before[0], '0');
 }
 
-// The bytes behind the region can be read, and are zero, through the end of its last page and one page more.
+// The bytes behind the region can be read, and are zero, through the end of its last page and one
+// page more.
 TEST_F(MapOnce, IsFollowedByZeros) {
     for (const std::size_t sizeBytes :
          {1U, 7U, 8U, 4087U, 4088U, 4095U, 4096U, 4097U, 8191U, 8192U, 8193U}) {

@@ -1,9 +1,9 @@
 // RegionName.h - the name of a region, proven to stay inside the folder.
 //
 // Invariant: 1 to 127 bytes, no '/', no control character (0x01..0x1f, 0x7f), not beginning with
-// '.'. So the name is
-//            one path component, is neither "." nor "..", and cannot be one of the folder's own
-//            files, which all begin with a dot. Bytes from 0x80 up are allowed as they stand.
+//            '.'. So the name is one path component, is neither "." nor "..", and cannot be one of
+//            the folder's own files, which all begin with a dot. Bytes from 0x80 up are allowed as
+//            they stand.
 #ifndef PINBUF_DETAIL_REGION_NAME_H
 #define PINBUF_DETAIL_REGION_NAME_H
 

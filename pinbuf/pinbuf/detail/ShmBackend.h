@@ -1,22 +1,20 @@
 // ShmBackend.h - regions as files of a folder; needs no privilege.
 //
 // Region:  one file, named after the region, its bytes the region's bytes. Its address stands in
-// the folder's
-//          directory file. The addresses are agreed, not real: no device reaches them.
+// the
+//          folder's directory file. The addresses are agreed, not real: no device reaches them.
 // Memory:  is reserved when the file is made, so that a full file system is a Failure then and not
-// a bus error later. Making:  all under the folder's exclusive lock, in an order that a kill may
-// interrupt anywhere:
-//            1. choose an address and a free record               - nothing to undo
-//            2. make the file under a name that begins with a dot - left over: the next making
-//            removes it
-//            3. reserve its bytes                                 - as 2
-//            4. write the record, its state last                  - a record without a file: given
-//            up when it is met
-//            5. rename the file to the region's name              - complete
-//          What has a region's name is therefore complete, whoever died. A step that fails is
-//          undone.
+// a
+//          bus error later.
+// Making:  all under the folder's exclusive lock, in an order that a kill may interrupt anywhere:
+//            1. choose an address and a free record   nothing to undo
+//            2. make the file under a dotted name     left over: the next making removes it
+//            3. reserve its bytes                     as 2
+//            4. write the record, its state last      a record without a file: given up when met
+//            5. rename the file to the region's name  complete
+//          So what has a region's name is complete, whoever died. A step that fails is undone.
 // Adopted: a file that somebody else put there has no record, or one with another size; it gets a
-// record then.
+//          record then.
 #ifndef PINBUF_DETAIL_SHM_BACKEND_H
 #define PINBUF_DETAIL_SHM_BACKEND_H
 

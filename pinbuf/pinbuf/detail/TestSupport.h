@@ -22,7 +22,8 @@
 
 namespace pinbuf::test {
 
-// A folder for the regions of one test: PINBUF_DIR names it, it does not exist yet, and all of it vanishes afterwards.
+// A folder for the regions of one test: PINBUF_DIR names it, it does not exist yet, and all of it
+// vanishes afterwards.
 class RegionFolder {
 public:
     RegionFolder() {
@@ -137,7 +138,8 @@ std::string failureOf(Step step) {
     return "";
 }
 
-// Runs `body` in a process of its own and returns its exit status, or minus the signal that ended it.
+// Runs `body` in a process of its own and returns its exit status, or minus the signal that ended
+// it.
 template <typename Body>
 int inChild(Body body) {
     const pid_t child = ::fork();
