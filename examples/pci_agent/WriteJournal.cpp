@@ -10,7 +10,6 @@
 namespace PciAgent {
 
 using Vel::U32;
-using Vel::U64;
 
 namespace {
 
@@ -46,7 +45,7 @@ void WriteJournal::begin(unsigned table, unsigned index, U32 value) noexcept {
 void WriteJournal::completed() noexcept {
     inOrder();
     settle(true, contents_->inFlight.value);
-    const std::atomic_ref<U64> count(contents_->completedWrites);
+    const std::atomic_ref<U32> count(contents_->completedWrites);
     count.store(count.load(std::memory_order_relaxed) + 1, std::memory_order_relaxed);
 }
 
@@ -61,8 +60,8 @@ void WriteJournal::settle(bool present, U32 found) noexcept {
     contents_->inFlight.active = 0;
 }
 
-U64 WriteJournal::completedWrites() const noexcept {
-    return std::atomic_ref<U64>(contents_->completedWrites).load(std::memory_order_relaxed);
+U32 WriteJournal::completedWrites() const noexcept {
+    return std::atomic_ref<U32>(contents_->completedWrites).load(std::memory_order_relaxed);
 }
 
 } // namespace PciAgent

@@ -37,7 +37,8 @@ public:
     void begin(unsigned table, unsigned index, Vel::U32 value) noexcept;
     void completed() noexcept;
 
-    Vel::U64 completedWrites() const noexcept;
+    // Modulo 2^32.
+    Vel::U32 completedWrites() const noexcept;
 
     InFlight inFlight() const noexcept { return contents_->inFlight; }
 
@@ -51,7 +52,7 @@ public:
 
 private:
     struct Contents {
-        alignas(8) Vel::U64 completedWrites;
+        Vel::U32 completedWrites;
         InFlight inFlight;
         Register registers[maxTables][maxRegisters];
     };

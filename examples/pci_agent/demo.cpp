@@ -27,7 +27,7 @@ namespace fs = std::filesystem;
 using namespace std::chrono_literals;
 
 constexpr int kills = 3;
-constexpr Vel::U64 writesBeforeKill = 1'000'000;
+constexpr Vel::U32 writesBeforeKill = 1'000'000;
 
 class Child {
 public:
@@ -102,10 +102,10 @@ private:
         heading("Life " + std::to_string(life) +
                 (life == 1 ? ": the agent starts on empty regions"
                            : ": the agent starts again and recovers its tables"));
-        const Vel::U64 writesBefore = journal_.completedWrites();
+        const Vel::U32 writesBefore = journal_.completedWrites();
         Child agent(agent_,
                     {"--journal", (folder_ / "journal").string(), "--report", "--writes", "400"});
-        while (journal_.completedWrites() < writesBefore + writesBeforeKill) {
+        while (journal_.completedWrites() - writesBefore < writesBeforeKill) {
             if (agent.hasEnded()) {
                 std::printf("  the agent ended by itself\n");
                 return false;
@@ -115,7 +115,7 @@ private:
         std::this_thread::sleep_for(std::chrono::microseconds(random_() % 20'000));
         agent.kill();
         agent.wait();
-        std::printf("  SIGKILL to process %d, which had completed %llu writes\n",
+        std::printf("  SIGKILL to process %d, which had completed %u writes\n",
                     static_cast<int>(agent.pid()), journal_.completedWrites() - writesBefore);
         return true;
     }
