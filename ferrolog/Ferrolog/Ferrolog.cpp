@@ -34,7 +34,8 @@ void onForkInChild() {
     }
 }
 
-// Once, at the first opening. The library is never unloaded (-z nodelete), so what is registered stays callable.
+// Once, at the first opening. The library is never unloaded (-z nodelete), so what is registered
+// stays callable.
 void watchThreadsAndForks() {
     static constinit bool done = false;
     if (done) {

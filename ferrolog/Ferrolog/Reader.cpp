@@ -17,7 +17,8 @@ namespace {
 
 constexpr std::size_t maxNotes = 100;
 
-// Turns the ticks of one life into wall-clock time, along the line through its first and its latest anchor.
+// Turns the ticks of one life into wall-clock time, along the line through its first and its latest
+// anchor.
 class LifeClock {
 public:
     LifeClock() = default;
@@ -288,8 +289,8 @@ void Reader::Parser::readChunk(U32 slot) {
         U64 const messageAt = wordsAt + U64{at} * 4;
         auto const word0 = snapshot_.first.get<U32>(messageAt);
         if (word0 == 0) {
-            // A full chunk ends with what the last message did not fit into. Else a message was begun here, and its
-            // length is not known.
+            // A full chunk ends with what the last message did not fit into. Else a message was
+            // begun here, and its length is not known.
             if (!full) {
                 ++out_.unfinished_;
             }
@@ -344,7 +345,8 @@ void Reader::Parser::readMessage(ChunkHeader const& chunk, U64 at, U32 word0) {
     U64 const ticks = chunk.baseTicks + age;
     auto const ordinal = snapshot_.second.get<U32>(at + 8);
 
-    // The counters were copied before the messages: what came in between is present, but not counted yet.
+    // The counters were copied before the messages: what came in between is present, but not
+    // counted yet.
     auto const counted =
         static_cast<U32>(snapshot_.first.get<U64>(layout_.counterAt(chunk.lane, id)));
     if (static_cast<std::int32_t>(ordinal - counted) < 0) {
@@ -367,7 +369,8 @@ void Reader::Parser::readMessage(ChunkHeader const& chunk, U64 at, U32 word0) {
     out_.messages_.push_back(message);
 }
 
-// Stable: the chunks came in order of their ordinals, so messages of one thread keep theirs within one tick.
+// Stable: the chunks came in order of their ordinals, so messages of one thread keep theirs within
+//         one tick.
 void Reader::Parser::sortMessages() {
     std::ranges::stable_sort(places_, {},
                              [](Place const& p) { return std::pair(p.session, p.ticks); });

@@ -1,11 +1,14 @@
-// Reader.h - reads a trace file, of a living process or a dead one, written by a 32- or a 64-bit program.
+// Reader.h - reads a trace file, of a living process or a dead one, written by a 32- or a 64-bit
+// program.
 //
-// Owns:      a copy of the file's contents; the file itself is opened for reading, copied, and closed again.
-// Tolerates: whatever the bytes are. What is torn, damaged or foreign is skipped and named in notes(); the rest is
-//            there. Only a file that cannot be read or is no trace file at all gives an error().
-// Exact:     lost() of a call site is the number of messages that it had begun when the file was copied and that the
-//            file no longer holds. One that a kill cut off counts as lost; while the writer lives, one that is just
-//            being written may.
+// Owns:      a copy of the file's contents; the file itself is opened for reading, copied, and
+//            closed again.
+// Tolerates: whatever the bytes are. What is torn, damaged or foreign is skipped and named in
+//            notes(); the rest is there. Only a file that cannot be read or is no trace file at all
+//            gives an error().
+// Exact:     lost() of a call site is the number of messages that it had begun when the file was
+//            copied and that the file no longer holds. One that a kill cut off counts as lost;
+//            while the writer lives, one that is just being written may.
 // Cost:      O(file + messages log messages) time, some four times the file's size of memory.
 // Threads:   const calls from any thread.
 #ifndef FERROLOG_READER_H
@@ -76,7 +79,8 @@ public:
         return std::span(words_).subspan(message.firstWord, message.wordCount);
     }
 
-    // "Recovered entry, index: 5 key: 77". Control characters come out as \x1b, so that any file may be printed.
+    // "Recovered entry, index: 5 key: 77". Control characters come out as \x1b, so that any file
+    // may be printed.
     std::string text(Message const& message) const;
 
     // "BrixoCacheTable:212", as harmless.

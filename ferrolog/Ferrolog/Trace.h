@@ -2,13 +2,15 @@
 //
 //     FERROLOG("BrixoCacheTable", "Recovered entry, index: ", index, " key: ", key);
 //
-// First the text that names the origin, then pieces and arguments in turn, beginning with a piece; both may go on up to
-// eight arguments. Pieces are string literals, also several side by side, with any characters but the zero byte. The call site
-// (origin, __LINE__, format text, letters) is built at compile time and costs nothing until its first message.
+// First the text that names the origin, then pieces and arguments in turn, beginning with a piece;
+// both may go on up to eight arguments. Pieces are string literals, also several side by side, with
+// any characters but the zero byte. The call site (origin, __LINE__, format text, letters) is built
+// at compile time and costs nothing until its first message.
 //
-// Arguments: evaluated only while tracing is on; the example's format text is "Recovered entry, index: %i key: %i".
-//            Unsigned integers print as they are, signed ones with their sign, bool as 0 or 1, enumerations as their
-//            numbers, pointers and hex(...) in hexadecimal. 64-bit ones take two words, the others one.
+// Arguments: evaluated only while tracing is on; the example's format text is "Recovered entry,
+//            index: %i key: %i". Unsigned integers print as they are, signed ones with their sign,
+//            bool as 0 or 1, enumerations as their numbers, pointers and hex(...) in hexadecimal.
+//            64-bit ones take two words, the others one.
 // Cost:      see Ferrolog.h. Off: one load, one predicted branch.
 #ifndef FERROLOG_TRACE_H
 #define FERROLOG_TRACE_H
@@ -186,8 +188,9 @@ inline bool isOn() {
         }                                                                                          \
     } while (false)
 
-// Every other one of their arguments: PIECES the first, third, ...; VALUES the second, fourth, ... A macro does not
-// expand within itself, so each step leaves the next one's name apart from its parentheses, and EXPAND looks again.
+// Every other one of their arguments: PIECES the first, third, ...; VALUES the second, fourth, ...
+// A macro does not expand within itself, so each step leaves the next one's name apart from its
+// parentheses, and EXPAND looks again.
 #define FERROLOG_PIECES(piece, ...)                                                                \
     piece "" __VA_OPT__(FERROLOG_PIECES_STEP FERROLOG_PAREN(__VA_ARGS__))
 #define FERROLOG_PIECES_AFTER(value, ...)                                                          \

@@ -86,7 +86,8 @@ void printMessages(Reader const& reader, std::size_t count) {
     std::uint32_t newestLife = 0;
     for (std::size_t i = first; i < messages.size(); ++i) {
         Message const& message = messages[i];
-        // Once for each life, at its first message; a forked child writes between those of its parent.
+        // Once for each life, at its first message; a forked child writes between those of its
+        // parent.
         if (message.life > newestLife || i == first) {
             newestLife = message.life;
             printLife(reader, message.life);

@@ -1,7 +1,8 @@
 // Clock.h - the time stamps of messages, and the anchors that turn them into wall-clock time.
 //
-// A time stamp costs one instruction where the processor has a time stamp counter that runs at one speed in all states
-// ("invariant"), else a call of clock_gettime, which the kernel answers without a system call on usual machines.
+// A time stamp costs one instruction where the processor has a time stamp counter that runs at one
+// speed in all states ("invariant"), else a call of clock_gettime, which the kernel answers without
+// a system call on usual machines.
 #pragma once
 
 #include <Ferrolog/detail/Layout.h>
@@ -14,7 +15,8 @@
 
 namespace Ferrolog::detail {
 
-// The best clock of this machine, or CLOCK_MONOTONIC if the environment asks for it: FERROLOG_CLOCK=monotonic.
+// The best clock of this machine, or CLOCK_MONOTONIC if the environment asks for it:
+// FERROLOG_CLOCK=monotonic.
 ClockKind chooseClock();
 
 inline U64 nanoseconds(clockid_t clock) {
@@ -35,8 +37,8 @@ inline U64 ticksNow(ClockKind kind) {
 // Reads the clocks as close together as it can.
 Anchor takeAnchor(ClockKind kind);
 
-// Waits a tenth of a millisecond after `first`, then takes an anchor: a pair that already gives the speed of the ticks,
-// also if the process dies right away.
+// Waits a tenth of a millisecond after `first`, then takes an anchor: a pair that already gives the
+// speed of the ticks, also if the process dies right away.
 Anchor takeSecondAnchor(ClockKind kind, Anchor const& first);
 
 // Ticks in a second as two anchors tell it, at least 1.

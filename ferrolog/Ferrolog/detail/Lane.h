@@ -1,8 +1,11 @@
 // Lane.h - what one thread needs at hand to append: its chunk, its counters, its clock.
 //
-// Owns:      the chunk it fills and one row of counters, alone: no other thread writes there, so nothing is locked.
-// Signals:   a handler of the same thread may append in the middle of an append: it reserves behind.
-// Kill:      a message is pending until its last store, so a reader sees it whole or knows that it is not.
+// Owns:      the chunk it fills and one row of counters, alone: no other thread writes there, so
+//            nothing is locked.
+// Signals:   a handler of the same thread may append in the middle of an append: it reserves
+//            behind.
+// Kill:      a message is pending until its last store, so a reader sees it whole or knows that it
+//            is not.
 #pragma once
 
 #include <Ferrolog/detail/Clock.h>
@@ -16,8 +19,9 @@ class Recorder;
 // The words of a chunk, behind its header.
 inline U32* wordsOf(ChunkHeader& chunk) { return reinterpret_cast<U32*>(&chunk + 1); }
 
-// The stores of one message in their order. `nextOrdinal` counts the message and says its ordinal: counted before it is
-// committed, so that one that a kill cuts off counts as begun and lost, never as present and uncounted.
+// The stores of one message in their order. `nextOrdinal` counts the message and says its ordinal:
+// counted before it is committed, so that one that a kill cuts off counts as begun and lost, never
+// as present and uncounted.
 template <class NextOrdinal>
 inline void writeMessage(U32* to, U32 tag, U64 age, U32 const* arguments, NextOrdinal nextOrdinal) {
     store(to[0], tag | statePending);

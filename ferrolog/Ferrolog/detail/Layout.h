@@ -1,7 +1,8 @@
 // Layout.h - the trace file, byte by byte. docs/trace-file.md is the same in words.
 //
 // Order:      host byte order of x86 (little-endian), the same for 32- and 64-bit programs.
-// Sizes:      all follow from the ring size, so a reader that knows the file's size alone can find every part.
+// Sizes:      all follow from the ring size, so a reader that knows the file's size alone can find
+//             every part.
 // Validity:   each part says beside it which store makes it valid; that store is the last one.
 #pragma once
 
@@ -35,7 +36,8 @@ struct Anchor {
 
 static_assert(sizeof(Anchor) == 24);
 
-// Who writes without a lock: a thread holds a lane, a lane fills a chunk. Lane 0 is for the threads that found none.
+// Who writes without a lock: a thread holds a lane, a lane fills a chunk. Lane 0 is for the threads
+// that found none.
 struct LaneRecord {
     U32 owner; // number of the life that holds the lane; 0: free
     U32 chunk; // slot of the chunk that the lane fills, plus 1; 0: none
@@ -106,7 +108,7 @@ inline constexpr U32 maxArgumentWords = 15;
 
 // A piece of the ring that one lane fills with messages, from the front. Zeroed before each use.
 struct ChunkHeader {
-    U64 ordinal; // 0: stored last, makes the chunk valid; 0 while it is prepared. slot = ordinal % chunks
+    U64 ordinal;   // 0: stored last, makes the chunk valid; slot = ordinal % chunks
     U64 baseTicks; // 8: times of the messages count from here
     U32 owner;     // 16: lane that fills the chunk, plus 1; 0: free to be taken
     U32 users;     // 20: threads that write into it right now; kept in lane 0 only
@@ -208,7 +210,8 @@ constexpr bool isRingSize(U32 bytes) {
     return bytes >= minRingBytes && bytes <= maxRingBytes && (bytes & (bytes - 1)) == 0;
 }
 
-// Precondition: isRingSize(ringBytes). Chunks are at least twice the lanes, so that there is always one to take.
+// Precondition: isRingSize(ringBytes). Chunks are at least twice the lanes, so that there is always
+//               one to take.
 constexpr Layout layoutOf(U32 ringBytes) {
     Layout l{};
     l.ringBytes = ringBytes;

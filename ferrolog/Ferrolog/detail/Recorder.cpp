@@ -54,8 +54,8 @@ U32 Recorder::tagOf(ferrolog_site& site) {
     }
     U32 id = noRoomSiteId;
     {
-        // Keeps two threads from entering one site twice. That would do no harm, so nobody waits here: a signal
-        // handler that interrupted the holder would wait for ever.
+        // Keeps two threads from entering one site twice. That would do no harm, so nobody waits
+        // here: a signal handler that interrupted the holder would wait for ever.
         std::unique_lock const lock(siteMutex_, std::try_to_lock);
         id = SiteTable(file_).enter(text);
     }
@@ -92,7 +92,8 @@ void Recorder::append(Lane& lane, U32 tag, U32 const* arguments) {
     }
 }
 
-// After it the lane has a chunk with room for a message of so many argument words, and an anchor that is not too old.
+// After it the lane has a chunk with room for a message of so many argument words, and an anchor
+// that is not too old.
 bool Recorder::prepare(Lane& lane, U32 words) {
     if (lane.recorder != this && !borrow(lane)) {
         return false;
@@ -182,7 +183,8 @@ void Recorder::giveBack(Lane& lane) {
     if (lane.recorder == nullptr) {
         return;
     }
-    // Only if it is still ours: after a close another process may have opened the file and lent the lane anew.
+    // Only if it is still ours: after a close another process may have opened the file and lent the
+    // lane anew.
     Recorder& lender = *lane.recorder;
     replace(lender.file_.header().lanes[lane.number].owner, lender.life(), 0);
     lane = Lane{};
@@ -208,7 +210,8 @@ bool Recorder::renewChunk(Lane& lane) {
     return true;
 }
 
-// The oldest chunk that nobody fills. What it held is lost from here on; the counters tell how much that was.
+// The oldest chunk that nobody fills. What it held is lost from here on; the counters tell how much
+// that was.
 ChunkHeader* Recorder::takeChunk(U32 lane) {
     Layout const& layout = file_.layout();
     for (U32 attempt = 0; attempt < layout.chunks; ++attempt) {
@@ -290,13 +293,14 @@ void Recorder::forgetParent() {
     sharedChunk_ = nullptr;
 }
 
-// Lane 0: for threads beyond the number of lanes, and for signal handlers that interrupt the preparing of a lane. Each
-// message goes with an owner record, and all steps are locked ones.
+// Lane 0: for threads beyond the number of lanes, and for signal handlers that interrupt the
+// preparing of a lane. Each message goes with an owner record, and all steps are locked ones.
 void Recorder::appendShared(U32 tag, U32 const* arguments) {
     for (int attempt = 0; attempt < 64; ++attempt) {
         ChunkHeader* const chunk = sharedChunk_;
         if (chunk != nullptr) {
-            // Announce first, then look again: a chunk that is still the current one now is not taken from under us.
+            // Announce first, then look again: a chunk that is still the current one now is not
+            // taken from under us.
             addShared(chunk->users, 1);
             bool const current = sharedChunk_ == chunk;
             bool const done = current && tryAppendShared(*chunk, tag, arguments);

@@ -1,7 +1,8 @@
 // Recorder.h - this process as a writer into one opened trace file.
 //
 // Owns:      the mapping, for ever: a thread that is late after a close must not fall into a hole.
-// Threads:   all calls may be made from any thread and, but for the constructor and close(), from a signal handler.
+// Threads:   all calls may be made from any thread and, but for the constructor and close(), from a
+//            signal handler.
 #pragma once
 
 #include <Ferrolog/Ferrolog.h>
@@ -16,8 +17,8 @@ namespace Ferrolog::detail {
 
 class Recorder {
 public:
-    // `file` is open; `epoch` tells this opening from earlier ones. Begins a session and a life in the file.
-    // `previous` is kept, so that what an earlier opening left is still referred to.
+    // `file` is open; `epoch` tells this opening from earlier ones. Begins a session and a life in
+    // the file. `previous` is kept, so that what an earlier opening left is still referred to.
     Recorder(TraceFile const& file, U32 epoch, Recorder const* previous);
 
     U32 epoch() const { return epoch_; }
@@ -28,7 +29,8 @@ public:
     // The tag of the messages of this site; enters the site at its first call.
     U32 tagOf(ferrolog_site& site);
 
-    // Appends by way of the lane, lending one to the thread if it has none, or else by way of lane 0.
+    // Appends by way of the lane, lending one to the thread if it has none, or else by way of lane
+    // 0.
     void append(Lane& lane, U32 tag, U32 const* arguments);
 
     // Gives the lane of a thread that ends to the next one, with the chunk that it was filling.

@@ -9,8 +9,9 @@
 
 namespace Ferrolog::detail {
 
-// The format text with each mark replaced by its argument and each "%%" by one percent sign. A mark that no word is left
-// for prints as "?"; words that no mark took follow, each as " 0x..."; other characters after a percent sign stand.
+// The format text with each mark replaced by its argument and each "%%" by one percent sign. A mark
+// that no word is left for prints as "?"; words that no mark took follow, each as " 0x..."; other
+// characters after a percent sign stand.
 std::string render(std::string_view format, std::span<U32 const> words);
 
 // Control characters and DEL as \x1b; everything else, UTF-8 too, as it is.

@@ -1,8 +1,10 @@
-// SiteTable.h - the call sites of a trace file: a table of records, and their texts one after another.
+// SiteTable.h - the call sites of a trace file: a table of records, and their texts one after
+// another.
 //
-// Invariant: grows only; a valid record never changes. A kill in the middle of an entry costs that entry.
-// Threads:   safe, also from several processes. Two that enter the same site at the same moment may both get an entry;
-//            readers take entries of equal content for one site.
+// Invariant: grows only; a valid record never changes. A kill in the middle of an entry costs that
+//            entry.
+// Threads:   safe, also from several processes. Two that enter the same site at the same moment may
+//            both get an entry; readers take entries of equal content for one site.
 #pragma once
 
 #include <Ferrolog/detail/Layout.h>
@@ -20,7 +22,8 @@ struct SiteText {
     U32 line;
 };
 
-// How many argument words these letters take; more than maxArgumentWords if they are unknown or too many.
+// How many argument words these letters take; more than maxArgumentWords if they are unknown or too
+// many.
 constexpr U32 wordsOf(std::string_view letters) {
     U32 words = 0;
     for (char const letter : letters) {

@@ -1,8 +1,9 @@
 // Snapshot.h - copies of a trace file, taken one after the other while its writer may be at work.
 //
-// A message counts if it was committed in the first copy; its words come from the second, which was made later, so they
-// were all there. A chunk counts if its ordinal is the same in all three: then nobody took it in between. Sites and
-// lives come from the third: whatever a message refers to was there before the message.
+// A message counts if it was committed in the first copy; its words come from the second, which was
+// made later, so they were all there. A chunk counts if its ordinal is the same in all three: then
+// nobody took it in between. Sites and lives come from the third: whatever a message refers to was
+// there before the message.
 #pragma once
 
 #include <Ferrolog/detail/Layout.h>

@@ -28,10 +28,15 @@ U32 ringBytesOf(FileHeader const& header, U64 fileBytes) {
     return whole ? header.ringBytes : 0;
 }
 
-// A program built anew has new lines in its sources, and so new call sites: begin again before they no longer fit.
+// A program built anew has new lines in its sources, and so new call sites: begin again before they
+// no longer fit.
 bool hasRoomForSites(FileHeader const& header, Layout const& layout) {
     return header.sitesUsed <= layout.siteCapacity / 4 * 3 &&
            header.textUsed <= layout.textBytes / 4 * 3;
+}
+
+bool isSame(struct stat const& a, struct stat const& b) {
+    return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
 } // namespace
@@ -129,19 +134,28 @@ bool TraceFile::isStillAt(char const* path) const {
 
     struct stat there {};
 
-    return ::fstat(descriptor_, &ours) == 0 && ::lstat(path, &there) == 0 &&
-           ours.st_dev == there.st_dev && ours.st_ino == there.st_ino;
+    return ::fstat(descriptor_, &ours) == 0 && ::lstat(path, &there) == 0 && isSame(ours, there);
 }
 
-// The order: space, every part, and the magic last. A process that dies before leaves a file that is moved aside.
+bool TraceFile::isSameFile(int descriptor) const {
+    struct stat ours {};
+
+    struct stat other {};
+
+    return ::fstat(descriptor_, &ours) == 0 && ::fstat(descriptor, &other) == 0 &&
+           isSame(ours, other);
+}
+
+// The order: space, every part, and the magic last. A process that dies before leaves a file that
+// is moved aside.
 TraceFile::Outcome TraceFile::create(char const* path, U32 ringBytes, int& error) {
     layout_ = layoutOf(ringBytes);
     error = ::posix_fallocate(descriptor_, 0, static_cast<off_t>(layout_.fileBytes));
     if (error != 0) {
         complain("cannot reserve %u bytes for \"%s\": %s; tracing stays off", layout_.fileBytes,
                  path, std::strerror(error));
-        ::unlink(
-            path); // made by us or empty before; what was reserved of it must not fill the file system
+        // Made by us, or empty before: what was reserved of it must not fill the file system.
+        ::unlink(path);
         return Outcome::failed;
     }
     if (!map(path, error)) {
@@ -216,11 +230,22 @@ TraceFile::Outcome TraceFile::moveAside(char const* path, int& error) {
     return Outcome::failed;
 }
 
+// Through a descriptor of its own: a mapping keeps its open file alive, and with it the lock that
+// close() gives back.
 bool TraceFile::map(char const* path, int& error) {
-    void* const address =
-        ::mmap(nullptr, layout_.fileBytes, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor_, 0);
-    if (address == MAP_FAILED) {
+    int const mapped = ::open(path, O_RDWR | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    void* address = MAP_FAILED;
+    error = errno;
+    if (mapped >= 0 && !isSameFile(mapped)) {
+        error = ESTALE;
+    } else if (mapped >= 0) {
+        address = ::mmap(nullptr, layout_.fileBytes, PROT_READ | PROT_WRITE, MAP_SHARED, mapped, 0);
         error = errno;
+    }
+    if (mapped >= 0) {
+        ::close(mapped);
+    }
+    if (address == MAP_FAILED) {
         complain("cannot map \"%s\": %s; tracing stays off", path, std::strerror(error));
         return false;
     }

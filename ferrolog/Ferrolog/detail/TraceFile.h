@@ -5,12 +5,14 @@
 
 namespace Ferrolog::detail {
 
-// Owns:      nothing after open(): the mapping stays until the process ends, the descriptor until close().
+// Owns:      nothing after open(): the mapping stays until the process ends, the descriptor until
+//            close().
 // Invariant: `base` is null or maps `layout.fileBytes` bytes of a valid file.
 class TraceFile {
 public:
-    // Opens or creates the file as ferrolog_open says: 0, or an errno value after a complaint. On success the file is
-    // locked for this process, all lanes and chunks are free, and nobody else writes into it.
+    // Opens or creates the file as ferrolog_open says: 0, or an errno value after a complaint. On
+    // success the file is locked for this process, all lanes and chunks are free, and nobody else
+    // writes into it.
     int open(char const* path, U32 ringBytes);
 
     // Gives the lock back; the mapping stays.
@@ -37,6 +39,7 @@ private:
     Outcome tryOpen(char const* path, U32 ringBytes, int& error);
     bool isAcceptable(char const* path, int& error);
     bool isStillAt(char const* path) const;
+    bool isSameFile(int descriptor) const;
     Outcome create(char const* path, U32 ringBytes, int& error);
     Outcome adopt(char const* path, U32 ringBytes, U64 fileBytes, int& error);
     Outcome moveAside(char const* path, int& error);

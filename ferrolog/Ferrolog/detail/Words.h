@@ -1,7 +1,8 @@
 // Words.h - how words of the shared mapping are read and written.
 //
-// Plain machine moves, spelled so that the compiler neither tears, drops nor reorders what a killed process leaves
-// behind. On x86 stores reach memory in program order, so the file after a kill is always some prefix of them.
+// Plain machine moves, spelled so that the compiler neither tears, drops nor reorders what a killed
+// process leaves behind. On x86 stores reach memory in program order, so the file after a kill is
+// always some prefix of them.
 #pragma once
 
 #include <Ferrolog/detail/Layout.h>
@@ -10,8 +11,8 @@
 
 namespace Ferrolog::detail {
 
-// The file keeps 64-bit words at multiples of 8, which the 32-bit ABI does not promise of the bare type: without the
-// promise a compiler calls a library for them.
+// The file keeps 64-bit words at multiples of 8, which the 32-bit ABI does not promise of the bare
+// type: without the promise a compiler calls a library for them.
 using AlignedU64 [[gnu::aligned(8)]] = U64;
 
 inline U32 load(U32 const& word) {
@@ -35,8 +36,8 @@ inline bool replace(U32& word, U32 expected, U32 value) {
     return std::atomic_ref<U32>(word).compare_exchange_strong(expected, value);
 }
 
-// Adds to a word that one thread alone writes; the value before. One instruction without a lock prefix, so a signal
-// handler of the same thread may do the same at any moment.
+// Adds to a word that one thread alone writes; the value before. One instruction without a lock
+// prefix, so a signal handler of the same thread may do the same at any moment.
 inline U32 addAsOnlyWriter(U32& word, U32 count) {
 #if defined(__x86_64__) || defined(__i386__)
     __asm__ volatile("xaddl %0, %1" : "+r"(count), "+m"(word) : : "memory", "cc");

@@ -1,0 +1,47 @@
+#include <Ferrolog/detail/Clock.h>
+
+#include <cstdlib>
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace Ferrolog::detail;
+
+class Clock : public testing::TestWithParam<ClockKind> {};
+
+TEST_P(Clock, AnchorsOfOneMomentLieBetweenTheReadingsAroundThem) {
+    U64 const ticksBefore = ticksNow(GetParam());
+    U64 const realtimeBefore = nanoseconds(CLOCK_REALTIME);
+    Anchor const anchor = takeAnchor(GetParam());
+    EXPECT_GE(anchor.ticks, ticksBefore);
+    EXPECT_LE(anchor.ticks, ticksNow(GetParam()));
+    EXPECT_GE(anchor.realtimeNs, realtimeBefore);
+    EXPECT_LE(anchor.realtimeNs, nanoseconds(CLOCK_REALTIME));
+    EXPECT_LE(anchor.monotonicNs, nanoseconds(CLOCK_MONOTONIC));
+}
+
+TEST_P(Clock, SecondAnchorIsAtLeastATenthOfAMillisecondLater) {
+    Anchor const first = takeAnchor(GetParam());
+    Anchor const second = takeSecondAnchor(GetParam(), first);
+    EXPECT_GE(second.monotonicNs - first.monotonicNs, 100'000U);
+    EXPECT_GT(second.ticks, first.ticks);
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, Clock, testing::Values(chooseClock(), ClockKind::monotonicNs));
+
+TEST(ClockSpeed, IsTicksPerSecondBetweenTwoAnchors) {
+    EXPECT_EQ(ticksPerSecond({1000, 0, 0}, {4000, 1000, 0}), 3'000'000'000U);
+    EXPECT_EQ(ticksPerSecond({5, 5, 0}, {5, 1005, 0}),
+              1'000'000'000U); // ticks stand still: a guess
+    EXPECT_EQ(ticksPerSecond({5, 5, 0}, {9, 5, 0}), 1'000'000'000U);
+    EXPECT_EQ(ticksPerSecond({0, 0, 0}, {1, U64{1} << 62, 0}), 1U);
+    EXPECT_EQ(ticksPerSecond({0, 0, 0}, {U64{1} << 62, 1, 0}), 1'000'000'000'000U);
+}
+
+TEST(ClockChoice, TheEnvironmentMayAskForTheMonotonicClock) {
+    ASSERT_EQ(::setenv("FERROLOG_CLOCK", "monotonic", 1), 0);
+    EXPECT_EQ(chooseClock(), ClockKind::monotonicNs);
+    ::unsetenv("FERROLOG_CLOCK");
+}
+
+} // namespace

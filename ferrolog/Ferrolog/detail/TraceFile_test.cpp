@@ -1,0 +1,224 @@
+#include <Ferrolog/detail/TraceFile.h>
+
+#include <Ferrolog/testing/TestFile.h>
+
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+namespace {
+
+using namespace Ferrolog::detail;
+using namespace Ferrolog::testing;
+namespace fs = std::filesystem;
+
+class TraceFileTest : public testing::Test {
+protected:
+    ~TraceFileTest() override { trace.close(); }
+
+    // Opens the file at `path`; what it printed is in `printed`, each name of the directory cut to
+    // "DIR".
+    int open(std::string const& path, U32 ringBytes = minRingBytes) {
+        int error = 0;
+        printed = complaintsOf([&] { error = trace.open(path.c_str(), ringBytes); });
+        for (std::size_t at = 0; (at = printed.find(file.directory)) != std::string::npos;) {
+            printed.replace(at, file.directory.size(), "DIR");
+        }
+        return error;
+    }
+
+    void make() {
+        ASSERT_EQ(open(file.path), 0);
+        trace.close();
+    }
+
+    TestFile file;
+    TraceFile trace;
+    std::string printed;
+};
+
+TEST_F(TraceFileTest, MakesAFileThatBelongsToTheUserAlone) {
+    EXPECT_EQ(open(file.path), 0);
+    EXPECT_EQ(printed, "");
+
+    struct stat status {};
+
+    ASSERT_EQ(::stat(file.path.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777U, 0600U);
+    EXPECT_EQ(status.st_size, 45056);
+    EXPECT_GE(status.st_blocks * 512, 45056); // reserved, not only promised
+    EXPECT_EQ(trace.header().magic, fileMagic);
+    EXPECT_EQ(trace.header().nextChunk, 1U);
+}
+
+TEST_F(TraceFileTest, RingSizesAreRoundedUp) {
+    EXPECT_EQ(open(file.directory + "/a", 1), 0);
+    EXPECT_EQ(trace.layout().ringBytes, U32{16} << 10);
+    trace.close();
+    EXPECT_EQ(open(file.directory + "/b", (16 << 10) + 1), 0);
+    EXPECT_EQ(trace.layout().ringBytes, U32{32} << 10);
+    trace.close();
+    EXPECT_EQ(open(file.directory + "/c", 0), 0);
+    EXPECT_EQ(trace.layout().ringBytes, U32{1} << 20);
+}
+
+TEST_F(TraceFileTest, SizeZeroTakesTheFileAsItIs) {
+    make();
+    EXPECT_EQ(open(file.path, 0), 0);
+    EXPECT_EQ(trace.layout().ringBytes, minRingBytes);
+    EXPECT_EQ(printed, "");
+}
+
+TEST_F(TraceFileTest, AnEmptyFileIsFilledInPlace) {
+    write(file.path, "");
+    EXPECT_EQ(open(file.path), 0);
+    EXPECT_EQ(printed, "");
+    EXPECT_FALSE(fs::exists(file.path + ".1"));
+}
+
+TEST_F(TraceFileTest, RefusesWhatIsNotAPlainFileOfItsOwn) {
+    EXPECT_EQ(open(file.directory + "/none/trace"), ENOENT);
+    EXPECT_EQ(printed, "Ferrolog: cannot open \"DIR/none/trace\": No such file or directory; "
+                       "tracing stays off\n");
+
+    fs::create_symlink(file.directory + "/elsewhere", file.path);
+    EXPECT_EQ(open(file.path), ELOOP);
+    EXPECT_EQ(printed,
+              "Ferrolog: cannot open \"DIR/trace\": it is a symbolic link; tracing stays off\n");
+    EXPECT_FALSE(fs::exists(file.directory + "/elsewhere"));
+
+    EXPECT_EQ(open(file.directory), EISDIR);
+    EXPECT_EQ(printed, "Ferrolog: cannot open \"DIR\": Is a directory; tracing stays off\n");
+
+    std::string const fifo = file.directory + "/fifo";
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    EXPECT_EQ(open(fifo), EINVAL);
+    EXPECT_EQ(printed,
+              "Ferrolog: cannot open \"DIR/fifo\": it is not a regular file; tracing stays off\n");
+}
+
+TEST_F(TraceFileTest, RefusesAFileOfAnotherUser) {
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "only root can make one";
+    }
+    write(file.path, "");
+    ASSERT_EQ(::chown(file.path.c_str(), 12345, 12345), 0);
+    EXPECT_EQ(open(file.path), EPERM);
+    EXPECT_EQ(
+        printed,
+        "Ferrolog: cannot open \"DIR/trace\": it belongs to another user; tracing stays off\n");
+}
+
+TEST_F(TraceFileTest, RefusesARingThatIsTooLarge) {
+    EXPECT_EQ(open(file.path, maxRingBytes + 1), EINVAL);
+    EXPECT_EQ(printed, "Ferrolog: cannot open \"DIR/trace\": a ring of 268435457 bytes is larger "
+                       "than 268435456; tracing stays off\n");
+    EXPECT_FALSE(fs::exists(file.path));
+}
+
+TEST_F(TraceFileTest, OneProcessWritesAtATime) {
+    make();
+    int const other = ::open(file.path.c_str(), O_RDWR | O_CLOEXEC);
+    ASSERT_EQ(::flock(other, LOCK_EX | LOCK_NB), 0);
+    EXPECT_EQ(open(file.path), EBUSY);
+    EXPECT_EQ(
+        printed,
+        "Ferrolog: cannot open \"DIR/trace\": another process writes into it; tracing stays off\n");
+    ::close(other);
+    EXPECT_EQ(open(file.path), 0);
+}
+
+TEST_F(TraceFileTest, WithoutSpaceItSaysSoAndLeavesNothing) {
+    EXPECT_EQ(inChild([&] {
+                  ::signal(SIGXFSZ, SIG_IGN);
+                  rlimit const limit{20000, 20000};
+                  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+                  EXPECT_EQ(open(file.path), EFBIG);
+                  EXPECT_EQ(printed, "Ferrolog: cannot reserve 45056 bytes for \"DIR/trace\": File "
+                                     "too large; tracing stays off\n");
+                  EXPECT_FALSE(fs::exists(file.path));
+              }),
+              0);
+}
+
+TEST_F(TraceFileTest, AForeignFileIsMovedAside) {
+    write(file.path, "precious");
+    EXPECT_EQ(open(file.path), 0);
+    EXPECT_EQ(printed, "Ferrolog: \"DIR/trace\" is not a whole trace file; it is moved aside\n"
+                       "Ferrolog: \"DIR/trace\" is now \"DIR/trace.1\"\n");
+    EXPECT_EQ(contents(file.path + ".1").size(), 8U);
+}
+
+TEST_F(TraceFileTest, ATornFileIsMovedAside) {
+    make();
+    fs::resize_file(file.path, 45055);
+    EXPECT_EQ(open(file.path), 0);
+    EXPECT_EQ(fs::file_size(file.path + ".1"), 45055U);
+    trace.header().check ^= 1;
+    trace.close();
+    EXPECT_EQ(open(file.path), 0);
+    EXPECT_EQ(printed, "Ferrolog: \"DIR/trace\" is not a whole trace file; it is moved aside\n"
+                       "Ferrolog: \"DIR/trace\" is now \"DIR/trace.2\"\n");
+}
+
+TEST_F(TraceFileTest, AFileOfAnotherSizeIsMovedAside) {
+    make();
+    EXPECT_EQ(open(file.path, 32 << 10), 0);
+    EXPECT_EQ(
+        printed,
+        "Ferrolog: \"DIR/trace\" has a ring of 16384 bytes instead of 32768; it is moved aside\n"
+        "Ferrolog: \"DIR/trace\" is now \"DIR/trace.1\"\n");
+    EXPECT_EQ(trace.layout().ringBytes, U32{32} << 10);
+}
+
+TEST_F(TraceFileTest, AFileWithLittleRoomForSitesIsMovedAside) {
+    ASSERT_EQ(open(file.path), 0);
+    trace.header().sitesUsed = 48;
+    trace.header().textUsed = 6144;
+    trace.close();
+    ASSERT_EQ(open(file.path), 0);
+    EXPECT_EQ(printed, "");
+    trace.header().sitesUsed = 49;
+    trace.close();
+    ASSERT_EQ(open(file.path), 0);
+    EXPECT_EQ(printed,
+              "Ferrolog: \"DIR/trace\" has little room left for call sites; it is moved aside\n"
+              "Ferrolog: \"DIR/trace\" is now \"DIR/trace.1\"\n");
+    trace.header().textUsed = 6145;
+    trace.close();
+    ASSERT_EQ(open(file.path), 0);
+    EXPECT_TRUE(fs::exists(file.path + ".2"));
+}
+
+TEST_F(TraceFileTest, NothingIsOverwrittenWhenNineFilesStandAside) {
+    for (char digit = '1'; digit <= '9'; ++digit) {
+        write(file.path + '.' + digit, {digit});
+    }
+    write(file.path, "precious");
+    EXPECT_EQ(open(file.path), EEXIST);
+    EXPECT_EQ(printed, "Ferrolog: \"DIR/trace\" is not a whole trace file; it is moved aside\n"
+                       "Ferrolog: cannot move \"DIR/trace\" aside: \"DIR/trace.1\" to "
+                       "\"DIR/trace.9\" exist; tracing stays off\n");
+    EXPECT_EQ(contents(file.path).size(), 8U);
+    EXPECT_EQ(contents(file.path + ".9").size(), 1U);
+}
+
+TEST_F(TraceFileTest, WhatTheDeadHeldIsFreeAgain) {
+    ASSERT_EQ(open(file.path), 0);
+    trace.header().lanes[3] = {7, 9};
+    trace.chunk(8).owner = 4;
+    trace.chunk(8).users = 2;
+    trace.chunk(8).ordinal = 8;
+    trace.close();
+    ASSERT_EQ(open(file.path), 0);
+    EXPECT_EQ(trace.header().lanes[3].owner, 0U);
+    EXPECT_EQ(trace.header().lanes[3].chunk, 0U);
+    EXPECT_EQ(trace.chunk(8).owner, 0U);
+    EXPECT_EQ(trace.chunk(8).users, 0U);
+    EXPECT_EQ(trace.chunk(8).ordinal, 8U); // its messages stay
+}
+
+} // namespace

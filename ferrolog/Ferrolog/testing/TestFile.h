@@ -1,0 +1,104 @@
+// TestFile.h - a trace file of its own for one test, and what tests read out of it.
+#pragma once
+
+#include <Ferrolog/Ferrolog.h>
+#include <Ferrolog/Reader.h>
+
+#include <cstddef>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <map>
+#include <string>
+#include <sys/types.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+namespace Ferrolog::testing {
+
+inline constexpr unsigned smallRing = 16 << 10; // the smallest: 64 chunks of 56 words, 16 lanes
+
+// Owns: a directory, and everything in it until the end of the test. Closes the trace file at both
+//       ends.
+class TestFile {
+public:
+    TestFile() {
+        ferrolog_close();
+        std::string name = std::filesystem::temp_directory_path() / "ferrolog.XXXXXX";
+        if (::mkdtemp(name.data()) == nullptr) {
+            std::abort();
+        }
+        directory = name;
+        path = name + "/trace";
+    }
+
+    TestFile(TestFile const&) = delete;
+    TestFile& operator=(TestFile const&) = delete;
+
+    ~TestFile() {
+        ferrolog_close();
+        std::filesystem::remove_all(directory);
+    }
+
+    std::string directory;
+    std::string path; // does not exist at first
+};
+
+inline std::vector<std::string> texts(Reader const& reader) {
+    std::vector<std::string> all;
+    for (Message const& message : reader.messages()) {
+        all.push_back(reader.text(message));
+    }
+    return all;
+}
+
+// The call site with this format text; one without messages if there is none.
+inline CallSite siteOf(Reader const& reader, std::string const& format) {
+    for (CallSite const& site : reader.callSites()) {
+        if (site.format == format) {
+            return site;
+        }
+    }
+    return {};
+}
+
+inline std::vector<std::byte> contents(std::string const& path) {
+    std::ifstream file(path, std::ios::binary);
+    std::vector<char> const chars{std::istreambuf_iterator<char>(file), {}};
+    std::vector<std::byte> bytes(chars.size());
+    for (std::size_t i = 0; i < chars.size(); ++i) {
+        bytes[i] = static_cast<std::byte>(chars[i]);
+    }
+    return bytes;
+}
+
+inline void write(std::string const& path, std::string const& text) {
+    std::ofstream(path, std::ios::binary) << text;
+}
+
+// Runs `body` in a forked child, which then ends at once; its exit status, or the negative signal
+// that killed it.
+template <class Body>
+int inChild(Body body) {
+    pid_t const child = ::fork();
+    if (child == 0) {
+        body();
+        ::_exit(::testing::Test::HasFailure() ? 1 : 0);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+}
+
+// What `body` prints on standard error.
+template <class Body>
+std::string complaintsOf(Body body) {
+    ::testing::internal::CaptureStderr();
+    body();
+    return ::testing::internal::GetCapturedStderr();
+}
+
+} // namespace Ferrolog::testing
