@@ -208,7 +208,7 @@ void expectWholeTraceOf(Reader const& reader, std::uint32_t threads, std::uint32
 void writeFromThreads(std::uint32_t threads, std::uint32_t each) {
     static ferrolog_site site;
     site = {"T", "%i %i", "ii", 1, 0};
-    std::barrier together(std::ptrdiff_t{threads});
+    std::barrier together(static_cast<std::ptrdiff_t>(threads));
     std::vector<std::thread> running;
     for (std::uint32_t thread = 0; thread < threads; ++thread) {
         running.emplace_back([&together, thread, each] {
