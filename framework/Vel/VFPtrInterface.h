@@ -23,11 +23,13 @@ public:
     // Memory for an object of exactly `size` bytes, from per-thread lists by size class (detail/ObjectHeap.h). Throws
     // std::bad_alloc.
     static void* operator new(std::size_t size);
+
     static void* operator new(std::size_t, void* place) noexcept { return place; }
 
     // Gives an object back to these lists. `size` is the object's exact size; the virtual destructor supplies it. Any
     // thread may free what another made.
     static void operator delete(void* object, std::size_t size) noexcept;
+
     static void operator delete(void*, void*) noexcept {} // pairs with placement, frees nothing
 
 protected:
