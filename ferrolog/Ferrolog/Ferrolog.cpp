@@ -110,6 +110,16 @@ Recorder* openRecorder() {
     errno = savedErrno;
 }
 
+// Where there is no time stamp counter that one can trust. Apart, like the slow way, so that the
+// usual way needs no stack frame: both are jumped to.
+[[gnu::noinline]] void appendByMonotonicClock(ferrolog_site& site, U32 const* words) {
+    U32 const tag = load(site.ticket) & 0xFFFF;
+    if (thisThread.tryAppend(tag, words, ticksNow(ClockKind::monotonicNs))) [[likely]] {
+        return;
+    }
+    appendSlowly(site, words);
+}
+
 } // namespace
 
 constinit uint32_t ferrolog_state = stateUnknown;
@@ -143,10 +153,14 @@ void ferrolog_append(ferrolog_site* site, uint32_t const* words) {
     Lane& lane = thisThread;
     U32 const epoch = load(ferrolog_state);
     U32 const ticket = load(site->ticket);
-    if (ticket >> 16 == epoch && lane.epoch == epoch) [[likely]] {
-        if (lane.tryAppend(ticket & 0xFFFF, words)) [[likely]] {
-            return;
-        }
+    if (ticket >> 16 != epoch || lane.epoch != epoch) [[unlikely]] {
+        return appendSlowly(*site, words);
     }
-    appendSlowly(*site, words);
+    if (lane.clock != ClockKind::timeStampCounter) [[unlikely]] {
+        return appendByMonotonicClock(*site, words);
+    }
+    U64 const now = ticksNow(ClockKind::timeStampCounter);
+    if (!lane.tryAppend(ticket & 0xFFFF, words, now)) [[unlikely]] {
+        appendSlowly(*site, words);
+    }
 }

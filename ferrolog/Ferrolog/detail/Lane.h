@@ -48,18 +48,21 @@ struct Lane {
     bool busy = false; // being prepared: a signal handler that comes now must not touch it
 
     // Appends unless the chunk is full or the horizon reached: then false, and nothing is counted.
-    bool tryAppend(U32 tag, U32 const* arguments) {
-        U64 const age = ticksNow(clock) - baseTicks;
+    // `now` is of the lane's clock.
+    bool tryAppend(U32 tag, U32 const* arguments, U64 now) {
+        U64 const age = now - baseTicks;
         if (age >= horizonTicks) [[unlikely]] {
             return false;
         }
+        ChunkHeader& to = *chunk;
         U32 const need = messageHeadWords + tagWords(tag);
-        U32 const at = addAsOnlyWriter(chunk->usedWords, need);
+        U32 const at = addAsOnlyWriter(to.usedWords, need);
         if (at + need > chunkWords) [[unlikely]] {
             return false;
         }
-        writeMessage(wordsOf(*chunk) + at, tag, age, arguments,
-                     [&] { return countAsOnlyWriter(counters[tagSite(tag)]); });
+        U64& counter = counters[tagSite(tag)];
+        writeMessage(wordsOf(to) + at, tag, age, arguments,
+                     [&] { return countAsOnlyWriter(counter); });
         return true;
     }
 };

@@ -79,7 +79,7 @@ void Recorder::append(Lane& lane, U32 tag, U32 const* arguments) {
             if (!prepare(lane, tagWords(tag))) {
                 break;
             }
-            stored = lane.tryAppend(tag, arguments);
+            stored = lane.tryAppend(tag, arguments, ticksNow(clock_));
         }
         std::atomic_signal_fence(std::memory_order_seq_cst);
         if (stored) {
