@@ -73,6 +73,7 @@ struct pinbuf_region {
 };
 
 // Looks at one region; returns 0 to go on, else stops. May call every function of this header.
+// NOLINTNEXTLINE(modernize-use-using): this header is C, too
 typedef int (*pinbuf_visitor)(const struct pinbuf_region* region, void* context);
 
 // Visits the regions of the folder in ascending byte order of their names and returns how many were

@@ -57,7 +57,7 @@ public:
         for (const char& c : text) put(std::string_view(&c, 1));
     }
 
-    std::size_t finish() {
+    std::size_t finish() const {
         lastLine[used_] = '\0';
         return used_;
     }

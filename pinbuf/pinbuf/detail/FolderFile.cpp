@@ -10,7 +10,7 @@
 namespace pinbuf {
 namespace {
 
-constexpr std::uint64_t reserveStepBytes = 1024 * 1024;
+constexpr std::uint64_t reserveStepBytes = 1U << 20U;
 
 // O_NONBLOCK: opening a named pipe that somebody left there must not wait for its other end.
 constexpr int safely = O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;

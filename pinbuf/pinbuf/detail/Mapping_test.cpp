@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <pinbuf/detail/TestSupport.h>
 #include <string>
+#include <sys/resource.h>
 #include <thread>
 #include <vector>
 
@@ -118,6 +119,18 @@ TEST_F(MapOnce, RefusesWhatDoesNotFit32Bits) {
         EXPECT_EQ(failureOf([&] { map("r"); }),
                   "cannot map 4294967295 bytes: Cannot allocate memory");
     }
+}
+
+TEST_F(MapOnce, SaysWhenTheAddressSpaceHasNoRoom) {
+    regions.put("r", "");
+    fs::resize_file(regions.path("r"), 1U << 30U);
+    EXPECT_EQ(inChild([&] {
+                  const rlimit limit{1, 1}; // what the process has got it keeps
+                  if (::setrlimit(RLIMIT_AS, &limit) != 0) return 1;
+                  const std::string reason = failureOf([&] { map("r"); });
+                  return reason == "cannot map 1073741824 bytes: Cannot allocate memory" ? 0 : 2;
+              }),
+              0);
 }
 
 TEST_F(MapOnce, GivesThreadsThatRaceOneAddress) {

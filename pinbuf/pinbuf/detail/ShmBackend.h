@@ -28,6 +28,7 @@
 
 namespace pinbuf {
 
+// NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor): final, and its base cannot be deleted
 class ShmBackend final : public Backend {
 public:
     static constexpr const char* unfinishedLeaf = ".region.unfinished";
