@@ -135,5 +135,3 @@ BENCHMARK(testLevelInline);
 BENCHMARK(emptyLoop);
 
 } // namespace
-
-BENCHMARK_MAIN();

@@ -194,7 +194,8 @@ TEST(Reader, ATruncatedFileKeepsWhatIsThere) {
 
 // A flipped byte may change what it is part of, and nothing else.
 TEST(Reader, EveryFlippedByteLeavesTheRestIntact) {
-    std::vector<std::string> const whole = linesOf(Reader{std::span<std::byte const>(golden())});
+    std::vector<std::string> whole = linesOf(Reader{std::span<std::byte const>(golden())});
+    std::ranges::sort(whole);
     std::mt19937 random(20261121);
     Bytes bytes = golden();
     for (std::size_t at = 0; at < bytes.size(); ++at) {
@@ -202,7 +203,7 @@ TEST(Reader, EveryFlippedByteLeavesTheRestIntact) {
         // rest, a part will do.
         bool const one = at < livesAt + 256 || (at >= sitesAt && at < sitesAt + 160) ||
                          (at >= ringAt + 5 * chunkBytes && at < ringAt + 9 * chunkBytes);
-        if (!one && random() % 16 != 0) {
+        if (!one && random() % 64 != 0) {
             continue;
         }
         std::byte const before = bytes[at];
@@ -217,10 +218,8 @@ TEST(Reader, EveryFlippedByteLeavesTheRestIntact) {
         if (at >= ringAt) {
             std::vector<std::string> lines = linesOf(reader);
             std::vector<std::string> missing;
-            std::vector<std::string> sortedWhole = whole;
             std::ranges::sort(lines);
-            std::ranges::sort(sortedWhole);
-            std::ranges::set_difference(sortedWhole, lines, std::back_inserter(missing));
+            std::ranges::set_difference(whole, lines, std::back_inserter(missing));
             ASSERT_LE(missing.size(), 10U + 2) << at; // the chunk, and the two lines that count
         }
         bytes[at] = before;
