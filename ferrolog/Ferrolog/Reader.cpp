@@ -63,9 +63,9 @@ struct Place {
 } // namespace
 
 // Reads one snapshot into a Reader. The functions stand in the order in which read() calls them.
-class Reader::Parser {
+class [[gnu::visibility("hidden")]] Reader::Parser {
 public:
-    Parser(Reader& reader, Snapshot const& snapshot) : out_(reader), snapshot_(snapshot) {}
+    Parser(Reader & reader, Snapshot const& snapshot) : out_(reader), snapshot_(snapshot) {}
 
     void read() {
         if (!findLayout()) {
