@@ -90,7 +90,7 @@ protected:
 
     // Stops a writer before its every store, each time on a region that `prepare` leaves; how many there were.
     template <class Prepare>
-    unsigned stopEverywhere(const Shape& shape, const std::optional<TableModel>& before, U32 count,
+    unsigned stopEverywhere(const Shape& shape, const TableModel& before, U32 count,
                             Prepare prepare) {
         for (unsigned n = 0;; ++n) {
             regions.clear();
@@ -107,7 +107,8 @@ protected:
 
 TEST_F(CacheTableCrash, LeavesEveryCompletedWriteAtEveryStore) {
     for (const Shape& shape : {Shape{4, 6}, Shape{3, 4}, Shape{5, 21}}) {
-        const unsigned stores = stopEverywhere(shape, std::nullopt, operations, [] {});
+        const unsigned stores =
+            stopEverywhere(shape, TableModel(shape.size, shape.entrySize), operations, [] {});
         EXPECT_GT(stores, shape.size + 2 + operations / 2) << "formatting and half the operations";
     }
 }

@@ -137,15 +137,14 @@ inline bool mayBecome(const TableModel::Slot& found, const TableModel::Slot& old
 
 // Checks the region that a dead writer left, lets a new process recover it, and checks what that made of it. `before` is the
 // region as the writer found it; none is an unformatted one. Returns the recovered state.
-inline TableModel recover(const RegionFolder& regions, const Shape& shape,
-                          const std::optional<TableModel>& before, U32 seed, U32 completed) {
+inline TableModel recover(const RegionFolder& regions, const Shape& shape, const TableModel& before,
+                          U32 seed, U32 completed) {
     const std::string left = regions.bytes(regionName);
     const bool isFormatted = left.substr(0, 5) == std::string("\xfe\xca\xef\xbe\x01", 5);
     TableModel expected(shape.size, shape.entrySize);
     if (isFormatted) {
         expected = modelOf(left, shape);
-        const TableModel old = modelAfter(
-            before ? *before : TableModel(shape.size, shape.entrySize), shape, seed, completed);
+        const TableModel old = modelAfter(before, shape, seed, completed);
         TableModel next = old;
         std::optional<Operation> inFlight;
         if (completed > 0)
@@ -192,13 +191,13 @@ void killWriters(const RegionFolder& regions, const Journal& journal, U32 seed, 
     Vel::TraceHandle::settingsAre("*/none");
     const Shape shapes[] = {{64, 16}, {13, 7}, {400, 64}, {5, 3000}};
     Shape shape = shapes[0];
-    std::optional<TableModel> before;
+    TableModel before(shape.size, shape.entrySize);
     U64 completed = 0;
     for (unsigned round = 0; round < rounds && !::testing::Test::HasFailure(); ++round) {
         SCOPED_TRACE("seed " + std::to_string(seed) + ", round " + std::to_string(round));
         if (random() % 4 == 0) {
             shape = shapes[random() % 4];
-            before.reset();
+            before = TableModel(shape.size, shape.entrySize);
             regions.clear();
         }
         const auto roundSeed = static_cast<U32>(random() % 1000000);
