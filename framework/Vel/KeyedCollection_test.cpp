@@ -2,6 +2,7 @@
 
 #include <Vel/MapMember.h>
 #include <Vel/byteMix.h>
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <map>
 #include <random>

@@ -136,15 +136,17 @@ inline bool mayBecome(const TableModel::Slot& found, const TableModel::Slot& old
 }
 
 // Checks the region that a dead writer left, lets a new process recover it, and checks what that made of it. `before` is the
-// region as the writer found it; none is an unformatted one. Returns the recovered state.
-inline TableModel recover(const RegionFolder& regions, const Shape& shape, const TableModel& before,
+// region as the writer found it, null an unformatted one. Returns the recovered state.
+inline TableModel recover(const RegionFolder& regions, const Shape& shape, const TableModel* before,
                           U32 seed, U32 completed) {
     const std::string left = regions.bytes(regionName);
     const bool isFormatted = left.substr(0, 5) == std::string("\xfe\xca\xef\xbe\x01", 5);
     TableModel expected(shape.size, shape.entrySize);
     if (isFormatted) {
         expected = modelOf(left, shape);
-        const TableModel old = modelAfter(before, shape, seed, completed);
+        const TableModel old =
+            modelAfter(before != nullptr ? *before : TableModel(shape.size, shape.entrySize), shape,
+                       seed, completed);
         TableModel next = old;
         std::optional<Operation> inFlight;
         if (completed > 0)
@@ -167,7 +169,7 @@ inline TableModel recover(const RegionFolder& regions, const Shape& shape, const
         }
     } else {
         EXPECT_EQ(completed, 0u) << "a completed opening leaves a formatted region";
-        EXPECT_FALSE(before) << "a formatted region stays formatted";
+        EXPECT_EQ(before, nullptr) << "a formatted region stays formatted";
     }
     const Death recovery = deathOf([&] {
         const std::string wrong = expected.difference(*openTable(shape.size, shape.entrySize));
@@ -191,13 +193,13 @@ void killWriters(const RegionFolder& regions, const Journal& journal, U32 seed, 
     Vel::TraceHandle::settingsAre("*/none");
     const Shape shapes[] = {{64, 16}, {13, 7}, {400, 64}, {5, 3000}};
     Shape shape = shapes[0];
-    TableModel before(shape.size, shape.entrySize);
+    std::optional<TableModel> before;
     U64 completed = 0;
     for (unsigned round = 0; round < rounds && !::testing::Test::HasFailure(); ++round) {
         SCOPED_TRACE("seed " + std::to_string(seed) + ", round " + std::to_string(round));
         if (random() % 4 == 0) {
             shape = shapes[random() % 4];
-            before = TableModel(shape.size, shape.entrySize);
+            before.reset();
             regions.clear();
         }
         const auto roundSeed = static_cast<U32>(random() % 1000000);
@@ -207,7 +209,8 @@ void killWriters(const RegionFolder& regions, const Journal& journal, U32 seed, 
         ::kill(writer, SIGKILL);
         EXPECT_EQ(statusOf(writer), -SIGKILL) << "the writer lives until it is killed";
         completed += journal.completed();
-        before = recover(regions, shape, before, roundSeed, journal.completed());
+        before =
+            recover(regions, shape, before ? &*before : nullptr, roundSeed, journal.completed());
     }
     EXPECT_GT(completed, rounds) << "the writers got something done before they were killed";
 }
