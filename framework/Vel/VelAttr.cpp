@@ -1,0 +1,7 @@
+#include <Vel/VelAttr.h>
+
+namespace Vel {
+
+VelAttr::~VelAttr() = default;
+
+} // namespace Vel
