@@ -1,24 +1,13 @@
 #include <Vel/textErrors.h>
 
+#include <Vel/detail/typeName.h>
 #include <Vel/format.h>
 #include <Vel/textReading.h>
 #include <Vel/textWriting.h>
-#include <cstdlib>
-#include <cxxabi.h>
-#include <memory>
 
 namespace Vel {
 
 namespace {
-
-// A type's name as it is written in C++, namespaces included.
-String8 typeName(const std::type_info& type) {
-    if (type == typeid(String8)) return "String8"; // its template name says nothing to a user
-    int status = 0;
-    const std::unique_ptr<char, decltype(&std::free)> plain(
-        abi::__cxa_demangle(type.name(), nullptr, nullptr, &status), &std::free);
-    return status == 0 ? String8(plain.get()) : String8(type.name());
-}
 
 // What stands between two places, fit for a message.
 String8 excerpt(std::string_view text) {
@@ -55,7 +44,7 @@ void cannotConvert(const String8::IteratorConst& it, const String8::IteratorCons
     const String8::IteratorConst start = afterBlanks(it, end);
     throw RangeException(format("cannot convert %s at column %lld to %s",
                                 found(start, end).charPtr(), start.column(),
-                                typeName(type).charPtr()));
+                                detail::typeName(type).charPtr()));
 }
 
 void numberOutOfRange(const String8::IteratorConst& it, const String8::IteratorConst& numberEnd,
@@ -63,7 +52,7 @@ void numberOutOfRange(const String8::IteratorConst& it, const String8::IteratorC
     const String8::IteratorConst start = afterBlanks(it, numberEnd);
     throw RangeException(format("number %s at column %lld is out of range for %s",
                                 excerpt(between(start, numberEnd)).charPtr(), start.column(),
-                                typeName(type).charPtr()));
+                                detail::typeName(type).charPtr()));
 }
 
 void expectedInstead(std::string_view expected, const String8::IteratorConst& it,
