@@ -3,7 +3,12 @@
 
 #include <Vel/Assert.h>
 #include <Vel/AttributeId.h>
+#include <Vel/BaseCollection.h>
+#include <Vel/BaseRefCollection.h>
+#include <Vel/BitSet.h>
+#include <Vel/Builtin.h>
 #include <Vel/ByteConnection.h>
+#include <Vel/Entity.h>
 #include <Vel/Exception.h>
 #include <Vel/Expect.h>
 #include <Vel/Export.h>
@@ -15,10 +20,15 @@
 #include <Vel/Integers.h>
 #include <Vel/KeyHash.h>
 #include <Vel/KeyedCollection.h>
+#include <Vel/LinkedQueue.h>
+#include <Vel/ListRaw.h>
 #include <Vel/MapLink.h>
 #include <Vel/MapMember.h>
 #include <Vel/MemoryConnection.h>
 #include <Vel/NboAttrLog.h>
+#include <Vel/Notifiee.h>
+#include <Vel/NotifieeConst.h>
+#include <Vel/Notifier.h>
 #include <Vel/Ptr.h>
 #include <Vel/PtrInterface.h>
 #include <Vel/PtrTrack.h>
@@ -28,6 +38,7 @@
 #include <Vel/TraceHandle.h>
 #include <Vel/VFPtrInterface.h>
 #include <Vel/Value.h>
+#include <Vel/VelAttr.h>
 #include <Vel/VelType.h>
 #include <Vel/bitReverse.h>
 #include <Vel/byteMix.h>
@@ -37,6 +48,7 @@
 #include <Vel/needString.h>
 #include <Vel/networkByteOrder.h>
 #include <Vel/sequenceToValue.h>
+#include <Vel/sequenceToValueOfPtr.h>
 #include <Vel/textErrors.h>
 #include <Vel/textReading.h>
 #include <Vel/textWriting.h>
@@ -45,3 +57,4 @@
 #include <Vel/value/DefineEnum.h>
 #include <Vel/value/EnumFunctions.h>
 #include <Vel/valueToStrep.h>
+#include <Vel/valueToStrepOfRawPtr.h>

@@ -1,0 +1,71 @@
+// Notifiee.h - base of the notifiees of one notifier class: joins and leaves its list. See Notifier.h for an example.
+//
+// Owns:   what every notifiee owns: a reference to its notifier (NotifieeConst.h).
+// Errors: a notifier of another class is a fatal assertion.
+#pragma once
+
+#include <Vel/Assert.h>
+#include <Vel/NotifieeConst.h>
+#include <Vel/Ptr.h>
+
+namespace Vel {
+
+template <class Notifier>
+class Notifiee : public PtrInterface::NotifieeConst {
+public:
+    Notifiee() = default;
+    Notifiee(const Notifiee&) = delete;
+    Notifiee& operator=(const Notifiee&) = delete;
+
+    ~Notifiee() override {
+        const Notifier* const from = notifier();
+        if (from != nullptr && (isRegisteredNotifiee() || from->notifiees().isInPass()))
+            from->notifiees().forget(this);
+    }
+
+    // Null while it is attached to nobody.
+    const Notifier* notifier() const noexcept {
+        return static_cast<const Notifier*>(PtrInterface::NotifieeConst::notifier().ptr());
+    }
+
+    void notifierIs(const Ptr<const PtrInterface>& notifier) override {
+        const PtrInterface* const to = notifier.ptr();
+        VEL_ASSERT(to == nullptr || dynamic_cast<const Notifier*>(to) != nullptr);
+        const Ptr<const PtrInterface> from = PtrInterface::NotifieeConst::notifier();
+        if (to == from.ptr()) return;
+        const bool wasRegistered = isRegisteredNotifiee();
+        listedIs(false);
+        notifierAssign(to);
+        listedIs(wasRegistered && to != nullptr);
+    }
+
+    // Without a notifier there is no list to join: the notifiee stays unregistered. An inactive notifiee joins when it is
+    // activated.
+    void isRegisteredNotifieeIs(bool registered) override {
+        if (hasNotificationActive()) {
+            listedIs(registered);
+        } else {
+            Vel_BitSet flags = vel_bitSet();
+            flags.is(wasRegisteredBit, registered);
+            vel_bitSetIs(flags);
+        }
+    }
+
+protected:
+    void registrationIs(bool active) override {
+        listedIs(active && vel_bitSet().test(wasRegisteredBit));
+    }
+
+private:
+    void listedIs(bool listed) {
+        const Notifier* const from = notifier();
+        if (from == nullptr || listed == isRegisteredNotifiee()) return;
+        NotifieeConst::isRegisteredNotifieeIs(listed);
+        if (listed)
+            from->notifiees().push(this);
+        else
+            from->notifiees().del(this);
+    }
+};
+
+} // namespace Vel

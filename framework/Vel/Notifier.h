@@ -1,0 +1,89 @@
+// Notifier.h - base of a class that tells its registered notifiees what has changed.
+//
+//     class Clock : public Vel::Notifier<Clock> {
+//     public:
+//         class NotifieeConst : public Vel::Notifiee<Clock> {
+//         public:
+//             virtual void onTick() {}
+//         };
+//
+//         void tick() { notify(tickId, [](NotifieeConst& notifiee) { notifiee.onTick(); }); }
+//     };
+//
+// Pass:    notify() calls every notifiee that was registered when it began, in the order of registration, each call
+//          guarded: what a notifiee throws goes to its handleNotificationException(attribute), and the pass goes on.
+//          The notifier and who is removed during the pass live until the pass ends.
+// Cost:    nobody registered: one load. Otherwise one count pair for the snapshot, one for the notifier, and a virtual
+//          call a notifiee; no memory (ListRaw.h).
+// Threads: one at a time.
+#pragma once
+
+#include <Vel/AttributeId.h>
+#include <Vel/ListRaw.h>
+#include <Vel/NotifieeConst.h>
+#include <Vel/Ptr.h>
+#include <Vel/PtrInterface.h>
+#include <utility>
+
+namespace Vel {
+
+// `Derived` declares its NotifieeConst. `Base` is what it is beside: PtrInterface, or a map's member.
+template <class Derived, class Base = PtrInterface>
+class Notifier : public Base {
+public:
+    using Notifiees = ListRaw<PtrInterface::NotifieeConst>;
+
+    // Who is registered, in order. Notifiees register themselves, also with a notifier that is const to them.
+    Notifiees& notifiees() const noexcept { return notifiees_; }
+
+    // Tells who is still registered that the notifier's last reference is gone.
+    void zeroReferencesIs(bool zero) override {
+        if (zero && !notifiees_.empty()) {
+            pass(AttributeId{0},
+                 [](PtrInterface::NotifieeConst& notifiee) { notifiee.onZeroReferences(); });
+        }
+        Base::zeroReferencesIs(zero);
+    }
+
+protected:
+    using Base::Base;
+
+    Notifier() = default;
+
+    // A copy listens to nobody and nobody to it.
+    Notifier(const Notifier& other) : Base(other) {}
+
+    Notifier& operator=(const Notifier&) = delete;
+
+    ~Notifier() override = default;
+
+    // call(NotifieeConst&) for each notifiee; `attribute` is what has changed.
+    template <class Call>
+    void notify(AttributeId attribute, Call call) const {
+        if (notifiees_.empty()) [[likely]]
+            return;
+        const Ptr<const Notifier> alive(this);
+        pass(attribute, [&call](PtrInterface::NotifieeConst& notifiee) {
+            call(static_cast<typename Derived::NotifieeConst&>(notifiee));
+        });
+    }
+
+private:
+    template <class Call>
+    void pass(AttributeId attribute, Call call) const {
+        const typename Notifiees::Pass snapshot(notifiees_);
+        for (U32 number = 0; number < snapshot.size(); ++number) {
+            PtrInterface::NotifieeConst* const notifiee = snapshot[number];
+            if (notifiee == nullptr) continue;
+            try {
+                call(*notifiee);
+            } catch (...) {
+                notifiee->handleNotificationException(attribute);
+            }
+        }
+    }
+
+    mutable Notifiees notifiees_;
+};
+
+} // namespace Vel
