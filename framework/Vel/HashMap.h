@@ -2,7 +2,7 @@
 //
 // Entry:   derives from MapLink and has fwkKey(); MapMember.h shows the kinds.
 // Copying: clones every member: one object cannot be in two maps. Only for entries that can be copied.
-// Speed:   hash and comparison are inlined.
+// Speed:   hash and comparison are compiled in; nothing is asked of the vtable, but to index many equal hashes.
 #pragma once
 
 #include <Vel/HashMapGeneric.h>
@@ -20,7 +20,7 @@ class HashMap : public HashMapGeneric {
 public:
     class IteratorConst;
 
-    explicit HashMap(unsigned initialSize = 4) noexcept
+    explicit HashMap(unsigned initialSize = 4)
         : HashMapGeneric(initialSize, HashMapVTable<Entry, Key>::instance()) {}
 
     HashMap(const HashMap& other) : HashMap() { insertClones(other); }
@@ -34,27 +34,25 @@ public:
 
     // The member with the key, or null; borrowed.
     Entry* find(const Key& key) const noexcept {
-        const U32 fold = keyFold(key);
-        MapLink* member = buckets_.chain(fold);
-        for (unsigned steps = 0; member != nullptr; member = member->fwkNext()) {
-            if (static_cast<const Entry*>(member)->fwkKey() == key)
-                return static_cast<Entry*>(member);
-            if (++steps > detail::OrderedBuckets::chainMax)
-                return static_cast<Entry*>(buckets_.find(&key, fold));
-        }
-        return nullptr;
+        const auto isKey = [&key](const MapLink* member) { return keyOf(member) == key; };
+        return static_cast<Entry*>(buckets_.find(keyFold<Key>(key), &key, isKey));
     }
 
     Entry* operator[](const Key& key) const noexcept { return find(key); }
 
-    // Takes a reference to the member, whose key is in the map no more than once.
+    // Takes a reference to an object that is in no map. A member of equal key gives way to it.
     void insert(Entry& member) {
-        const Key& key = member.fwkKey();
-        buckets_.insert(member, &key, keyFold(key));
+        MapLink* const replaced = buckets_.add(Ops(), &member);
+        if (replaced != nullptr) replaced->referencesDec();
     }
 
-    // Drops the map's reference to a member.
-    void remove(Entry& member) { buckets_.remove(member, keyFold(member.fwkKey())); }
+    // Drops the map's reference to a member. One that is not here changes nothing.
+    void remove(Entry& member) {
+        if (buckets_.remove(Ops(), &member)) member.referencesDec();
+    }
+
+    // Room for so many members at once: inserting them then does not grow the map.
+    void reserve(std::size_t members) { setSize0(static_cast<unsigned>(members)); }
 
     IteratorConst begin() const noexcept { return IteratorConst(*this, first()); }
 
@@ -65,13 +63,44 @@ public:
 
     // The member behind `member`, or null.
     Entry* next(const Entry& member) const noexcept {
-        MapLink* next = member.fwkNext();
-        if (next == nullptr) next = buckets_.firstBehindChain(keyFold(member.fwkKey()));
-        return static_cast<Entry*>(next);
+        return static_cast<Entry*>(buckets_.next(Ops(), &member));
+    }
+
+    // Whether `a` comes before `b` in every map of this kind.
+    static bool ordersBefore(const Key& a, const Key& b) noexcept {
+        const U32 foldOfA = keyFold<Key>(a);
+        const U32 foldOfB = keyFold<Key>(b);
+        return foldOfA == foldOfB ? a < b : hashesBelow(foldOfA, foldOfB);
     }
 
 private:
+    static decltype(auto) keyOf(const MapLink* member) noexcept {
+        return static_cast<const Entry*>(member)->fwkKey();
+    }
+
+    // What the buckets must know of members.
+    struct Ops {
+        U32 fold(const MapLink* member) const noexcept { return keyFold<Key>(keyOf(member)); }
+
+        bool isLess(const MapLink* a, const MapLink* b) const noexcept {
+            return keyOf(a) < keyOf(b);
+        }
+
+        // Asked only of members of one fold.
+        bool isEqual(const MapLink* a, const MapLink* b) const noexcept {
+            if constexpr (foldIsKey<Key>)
+                return true;
+            else
+                return keyOf(a) == keyOf(b);
+        }
+
+        const HashMapVTableGeneric& vtable() const noexcept {
+            return HashMapVTable<Entry, Key>::instance();
+        }
+    };
+
     void insertClones(const HashMap& other) {
+        reserve(other.size());
         for (const Entry& member : other) {
             const Ptr<Entry> clone = new Entry(member);
             insert(*clone);

@@ -1,45 +1,86 @@
 #include <Vel/HashMapGeneric.h>
 
+#include <Vel/Assert.h>
 #include <Vel/bitReverse.h>
 
 namespace Vel {
 
-HashMapGeneric::HashMapGeneric(unsigned, const HashMapVTableGeneric& vtable) noexcept
-    : buckets_(vtable), vtable_(&vtable) {}
+namespace {
+
+// What the buckets must know of members, asked of the vtable.
+class VTableOps {
+public:
+    explicit VTableOps(const HashMapVTableGeneric& vtable) noexcept : vtable_(&vtable) {}
+
+    U32 fold(const MapLink* member) const { return bitReverse(vtable_->hash(member)); }
+
+    bool isLess(const MapLink* a, const MapLink* b) const {
+        return vtable_->keyLessThan(nullptr, b, a);
+    }
+
+    // Without a key at hand: neither orders before the other.
+    bool isEqual(const MapLink* a, const MapLink* b) const {
+        return !isLess(a, b) && !isLess(b, a);
+    }
+
+    const HashMapVTableGeneric& vtable() const noexcept { return *vtable_; }
+
+private:
+    const HashMapVTableGeneric* vtable_;
+};
+
+} // namespace
+
+HashMapGeneric::HashMapGeneric(unsigned initialSize, const HashMapVTableGeneric& vtable)
+    : vtable_(&vtable) {
+    setSize0(initialSize);
+}
 
 void HashMapGeneric::newMemberG(const Ptr<PtrInterface>& member, void* key) {
-    buckets_.insert(static_cast<MapLink&>(*member), key, bitReverse(vtable_->hash(member.ptr())));
+    VEL_ASSERT(vtable_->keyEquals(key, member.ptr()));
+    MapLink* const replaced =
+        buckets_.add(VTableOps(*vtable_), static_cast<MapLink*>(member.ptr()));
+    if (replaced != nullptr) replaced->referencesDec();
 }
 
 void HashMapGeneric::deleteMember(const Ptr<PtrInterface>& member) {
-    buckets_.remove(static_cast<MapLink&>(*member), bitReverse(vtable_->hash(member.ptr())));
+    if (buckets_.remove(VTableOps(*vtable_), static_cast<MapLink*>(member.ptr())))
+        member->referencesDec();
 }
 
-// A bucket is named by the hash of a key in it: every hash of a chain leads to the same chain.
-PtrInterface* HashMapGeneric::startAtHash(const void*, unsigned hash, int* bucket) const {
+PtrInterface* HashMapGeneric::startAtHash(const void* key, unsigned hash, int* bucket) const {
     *bucket = static_cast<int>(hash);
-    return buckets_.chain(bitReverse(hash));
+    const VTableOps ops(*vtable_);
+    const U32 fold = bitReverse(hash);
+    if (key != nullptr) {
+        const auto isKey = [&](const MapLink* member) { return vtable_->keyEquals(key, member); };
+        if (MapLink* const found = buckets_.find(fold, key, isKey)) return found;
+    }
+    for (MapLink* at = buckets_.notBelow(ops, hash); at != nullptr && ops.fold(at) == fold;
+         at = buckets_.next(ops, at))
+        if (key == nullptr || vtable_->keyLessThan(key, at, nullptr)) return at;
+    return nullptr;
 }
 
 PtrInterface* HashMapGeneric::findNextG(const PtrInterface* current, int* bucket) const {
-    if (current == nullptr) {
-        PtrInterface* first = buckets_.first();
-        if (first != nullptr) *bucket = static_cast<int>(vtable_->hash(first));
-        return first;
-    }
-    if (MapLink* next = static_cast<const MapLink*>(current)->fwkNext()) return next;
-    *bucket = static_cast<int>(vtable_->hash(current));
-    return findNextBucket(bucket);
-}
-
-PtrInterface* HashMapGeneric::findNextBucket(int* bucket) const {
-    PtrInterface* next = buckets_.firstBehindChain(bitReverse(static_cast<U32>(*bucket)));
+    MapLink* const next = current == nullptr ? buckets_.first()
+                                             : buckets_.next(VTableOps(*vtable_),
+                                                             static_cast<const MapLink*>(current));
     if (next != nullptr) *bucket = static_cast<int>(vtable_->hash(next));
     return next;
 }
 
-void HashMapGeneric::setSize0(unsigned) noexcept {}
+PtrInterface* HashMapGeneric::findNextBucket(int* bucket) const {
+    const U32 hash = static_cast<U32>(*bucket) + 1; // 0 behind the last of all hashes
+    MapLink* const next = hash != 0 ? buckets_.notBelow(VTableOps(*vtable_), hash) : nullptr;
+    if (next != nullptr) *bucket = static_cast<int>(vtable_->hash(next));
+    return next;
+}
 
-unsigned HashMapGeneric::auditErrors(unsigned) const { return buckets_.auditErrors(); }
+void HashMapGeneric::setSize0(unsigned members) { buckets_.reserve(VTableOps(*vtable_), members); }
+
+unsigned HashMapGeneric::auditErrors(unsigned) const {
+    return buckets_.auditErrors(VTableOps(*vtable_));
+}
 
 } // namespace Vel

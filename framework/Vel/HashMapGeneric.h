@@ -1,11 +1,15 @@
 // HashMapGeneric.h - intrusive hash map whose members carry their own key and link.
 //
-// Owns:        one reference to each member. An empty map owns no memory.
-// Cost:        find, insert and delete O(1) expected, O(log members) for any keys; an insert never pays for the whole map;
-//              the first member is found without walking what is empty. detail/OrderedBuckets.h says how.
-// Order:       ascending reversed hash, then keyLessThan: the members alone decide, not history. A cache table relies on it:
-//              it takes the first free slot that it meets.
-// Invalidates: insertion, no iterator's position; removal, only iterators that stand on the removed member.
+// Owns:        one reference to each member. An empty map owns no memory, and up to eight members need none beside them.
+// Invariant:   every linked member is counted once; no two members have equal keys; buckets are the top bits of the hash
+//              that the vtable gives (that hash is already bit-reversed). detail/OrderedBuckets.h says how.
+// Cost:        find, insert and delete O(1) expected, O(log members) for any keys; an insert never pays for the whole map:
+//              growth splits a few buckets at a time; the first member is found without walking what is empty.
+// Order:       ascending reversed hash, then keyLessThan: the members alone decide, not history or bucket count. A cache
+//              table relies on it: it takes the first free slot that it meets.
+// Invalidates: growth, no iterator's position; removal, only iterators that stand on the removed member.
+// Errors:      std::bad_alloc where a member finds no place without memory; then nothing has changed. Where only growth
+//              fails, the map goes on with longer chains.
 // Threads:     no lock inside; the owner of the map serialises every call.
 #pragma once
 
@@ -21,35 +25,42 @@ namespace Vel {
 
 class VEL_API HashMapGeneric {
 public:
-    // `initialSize` is how many members are expected; it reserves nothing. `vtable` outlives the map.
-    HashMapGeneric(unsigned initialSize, const HashMapVTableGeneric& vtable) noexcept;
+    // Room for `initialSize` members, which costs nothing up to eight. `vtable` outlives the map.
+    HashMapGeneric(unsigned initialSize, const HashMapVTableGeneric& vtable);
     HashMapGeneric(const HashMapGeneric&) = delete;
     HashMapGeneric& operator=(const HashMapGeneric&) = delete;
     ~HashMapGeneric() = default;
 
-    // Inserts `member`, an object of the vtable's entry type that is in no map. No member has `*key`, its key.
+    // Inserts `member`, an object of the vtable's entry type that is in no map. *key is its key. A member that has this
+    // key already gives way: it is removed.
     void newMemberG(const Ptr<PtrInterface>& member, void* key);
-    // Removes a member and drops the map's reference to it.
+    // Removes a member and drops the map's reference to it. One that is not here changes nothing.
     void deleteMember(const Ptr<PtrInterface>& member);
 
-    // The first candidate of the chain in which *key is, if it is anywhere; null if there is none. `hash` is the key's hash.
-    // Stores the bucket, for findNextBucket.
+    // The one candidate for *key: (1) the member that has it; (2) else the first member of this hash whose key orders
+    // behind it; (3) else null. Without `key`, the first member of this hash. `hash` is the key's; *bucket becomes it,
+    // for findNextBucket().
     PtrInterface* startAtHash(const void* key, unsigned hash, int* bucket) const;
-    // The member behind `current` in the map's order, the first one for null; null at the end.
+    // The member behind `current` in the map's order, the first one for null; null at the end. *bucket becomes its hash,
+    // and stays as it is at the end.
     PtrInterface* findNextG(const PtrInterface* current, int* bucket) const;
-    // The first member behind the bucket; null at the end.
+    // The first member whose hash is above *bucket, both unsigned, which it then becomes; null at the end.
     PtrInterface* findNextBucket(int* bucket) const;
 
-    // Says how many members are expected from now on; the structure needs no such hint and grows as it must.
-    void setSize0(unsigned size) noexcept;
+    // Makes room for so many members at once: inserting them then does not grow the map. An empty map gives back what it
+    // has beyond that; a map with members keeps what it has.
+    void setSize0(unsigned members);
 
-    // Removes every member.
+    // Removes every member and gives back all memory. The map is empty before the first reference is dropped.
     void emptyAllBuckets() noexcept { buckets_.clear(); }
 
     std::size_t size() const noexcept { return buckets_.size(); }
 
     // How many broken invariants the map can see in itself. O(size).
     unsigned auditErrors(unsigned level) const;
+
+    // Bytes that the map holds beside itself and its members.
+    std::size_t heapBytes() const noexcept { return buckets_.heapBytes(); }
 
 protected:
     detail::OrderedBuckets buckets_;

@@ -56,6 +56,16 @@ public:
             create(key, value);
     }
 
+    // The same where the value says its key: Entry::keyOf(value).
+    void set(const Value& value) requires requires { Entry::keyOf(value); }
+
+    {
+        if (Entry* entry = map_.find(Entry::keyOf(value)))
+            entry->valueIs(value);
+        else
+            create(value);
+    }
+
     // Removes the member with the key and returns it; null if there is none.
     Ptr<Entry> del(const Key& key) {
         Ptr<Entry> entry = map_.find(key);
@@ -72,6 +82,9 @@ public:
 
     // Removes every member.
     void delAll() noexcept { map_.emptyAllBuckets(); }
+
+    // Room for so many members at once: creating them then does not grow the map.
+    void reserve(U32 members) { map_.reserve(members); }
 
     // 32 bits: more members do not fit a process that counts them.
     U32 count() const noexcept { return static_cast<U32>(map_.size()); }

@@ -1,0 +1,255 @@
+#include <Vel/HashMap.h>
+
+#include <Vel/KeyedCollection.h>
+#include <Vel/MapMember.h>
+#include <algorithm>
+#include <bit>
+#include <gtest/gtest.h>
+#include <initializer_list>
+#include <map>
+#include <random>
+#include <string>
+#include <vector>
+
+namespace Vel {
+namespace {
+
+U64 comparisons = 0; // of keys, by any map
+
+// A number as a key, with a hash that may hide some of its bits, and with its comparisons counted.
+struct Key {
+    U64 number = 0;
+    U32 hashMask = 0xffffffffU;
+
+    U32 hash() const { return static_cast<U32>(number) & hashMask; }
+
+    bool operator==(const Key& other) const {
+        ++comparisons;
+        return number == other.number;
+    }
+
+    bool operator<(const Key& other) const {
+        ++comparisons;
+        return number < other.number;
+    }
+};
+
+class Member final : public MapMember<Key, U32> {
+public:
+    using MapMember::MapMember;
+};
+
+using Map = HashMap<Member, Key, U32>;
+
+// How the keys of one family follow each other.
+struct Family {
+    const char* name;
+    Key (*key)(U32 number);
+};
+
+void PrintTo(const Family& family, std::ostream* out) { *out << family.name; }
+
+const Family families[] = {
+    {"sequential", [](U32 n) { return Key{n}; }},
+    {"scattered", [](U32 n) { return Key{n * 2654435761U}; }},
+    {"stride4", [](U32 n) { return Key{n * 4}; }},
+    {"stride64", [](U32 n) { return Key{n * 64}; }},
+    {"stride4096", [](U32 n) { return Key{n * 4096}; }},
+    {"twoStrides", [](U32 n) { return Key{n % 2 == 0 ? n * 4096 : n * 4096 + 65}; }},
+    {"topBits", [](U32 n) { return Key{n << 12 | n >> 20}; }},
+    {"downwards", [](U32 n) { return Key{~n}; }},
+    {"oneHash",
+     [](U32 n) {
+         return Key{n, 0};
+     }},
+    {"fewHashes",
+     [](U32 n) {
+         return Key{n, 0x80008000U};
+     }},
+    {"halfTheHash",
+     [](U32 n) {
+         return Key{n * 2654435761U, 0xffff0000U};
+     }},
+};
+
+class HashMapOf : public testing::TestWithParam<Family> {
+protected:
+    static Key keyOf(U32 number) { return GetParam().key(number); }
+
+    static void insert(Map& map, U32 number) {
+        map.insert(*Ptr<Member>(new Member(keyOf(number), number)));
+    }
+
+    // The most comparisons that one call may cost in a map of so many members.
+    static U64 most(std::size_t members) { return 40 + 4 * std::bit_width(members); }
+};
+
+INSTANTIATE_TEST_SUITE_P(Families, HashMapOf, testing::ValuesIn(families),
+                         [](const auto& family) { return std::string(family.param.name); });
+
+TEST_P(HashMapOf, AgreesWithAModel) {
+    const auto before = [](const Key& a, const Key& b) { return Map::ordersBefore(a, b); };
+    std::map<Key, U32, decltype(before)> model(before);
+    Map map;
+    const U32 seed = 20261121;
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    auto random = [engine = std::mt19937(seed)]() mutable { return static_cast<U32>(engine()); };
+    constexpr U32 operations = 100'000;
+    for (U32 operation = 0; operation < operations; ++operation) {
+        const U32 number = random() % 6000;
+        const Key key = keyOf(number);
+        const bool isGrowing = operation / (operations / 8) % 2 == 0;
+        Member* const found = map.find(key);
+        ASSERT_EQ(found != nullptr, model.contains(key));
+        if (random() % 8 < (isGrowing ? 6U : 2U)) {
+            if (found == nullptr) insert(map, number);
+            model[key] = number;
+        } else if (found != nullptr) {
+            map.remove(*found);
+            model.erase(key);
+        }
+        if (operation % 64 == 0 && !model.empty()) {
+            ASSERT_EQ(map.first()->key().number, model.begin()->first.number);
+        }
+        if (operation % 10'000 != 0) continue;
+        ASSERT_EQ(map.auditErrors(9), 0u);
+        ASSERT_EQ(map.size(), model.size());
+        auto expected = model.begin();
+        for (const Member& member : map) {
+            ASSERT_EQ(member.key().number, expected->first.number);
+            ++expected;
+        }
+    }
+    for (const auto& [key, number] : model) {
+        ASSERT_EQ(map.first()->value(), number);
+        map.remove(*map.first());
+    }
+    EXPECT_EQ(map.first(), nullptr);
+    EXPECT_EQ(map.size(), 0u);
+}
+
+TEST_P(HashMapOf, NoCallLooksAtManyMembers) {
+    constexpr U32 members = 50'000;
+    Map map;
+    const auto costs = [&map](auto call) {
+        comparisons = 0;
+        call();
+        EXPECT_LE(comparisons, most(map.size())) << map.size() << " members";
+    };
+    for (U32 number = 0; number < members && !HasFailure(); ++number) {
+        costs([&] { insert(map, number); });
+        costs([&] { EXPECT_EQ(map.find(keyOf(number))->value(), number); });
+        costs([&] { EXPECT_EQ(map.find(keyOf(number + members)), nullptr); });
+    }
+    EXPECT_EQ(map.auditErrors(9), 0u);
+    U32 walked = 0;
+    for (const Member* at = map.first(); at != nullptr && !HasFailure(); ++walked)
+        costs([&] { at = map.next(*at); });
+    EXPECT_EQ(walked, members);
+    for (U32 number = 0; number < members && !HasFailure(); ++number)
+        costs([&] { map.remove(*map.find(keyOf(number))); });
+    EXPECT_EQ(map.size(), 0u);
+}
+
+TEST_P(HashMapOf, OrderComesFromTheMembersAlone) {
+    constexpr U32 members = 3000;
+    Map upwards;
+    for (U32 number = 0; number < members; ++number) insert(upwards, number);
+    Map reserved;
+    reserved.reserve(members);
+    for (U32 number = members; number-- > 0;) insert(reserved, number);
+    Map shrunk;
+    for (U32 number = 0; number < 20 * members; ++number) insert(shrunk, number);
+    for (U32 number = members; number < 20 * members; ++number)
+        shrunk.remove(*shrunk.find(keyOf(number)));
+    const Map copy = shrunk;
+    for (const Map* other : std::initializer_list<const Map*>{&reserved, &shrunk, &copy}) {
+        EXPECT_EQ(other->auditErrors(9), 0u);
+        ASSERT_EQ(other->size(), members);
+        auto at = other->begin();
+        for (const Member& member : upwards) {
+            ASSERT_EQ(at->value(), member.value());
+            ++at;
+        }
+    }
+}
+
+TEST_P(HashMapOf, AMemberOfEqualKeyGivesWay) {
+    Map map;
+    std::vector<Ptr<Member>> old;
+    for (U32 number = 0; number < 500; ++number) {
+        old.push_back(new Member(keyOf(number), number));
+        map.insert(*old.back());
+    }
+    for (U32 number = 0; number < 500; ++number)
+        map.insert(*Ptr<Member>(new Member(keyOf(number), number + 1000)));
+    EXPECT_EQ(map.size(), 500u);
+    EXPECT_EQ(map.auditErrors(9), 0u);
+    for (U32 number = 0; number < 500; ++number) {
+        EXPECT_EQ(old[number]->references(), 1u);
+        EXPECT_EQ(old[number]->fwkNext(), nullptr);
+        EXPECT_EQ(map.find(keyOf(number))->value(), number + 1000);
+        map.remove(*old[number]);
+    }
+    EXPECT_EQ(map.size(), 500u) << "one that is not here changes nothing";
+}
+
+TEST_P(HashMapOf, EmptyingDropsEveryReference) {
+    Map map;
+    std::vector<Ptr<Member>> members;
+    for (U32 number = 0; number < 3000; ++number) {
+        members.push_back(new Member(keyOf(number), number));
+        map.insert(*members.back());
+    }
+    map.emptyAllBuckets();
+    EXPECT_EQ(map.size(), 0u);
+    EXPECT_EQ(map.heapBytes(), 0u);
+    EXPECT_EQ(map.first(), nullptr);
+    for (const Ptr<Member>& member : members) {
+        EXPECT_EQ(member->references(), 1u);
+        EXPECT_EQ(member->fwkNext(), nullptr);
+    }
+}
+
+TEST(HashMap, UpToEightMembersNeedNoMemoryBesideThem) {
+    Map map;
+    for (U32 number = 0; number < 8; ++number)
+        map.insert(*Ptr<Member>(new Member(Key{number}, number)));
+    EXPECT_EQ(map.heapBytes(), 0u);
+    map.insert(*Ptr<Member>(new Member(Key{8}, 8)));
+    EXPECT_GT(map.heapBytes(), 0u);
+}
+
+TEST(HashMap, ReservedRoomIsUsedAndGivenBack) {
+    Map map;
+    map.reserve(10'000);
+    const std::size_t bytes = map.heapBytes();
+    EXPECT_GT(bytes, 10'000 * sizeof(void*));
+    for (U32 number = 0; number < 10'000; ++number)
+        map.insert(*Ptr<Member>(new Member(Key{number}, number)));
+    EXPECT_EQ(map.heapBytes(), bytes) << "inserting did not grow the map";
+    map.reserve(0);
+    EXPECT_EQ(map.heapBytes(), bytes) << "a map with members keeps what it has";
+    map.emptyAllBuckets();
+    map.reserve(10'000);
+    map.reserve(8);
+    EXPECT_EQ(map.heapBytes(), 0u);
+}
+
+TEST(HashMap, ReservingLaterKeepsTheMembers) {
+    for (const U32 members : {1U, 8U, 9U, 1000U}) {
+        Map map;
+        for (U32 number = 0; number < members; ++number)
+            map.insert(*Ptr<Member>(new Member(Key{number * 4}, number)));
+        map.reserve(20'000);
+        EXPECT_EQ(map.auditErrors(9), 0u);
+        EXPECT_EQ(map.size(), members);
+        for (U32 number = 0; number < members; ++number) {
+            ASSERT_NE(map.find(Key{number * 4}), nullptr);
+            EXPECT_EQ(map.find(Key{number * 4})->references(), 1u);
+        }
+    }
+}
+
+} // namespace
+} // namespace Vel

@@ -1,0 +1,79 @@
+#include <Vel/detail/BucketTable.h>
+
+#include <Vel/detail/ZeroedMemory.h>
+#include <new>
+#include <utility>
+
+namespace Vel::detail {
+
+namespace {
+
+// More buckets than this lie beyond what an address space should give to one map.
+constexpr unsigned depthLimit = sizeof(void*) == 4 ? 26 : 29;
+
+} // namespace
+
+BucketTable* BucketTable::make(U32 fold, unsigned shift, U32 count) noexcept {
+    auto* table = new (std::nothrow) BucketTable(fold, shift);
+    if (table != nullptr && !table->layOut(count)) {
+        delete table;
+        return nullptr;
+    }
+    return table;
+}
+
+BucketTable::~BucketTable() { zeroedMemoryDel(buckets_, capacity_ * sizeof(Bucket)); }
+
+bool BucketTable::layOut(U32 count) noexcept {
+    const unsigned most = std::min(allBits - shift(), depthLimit);
+    count = std::min(count, U32{1} << most);
+    const U32 capacity = std::max(U32{4}, std::bit_ceil(count));
+    void* buckets = zeroedMemory(capacity * sizeof(Bucket));
+    if (buckets == nullptr) return false;
+    if (!order.make(count)) {
+        zeroedMemoryDel(buckets, capacity * sizeof(Bucket));
+        return false;
+    }
+    zeroedMemoryDel(buckets_, capacity_ * sizeof(Bucket));
+    buckets_ = static_cast<Bucket*>(buckets);
+    count_ = count;
+    wideMask_ = 2 * std::bit_floor(count) - 1;
+    capacity_ = capacity;
+    return true;
+}
+
+bool BucketTable::prepareSplit() noexcept {
+    if (roundDepth() + shift() >= allBits || roundDepth() >= depthLimit) return false;
+    if (count_ == capacity_) {
+        const std::size_t bytes = capacity_ * sizeof(Bucket);
+        void* grown = zeroedMemoryGrown(buckets_, bytes, 2 * bytes);
+        if (grown == nullptr) return false;
+        buckets_ = static_cast<Bucket*>(grown);
+        capacity_ *= 2;
+    }
+    return order.prepareSplit(count_ & (wideMask_ >> 1));
+}
+
+void BucketTable::childIs(BucketTable* child) noexcept {
+    child->parent = this;
+    child->nextSibling = firstChild;
+    if (firstChild != nullptr) firstChild->previousSibling = child;
+    firstChild = child;
+}
+
+void BucketTable::childDel(BucketTable* child) noexcept {
+    BucketTable* const before = std::exchange(child->previousSibling, nullptr);
+    BucketTable* const after = std::exchange(child->nextSibling, nullptr);
+    (before != nullptr ? before->nextSibling : firstChild) = after;
+    if (after != nullptr) after->previousSibling = before;
+    child->parent = nullptr;
+}
+
+unsigned BucketTable::depth(U32 fold) const noexcept {
+    const U32 half = (wideMask_ >> 1) + 1;
+    const U32 at = place(fold);
+    const bool isSplit = at >= half || at < count_ - half;
+    return shift() + roundDepth() + (isSplit ? 1 : 0);
+}
+
+} // namespace Vel::detail

@@ -1,0 +1,48 @@
+#include <Vel/detail/ZeroedMemory.h>
+
+#include <cstring>
+#include <new>
+#include <sys/mman.h>
+
+namespace Vel::detail {
+
+namespace {
+
+constexpr std::size_t mappedFromBytes = 65536;
+
+bool isMapped(std::size_t bytes) noexcept { return bytes >= mappedFromBytes; }
+
+} // namespace
+
+void* zeroedMemory(std::size_t bytes) noexcept {
+    if (isMapped(bytes)) {
+        void* pages =
+            mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        return pages == MAP_FAILED ? nullptr : pages;
+    }
+    void* array = ::operator new(bytes, std::nothrow);
+    if (array != nullptr) std::memset(array, 0, bytes);
+    return array;
+}
+
+void* zeroedMemoryGrown(void* array, std::size_t bytes, std::size_t newBytes) noexcept {
+    if (isMapped(bytes)) {
+        void* pages = mremap(array, bytes, newBytes, MREMAP_MAYMOVE);
+        return pages == MAP_FAILED ? nullptr : pages;
+    }
+    void* grown = zeroedMemory(newBytes);
+    if (grown == nullptr) return nullptr;
+    std::memcpy(grown, array, bytes);
+    zeroedMemoryDel(array, bytes);
+    return grown;
+}
+
+void zeroedMemoryDel(void* array, std::size_t bytes) noexcept {
+    if (array == nullptr) return;
+    if (isMapped(bytes))
+        munmap(array, bytes);
+    else
+        ::operator delete(array);
+}
+
+} // namespace Vel::detail
