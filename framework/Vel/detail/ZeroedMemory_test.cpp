@@ -41,7 +41,7 @@ TEST(ZeroedMemory, GrowsWithItsContents) {
 }
 
 TEST(ZeroedMemory, SaysWhenThereIsNone) {
-    constexpr std::size_t tooMuch = ~std::size_t{0} / 4;
+    constexpr std::size_t tooMuch = ~std::size_t{0} - 0xffff;
     EXPECT_EQ(zeroedMemory(tooMuch), nullptr);
     for (const std::size_t bytes : {64UL, 65536UL}) {
         void* memory = zeroedMemory(bytes);

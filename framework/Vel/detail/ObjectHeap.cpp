@@ -1,0 +1,205 @@
+#include <Vel/detail/ObjectHeap.h>
+
+#include <cstdlib>
+#include <mutex>
+#include <new>
+#include <pthread.h>
+#include <string_view>
+#include <sys/mman.h>
+#include <utility>
+
+namespace Vel::detail {
+
+namespace {
+
+constexpr std::size_t chunkBytes = 16 * ObjectHeap::pageBytes;
+
+// The calling thread has handed its heap on.
+constinit thread_local bool isThreadOver = false;
+
+} // namespace
+
+thread_local constinit ObjectHeap* ObjectHeap::current_ = nullptr;
+
+// What all heaps share. Asked when a thread makes its first object, when it ends, and when a heap needs memory.
+class ObjectHeap::Registry {
+public:
+    static Registry& only() noexcept {
+        static Registry* const registry = new Registry; // for exit-time destructors of others, too
+        return *registry;
+    }
+
+    bool isOff() const noexcept { return isOff_; }
+
+    // An idle heap, or a new one.
+    ObjectHeap* take() {
+        const std::lock_guard lock(mutex_);
+        if (ObjectHeap* const heap = idle_; heap != nullptr) {
+            idle_ = std::exchange(heap->nextIdle_, nullptr);
+            return heap;
+        }
+        return new ObjectHeap;
+    }
+
+    void giveBack(ObjectHeap* heap) noexcept {
+        const std::lock_guard lock(mutex_);
+        heap->nextIdle_ = std::exchange(idle_, heap);
+    }
+
+    // Hands the heap on when the calling thread ends, behind the destructors of its thread-local objects. The process's
+    // first thread keeps its heap to the end, for exit-time destructors.
+    void threadHas(ObjectHeap* heap) noexcept { pthread_setspecific(threadEnd_, heap); }
+
+    // One more page, as the kernel gave it.
+    void* page() {
+        const std::lock_guard lock(mutex_);
+        if (chunk_ == chunkEnd_) {
+            // A page more than needed, so that aligned ones can be cut out.
+            void* const memory = mmap(nullptr, chunkBytes + pageBytes, PROT_READ | PROT_WRITE,
+                                      MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+            if (memory == MAP_FAILED) throw std::bad_alloc();
+            auto* const start = static_cast<char*>(memory);
+            const std::size_t before = -reinterpret_cast<std::uintptr_t>(start) & (pageBytes - 1);
+            if (before != 0) munmap(start, before);
+            chunk_ = start + before;
+            chunkEnd_ = chunk_ + chunkBytes;
+            if (before != pageBytes) munmap(chunkEnd_, pageBytes - before);
+            reserved_ += chunkBytes;
+        }
+        return std::exchange(chunk_, chunk_ + pageBytes);
+    }
+
+    std::size_t reserved() noexcept {
+        const std::lock_guard lock(mutex_);
+        return reserved_;
+    }
+
+private:
+    Registry() noexcept {
+        const char* const setting = std::getenv("VEL_OBJECT_HEAP");
+        isOff_ = setting != nullptr && std::string_view(setting) == "off";
+        pthread_key_create(&threadEnd_, [](void* heap) {
+            isThreadOver = true;
+            current_ = nullptr;
+            only().giveBack(static_cast<ObjectHeap*>(heap));
+        });
+        pthread_atfork([] { only().mutex_.lock(); }, [] { only().mutex_.unlock(); },
+                       [] { only().mutex_.unlock(); });
+    }
+
+    std::mutex mutex_;
+    pthread_key_t threadEnd_{};
+    ObjectHeap* idle_ = nullptr;
+    char* chunk_ = nullptr;
+    char* chunkEnd_ = nullptr;
+    std::size_t reserved_ = 0;
+    bool isOff_ = false;
+};
+
+void* ObjectHeap::allocateElsewhere(std::size_t size) {
+    Registry& registry = Registry::only();
+    if (size > largest || registry.isOff()) return ::operator new(size);
+    const std::size_t granules = (size + granule - 1) / granule;
+    ObjectHeap* const heap = registry.take();
+    if (!isThreadOver) {
+        registry.threadHas(heap);
+        current_ = heap;
+        return heap->allocateHere(granules);
+    }
+    // A destructor that runs later still: the heap serves this one call.
+    try {
+        void* const object = heap->allocateHere(granules);
+        registry.giveBack(heap);
+        return object;
+    } catch (...) {
+        registry.giveBack(heap);
+        throw;
+    }
+}
+
+void ObjectHeap::deallocateElsewhere(void* object, std::size_t size) noexcept {
+    if (object == nullptr) return;
+    if (size > largest || Registry::only().isOff())
+        ::operator delete(object);
+    else
+        pageOf(object)->owner->post(static_cast<Place*>(object));
+}
+
+void* ObjectHeap::allocateSlowly(std::size_t granules) {
+    if (granules == 0) granules = 1;
+    emptyInbox();
+    for (;;) {
+        Page* const page = roomy_[granules] != nullptr ? roomy_[granules] : newPage(granules);
+        if (page->free != nullptr ||
+            static_cast<std::size_t>(page->end - page->fresh) >= granules * granule)
+            return allocateHere(granules);
+        unlist(page); // full: listed again when something in it is freed
+    }
+}
+
+void ObjectHeap::emptyInbox() noexcept {
+    if (inbox_.load(std::memory_order_relaxed) == nullptr) return;
+    Place* place = inbox_.exchange(nullptr, std::memory_order_acquire);
+    while (place != nullptr) {
+        Place* const next = place->next;
+        deallocateHere(pageOf(place), place);
+        place = next;
+    }
+}
+
+void ObjectHeap::roomMade(Page* page) noexcept {
+    if (page->used != 0) {
+        enlist(page);
+        return;
+    }
+    // The last page of its size stays, so that one object that comes and goes finds it ready.
+    const bool isOnly = page->isListed && page->next == nullptr && page->previous == nullptr;
+    layOut(page, page->granules);
+    if (isOnly) return;
+    if (page->isListed) unlist(page);
+    page->next = std::exchange(empty_, page);
+}
+
+ObjectHeap::Page* ObjectHeap::newPage(std::size_t granules) {
+    Page* page = empty_;
+    if (page != nullptr)
+        empty_ = page->next;
+    else
+        page = ::new (Registry::only().page())
+            Page{this, nullptr, nullptr, nullptr, nullptr, nullptr, 0, 0, false};
+    layOut(page, granules);
+    enlist(page);
+    return page;
+}
+
+void ObjectHeap::layOut(Page* page, std::size_t granules) noexcept {
+    char* const start = reinterpret_cast<char*>(page); // NOLINT: the page's bytes
+    page->free = nullptr;
+    page->fresh = start + headerBytes;
+    page->end = start + pageBytes;
+    page->granules = static_cast<U32>(granules);
+}
+
+void ObjectHeap::enlist(Page* page) noexcept {
+    Page*& first = roomy_[page->granules];
+    page->previous = nullptr;
+    page->next = first;
+    if (first != nullptr) first->previous = page;
+    first = page;
+    page->isListed = true;
+}
+
+void ObjectHeap::unlist(Page* page) noexcept {
+    (page->previous != nullptr ? page->previous->next : roomy_[page->granules]) = page->next;
+    if (page->next != nullptr) page->next->previous = page->previous;
+    page->next = page->previous = nullptr;
+    page->isListed = false;
+}
+
+std::size_t ObjectHeap::reservedBytes() noexcept { return Registry::only().reserved(); }
+
+void ObjectHeap::collect() noexcept {
+    if (current_ != nullptr) current_->emptyInbox();
+}
+
+} // namespace Vel::detail
