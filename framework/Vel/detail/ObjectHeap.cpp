@@ -152,10 +152,6 @@ void ObjectHeap::roomMade(Page* page) noexcept {
         enlist(page);
         return;
     }
-    // The last page of its size stays, so that one object that comes and goes finds it ready.
-    const bool isOnly = page->isListed && page->next == nullptr && page->previous == nullptr;
-    layOut(page, page->granules);
-    if (isOnly) return;
     if (page->isListed) unlist(page);
     page->next = std::exchange(empty_, page);
 }
@@ -163,7 +159,7 @@ void ObjectHeap::roomMade(Page* page) noexcept {
 ObjectHeap::Page* ObjectHeap::newPage(std::size_t granules) {
     Page* page = empty_;
     if (page != nullptr)
-        empty_ = page->next;
+        empty_ = std::exchange(page->next, nullptr);
     else
         page = ::new (Registry::only().page())
             Page{this, nullptr, nullptr, nullptr, nullptr, nullptr, 0, 0, false};
@@ -180,20 +176,32 @@ void ObjectHeap::layOut(Page* page, std::size_t granules) noexcept {
     page->granules = static_cast<U32>(granules);
 }
 
+// Behind the first page, whose places are in use: it keeps its mark.
 void ObjectHeap::enlist(Page* page) noexcept {
-    Page*& first = roomy_[page->granules];
-    page->previous = nullptr;
-    page->next = first;
-    if (first != nullptr) first->previous = page;
-    first = page;
     page->isListed = true;
+    Page* const first = roomy_[page->granules];
+    if (first == nullptr) {
+        roomy_[page->granules] = page;
+        ++page->used;
+        return;
+    }
+    page->previous = first;
+    page->next = std::exchange(first->next, page);
+    if (page->next != nullptr) page->next->previous = page;
 }
 
 void ObjectHeap::unlist(Page* page) noexcept {
-    (page->previous != nullptr ? page->previous->next : roomy_[page->granules]) = page->next;
-    if (page->next != nullptr) page->next->previous = page->previous;
-    page->next = page->previous = nullptr;
     page->isListed = false;
+    Page* const next = std::exchange(page->next, nullptr);
+    Page* const previous = std::exchange(page->previous, nullptr);
+    if (next != nullptr) next->previous = previous;
+    if (previous != nullptr) {
+        previous->next = next;
+        return;
+    }
+    --page->used;
+    roomy_[page->granules] = next;
+    if (next != nullptr) ++next->used;
 }
 
 std::size_t ObjectHeap::reservedBytes() noexcept { return Registry::only().reserved(); }

@@ -72,7 +72,7 @@ private:
         Place* free;
         char* fresh; // from here on nothing was ever used
         char* end;
-        U32 used;
+        U32 used;      // objects, and one more while the page is the first of its size
         U32 granules;  // the size of a place
         bool isListed; // among its size's pages with room
     };
