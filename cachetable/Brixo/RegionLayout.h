@@ -47,7 +47,7 @@ constexpr U32 slotOffset(U32 entrySize, U32 index) noexcept {
 }
 
 inline U32 readKeyWord(const unsigned char* slot) noexcept {
-    U32 word;
+    U32 word = 0;
     std::memcpy(&word, slot, sizeof(word));
     return word;
 }

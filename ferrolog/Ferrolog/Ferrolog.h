@@ -32,10 +32,10 @@ extern "C" {
 // upper case two, the low half first; no more than 15 words together:
 //   i u   unsigned decimal        x   0x and lower-case hexadecimal        d   signed decimal
 //   I U   the same for 64 bits    X                                        D
-typedef struct ferrolog_site {
-    const char* file;    // where the message comes from; any text, it need not be a path
-    const char* format;  // "Recovered entry, index: %i key: %i"
-    const char* letters; // "ii"
+typedef struct ferrolog_site { /* NOLINT(modernize-use-using): C reads this, too */
+    const char* file;          // where the message comes from; any text, it need not be a path
+    const char* format;        // "Recovered entry, index: %i key: %i"
+    const char* letters;       // "ii"
     uint32_t line;
     uint32_t ticket;
 } ferrolog_site;

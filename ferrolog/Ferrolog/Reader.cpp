@@ -267,6 +267,7 @@ std::vector<U32> Reader::Parser::chunksOldestFirst() {
     }
     std::ranges::sort(found);
     std::vector<U32> slots;
+    slots.reserve(found.size());
     for (auto const& [ordinal, slot] : found) {
         slots.push_back(slot);
     }
@@ -328,8 +329,8 @@ bool Reader::Parser::isPlausible(U32 word0, U32 room) const {
 }
 
 void Reader::Parser::readOwner(U64 at) {
-    currentLife_ = snapshot_.second.get<U32>(at + 4 * messageHeadWords);
-    currentThread_ = snapshot_.second.get<U32>(at + 4 * (messageHeadWords + 1));
+    currentLife_ = snapshot_.second.get<U32>(at + U64{4} * messageHeadWords);
+    currentThread_ = snapshot_.second.get<U32>(at + U64{4} * (messageHeadWords + 1));
     auto const known = lives_.find(currentLife_);
     if (known != lives_.end()) {
         currentSession_ = known->second.session;

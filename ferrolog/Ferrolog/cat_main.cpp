@@ -116,8 +116,7 @@ void printSummary(Reader const& reader, std::size_t count) {
             continue;
         }
         std::printf("--   %llu of %llu lost of %s\n", static_cast<unsigned long long>(site.lost),
-                    static_cast<unsigned long long>(site.lost + site.present),
-                    reader.origin(site).c_str());
+                    0ULL + site.lost + site.present, reader.origin(site).c_str());
     }
     for (std::string const& note : reader.notes()) {
         std::printf("-- note: %s\n", note.c_str());

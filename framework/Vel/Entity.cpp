@@ -51,7 +51,7 @@ String8 Entity::fullName() const {
 String8 Entity::uriPath() const {
     std::string path;
     for (const Entity* at = this; at != nullptr; at = at->parent_)
-        path = "/" + encoded(at->name_.view()) + path;
+        path.insert(0, "/" + encoded(at->name_.view()));
     return String8(path.c_str());
 }
 

@@ -110,7 +110,8 @@ PtrInterface* PtrInterface::NotifieeConst::velRawReactor() { return this; }
 Ptr<PtrInterface> PtrInterface::NotifieeConst::velReactor() { return velRawReactor(); }
 
 unsigned PtrInterface::NotifieeConst::auditErrors(unsigned) const {
-    return (isRegistered_ && notifier_ == nullptr) || (isRegistered_ && !hasNotificationActive());
+    const bool isSound = !isRegistered_ || (notifier_ != nullptr && hasNotificationActive());
+    return isSound ? 0 : 1;
 }
 
 void PtrInterface::NotifieeConst::handleZeroRef() {

@@ -53,7 +53,7 @@ public:
         return *this;
     }
 
-    Ptr& operator=(Ptr&& other) {
+    Ptr& operator=(Ptr&& other) noexcept {
         Ptr moved(std::move(other));
         swap(moved);
         return *this;

@@ -8,7 +8,7 @@ namespace Vel {
 VelType* PtrInterface::fwkType() const { return _fwkType(); }
 
 VelType* PtrInterface::_fwkType() {
-    static VelType* const type = new VelType("PtrInterface", nullptr);
+    static auto* const type = new VelType("PtrInterface", nullptr);
     return type;
 }
 

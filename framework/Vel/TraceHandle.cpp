@@ -15,7 +15,7 @@ TraceHandle::~TraceHandle() { TraceSwitchboard::global().remove(*this); }
 
 void TraceHandle::levelIs(unsigned level, bool on) noexcept {
     if (level >= levels) return;
-    const LevelSet bit = static_cast<LevelSet>(1U << level);
+    const auto bit = static_cast<LevelSet>(1U << level);
     if (on)
         on_.fetch_or(bit, std::memory_order_relaxed);
     else

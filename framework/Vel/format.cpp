@@ -23,7 +23,7 @@ namespace {
     if (length >= 0 && static_cast<std::size_t>(length) < sizeof(first)) {
         text = String8(std::string_view(first, static_cast<std::size_t>(length)));
     } else if (length >= 0) {
-        const std::size_t size = static_cast<std::size_t>(length);
+        const auto size = static_cast<std::size_t>(length);
         char* place = nullptr;
         text = String8::uninitialised(size, &place);
         if (std::vsnprintf(place, size + 1, pattern, again) != length) error = errno;

@@ -40,7 +40,8 @@ char readEscape(Cursor& it, const Cursor& end) {
     const Cursor backslash = it;
     const char letter = static_cast<char>(*++it);
     ++it;
-    if (const std::size_t known = letters.find(letter); known != letters.npos) return bytes[known];
+    if (const std::size_t known = letters.find(letter); known != std::string_view::npos)
+        return bytes[known];
     if (letter == 'x') {
         if (end - it < 2) badEscape(backslash);
         const unsigned high = Text::hexDigitValue(it.charPtr()[0]);
@@ -51,7 +52,7 @@ char readEscape(Cursor& it, const Cursor& end) {
     }
     const auto isOctal = [](char c) { return c >= '0' && c <= '7'; };
     if (!isOctal(letter)) badEscape(backslash);
-    unsigned byte = static_cast<unsigned>(letter - '0');
+    auto byte = static_cast<unsigned>(letter - '0');
     for (int more = 2; more > 0 && it != end && isOctal(it.charPtr()[0]); --more, ++it)
         byte = byte << 3 | static_cast<unsigned>(it.charPtr()[0] - '0');
     if (byte > 255) badEscape(backslash);

@@ -65,7 +65,7 @@ void rethrowFromDeserializeAttr(const RangeException& failure, const String8& at
     const bool nested = failure.text().view().starts_with("in attribute '");
     RangeException marked = failure;
     marked.textIs("in attribute '" + attributeName + (nested ? "', " : "': ") + failure.text());
-    throw marked;
+    throw RangeException(marked);
 }
 
 } // namespace Vel

@@ -49,7 +49,7 @@ Death deathOf(Body body) {
     }
     ::close(ends[1]);
     char buffer[4096];
-    for (ssize_t count; (count = ::read(ends[0], buffer, sizeof(buffer))) != 0;)
+    for (ssize_t count = 0; (count = ::read(ends[0], buffer, sizeof(buffer))) != 0;)
         if (count > 0) death.said.append(buffer, static_cast<std::size_t>(count));
     ::close(ends[0]);
     death.status = statusOf(child);

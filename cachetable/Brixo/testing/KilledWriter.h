@@ -168,7 +168,7 @@ inline TableModel recover(const RegionFolder& regions, const Shape& shape, const
             EXPECT_EQ(expected.slots[expected.used[k]].data, restarted.slots[slot].data) << k;
         }
     } else {
-        EXPECT_EQ(completed, 0u) << "a completed opening leaves a formatted region";
+        EXPECT_EQ(completed, 0U) << "a completed opening leaves a formatted region";
         EXPECT_EQ(before, nullptr) << "a formatted region stays formatted";
     }
     const Death recovery = deathOf([&] {

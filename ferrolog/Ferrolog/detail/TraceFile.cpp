@@ -212,7 +212,7 @@ TraceFile::Outcome TraceFile::moveAside(char const* path, int& error) {
     for (char digit = '1'; digit <= '9'; ++digit) {
         std::string const target = std::string(path) + '.' + digit;
         if (::renameat2(AT_FDCWD, path, AT_FDCWD, target.c_str(), RENAME_NOREPLACE) == 0) {
-            complain("\"%s\" is now \"%s\"", path, target.c_str());
+            complain(R"("%s" is now "%s")", path, target.c_str());
             return Outcome::again;
         }
         error = errno;
@@ -220,12 +220,12 @@ TraceFile::Outcome TraceFile::moveAside(char const* path, int& error) {
             return Outcome::again;
         }
         if (error != EEXIST) {
-            complain("cannot rename \"%s\" to \"%s\": %s; tracing stays off", path, target.c_str(),
+            complain(R"(cannot rename "%s" to "%s": %s; tracing stays off)", path, target.c_str(),
                      std::strerror(error));
             return Outcome::failed;
         }
     }
-    complain("cannot move \"%s\" aside: \"%s.1\" to \"%s.9\" exist; tracing stays off", path, path,
+    complain(R"(cannot move "%s" aside: "%s.1" to "%s.9" exist; tracing stays off)", path, path,
              path);
     return Outcome::failed;
 }

@@ -24,8 +24,8 @@ thread_local constinit ObjectHeap* ObjectHeap::current_ = nullptr;
 // What all heaps share. Asked when a thread makes its first object, when it ends, and when a heap needs memory.
 class ObjectHeap::Registry {
 public:
-    static Registry& only() noexcept {
-        static Registry* const registry = new Registry; // for exit-time destructors of others, too
+    static Registry& only() {
+        static auto* const registry = new Registry; // for exit-time destructors of others, too
         return *registry;
     }
 

@@ -45,7 +45,7 @@ std::string lineStart(const TraceHandle& handle, unsigned level) {
 
 void addPrintable(std::string& line, std::string_view text) {
     for (const char c : text) {
-        const unsigned char byte = static_cast<unsigned char>(c);
+        const auto byte = static_cast<unsigned char>(c);
         if (byte >= 0x20 && byte != 0x7f) {
             line += c;
         } else {
@@ -77,7 +77,7 @@ TraceSwitchboard& TraceSwitchboard::global() {
     return board;
 }
 
-TraceSwitchboard::TraceSwitchboard() : fd_(STDERR_FILENO) {
+TraceSwitchboard::TraceSwitchboard() {
     if (const char* path = std::getenv("VEL_TRACE_FILE"); path != nullptr && *path != '\0')
         openFile(path);
     if (const char* settings = std::getenv("VEL_TRACE"); settings != nullptr)

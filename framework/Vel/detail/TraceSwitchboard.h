@@ -48,7 +48,7 @@ private:
     std::vector<Rule> rules_; // in the order in which they were given
     std::shared_mutex sinkMutex_;
     TraceSink* sink_ = nullptr;
-    int fd_;
+    int fd_ = 2; // standard error
 };
 
 } // namespace Vel
