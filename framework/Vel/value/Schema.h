@@ -169,6 +169,13 @@ public:
             name, form, hash, constructor, attributes};
     }
 
+    // The same for a type that has them all without being registered as a refinement: its descriptor has no base.
+    template <class Extended>
+    constexpr auto extendedAs(std::string_view name) const {
+        return Schema<Extended, void, sizeof...(Attributes), constructorArguments, Attributes...>{
+            name, form, hash, constructor, attributes};
+    }
+
 private:
     template <AttributeKind kind, class Access, class... Names>
     constexpr auto with(AttributeId id, std::string_view name, Access access, U8 introspection,
