@@ -5,7 +5,8 @@
 //     Vel::Ptr<VelMask> newMask(U16 i, U8 v) { return mask_.create(i, v); }
 //     void maskIs(U16 i, U8 v) { mask_.set(i, v); }
 //
-// Entry:    a MapMember, or another MapLink with Key, Value, fwkKey(), value() and valueIs().
+// Entry:    a MapMember, or another MapLink with Key, Value, fwkKey(), value() and valueIs(); or an object that is its own
+//           member: a MapLink with Key, Value and fwkKey(), its Value a Ptr to itself.
 // Order:    the map's: for (const auto& [key, value] : collection).
 // Identity: overwriting keeps the member; only create() makes one.
 // Compare:  equal when the counts are equal and each member is in the other with an equal value; < goes by pairs of key and
@@ -33,8 +34,8 @@ public:
 
     // The value under the key, or a default one.
     Value value(const Key& key) const {
-        const Entry* entry = map_.find(key);
-        return entry != nullptr ? entry->value() : Value();
+        Entry* entry = map_.find(key);
+        return entry != nullptr ? valueOf(entry) : Value();
     }
 
     // The member with the key, or null; borrowed.
@@ -102,8 +103,8 @@ public:
     friend bool operator==(const KeyedCollection& a, const KeyedCollection& b) {
         if (a.count() != b.count()) return false;
         for (const auto& [key, value] : a) {
-            const Entry* other = b.find(key);
-            if (other == nullptr || !(other->value() == value)) return false;
+            Entry* const other = b.find(key);
+            if (other == nullptr || !(valueOf(other) == value)) return false;
         }
         return true;
     }
@@ -121,6 +122,13 @@ public:
     }
 
 private:
+    static decltype(auto) valueOf(Entry* entry) {
+        if constexpr (requires { entry->value(); })
+            return entry->value();
+        else
+            return Value(entry);
+    }
+
     Map map_;
 };
 
@@ -128,15 +136,15 @@ private:
 template <class EntryType>
 class KeyedCollection<EntryType>::Iterator {
 public:
-    using value_type = std::pair<const Key&, const Value&>;
+    using value_type = std::pair<const Key&, decltype(valueOf(std::declval<Entry*>()))>;
     using difference_type = std::ptrdiff_t;
 
     Iterator() noexcept = default;
 
     explicit Iterator(typename Map::IteratorConst position) noexcept : position_(position) {}
 
-    std::pair<const Key&, const Value&> operator*() const noexcept {
-        return {position_->fwkKey(), position_->value()};
+    value_type operator*() const noexcept {
+        return {position_->fwkKey(), valueOf(position_.entry())};
     }
 
     Entry* entry() const noexcept { return position_.entry(); }

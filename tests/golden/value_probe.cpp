@@ -104,6 +104,7 @@ constexpr Type types[] = {
     {"Brixo::TargetId", answer<Brixo::TargetId>},
     {"Orn::BitId", answer<Orn::BitId>},
     {"Orn::U64Bitmask", answer<Orn::U64Bitmask>},
+    {"Brixo::TargetMask", answer<Brixo::TargetMask>},
     {"Brixo::ResourceType", answer<Brixo::ResourceType>},
     {"Brixo::UserMode", answer<Brixo::UserMode>},
     {"Brixo::Command", answer<Brixo::Command>},

@@ -32,6 +32,7 @@ SCALARS = {
     "Brixo::TargetId": (8, "value"),
     "Orn::BitId": (8, "value"),
     "Orn::U64Bitmask": (64, "value"),
+    "Brixo::TargetMask": (64, "value"),
 }
 RESOURCE = [("type", "Brixo::ResourceType"), ("id", "U64")]
 STRUCTS = {

@@ -1,0 +1,80 @@
+// DalProcessingStatusCol.h - the processing status of each DAL, by its id.
+//
+// Owns:     one reference to each status, which is its own member here: it is in no other collection.
+// Notifies: onProcessingStatus(id) when a status has come or gone, behind the change.
+// Threads:  one at a time; docs/notification.md.
+#pragma once
+
+#include <Brixo/DalId.h>
+#include <Brixo/DalProcessingStatus.h>
+#include <Brixo/Export.h>
+#include <Vel/Integers.h>
+#include <Vel/KeyedCollection.h>
+#include <Vel/Notifiee.h>
+#include <Vel/Notifier.h>
+#include <Vel/Ptr.h>
+#include <Vel/value/Schema.h>
+
+namespace Brixo {
+
+class BRIXO_API DalProcessingStatusCol : public Vel::Notifier<DalProcessingStatusCol> {
+public:
+    // Who wants to know which statuses there are. Each does nothing unless overridden.
+    class BRIXO_API NotifieeConst : public Vel::Notifiee<DalProcessingStatusCol> {
+    public:
+        NotifieeConst();
+        ~NotifieeConst() override;
+
+        // A status with this id was added or removed.
+        virtual void onProcessingStatus(DalId dalId);
+        // For those who forward notifications without an id, or without delay. The collection calls neither.
+        virtual void onProcessingStatus();
+        virtual void onProcessingStatusvelImmediate();
+    };
+
+    using ProcessingStatus = Vel::KeyedCollection<DalProcessingStatus>;
+
+    DalProcessingStatusCol();
+    DalProcessingStatusCol(const DalProcessingStatusCol&) = delete;
+    DalProcessingStatusCol& operator=(const DalProcessingStatusCol&) = delete;
+    ~DalProcessingStatusCol() override;
+
+    // for (const auto& [dalId, status] : col.processingStatus())
+    const ProcessingStatus& processingStatus() const noexcept { return processingStatus_; }
+
+    // Null when there is none.
+    Vel::Ptr<DalProcessingStatus> processingStatus(DalId dalId) const {
+        return processingStatus_.value(dalId);
+    }
+
+    Vel::U32 processingStatuss() const noexcept { return processingStatus_.count(); }
+
+    // Makes and adds a status for an id that has none; tells nobody. A refinement may make one of its own class.
+    virtual Vel::Ptr<DalProcessingStatus> newProcessingStatus(DalId dalId);
+    // The status of that id, which is made if there is none; then the notifiees are told. Throws Vel::RangeException
+    // "null ValidPtr" if newProcessingStatus() has made nothing.
+    Vel::Ptr<DalProcessingStatus> processingStatusIs(DalId dalId);
+    // Removes a status and tells the notifiees. Returns it; null, and nobody is told, when there is none.
+    Vel::Ptr<DalProcessingStatus> processingStatusDel(DalId dalId);
+    // The same of the status on which the iterator stands; the iterator goes on to the next one before anybody is told.
+    Vel::Ptr<DalProcessingStatus> processingStatusDel(ProcessingStatus::Iterator& position);
+    // Removes every status that is there now, one after another in the map's order; the notifiees are told of each.
+    void processingStatusDelAll();
+    // Tells the notifiees that something has happened to the status of that id.
+    void processingStatusNotify(DalId dalId);
+
+    static constexpr Vel::AttributeId processingStatusId = 130;
+
+    static constexpr auto schema();
+
+private:
+    ProcessingStatus processingStatus_;
+};
+
+constexpr auto DalProcessingStatusCol::schema() {
+    return Vel::entitySchema<DalProcessingStatusCol>("Brixo::DalProcessingStatusCol")
+        .collection(processingStatusId, "processingStatus",
+                    &DalProcessingStatusCol::processingStatus_);
+}
+
+} // namespace Brixo

@@ -1,0 +1,95 @@
+// LogicalRemoteResourceIdCol.h - the tables and registers that a remote requester touches, each with its data mask.
+//
+// Owns:    a node for each. Overwriting keeps the node.
+// Threads: one at a time; nobody is notified.
+#pragma once
+
+#include <Brixo/Export.h>
+#include <Brixo/LogicalRegisterId.h>
+#include <Brixo/LogicalRemoteResourceId.h>
+#include <Brixo/LogicalResourceId.h>
+#include <Brixo/LogicalTableId.h>
+#include <Brixo/RequesterDataMask.h>
+#include <Vel/Integers.h>
+#include <Vel/KeyedCollection.h>
+#include <Vel/MapMember.h>
+#include <Vel/Ptr.h>
+#include <Vel/PtrInterface.h>
+#include <Vel/value/Schema.h>
+
+namespace Brixo {
+
+class BRIXO_API LogicalRemoteResourceIdCol : public Vel::PtrInterface {
+public:
+    class BRIXO_API VelResourceId final
+        : public Vel::MapMember<LogicalResourceId, LogicalRemoteResourceId> {
+    public:
+        explicit VelResourceId(const LogicalRemoteResourceId& value)
+            : MapMember(keyOf(value), value) {}
+
+        static LogicalResourceId keyOf(const LogicalRemoteResourceId& value) { return value.id(); }
+    };
+
+    using ResourceId = Vel::KeyedCollection<VelResourceId>;
+
+    LogicalRemoteResourceIdCol();
+    ~LogicalRemoteResourceIdCol() override;
+
+    const ResourceId& resourceId() const noexcept { return resourceId_; }
+
+    // The resource with that id and its mask, a default one when there is none.
+    LogicalRemoteResourceId resourceId(const LogicalResourceId& id) const {
+        return resourceId_.value(id);
+    }
+
+    Vel::U32 resourceIds() const noexcept { return resourceId_.count(); }
+
+    // For an id that is not there yet.
+    Vel::Ptr<VelResourceId> newResourceId(const LogicalRemoteResourceId& value) {
+        return resourceId_.create(value);
+    }
+
+    // Replaces the mask of the resource with the same id, or adds it.
+    void resourceIdIs(const LogicalRemoteResourceId& value) { resourceId_.set(value); }
+
+    void resourceIdDel(const LogicalResourceId& id) { resourceId_.del(id); }
+
+    void resourceIdDel(ResourceId::Iterator& position) { resourceId_.del(position); }
+
+    void resourceIdDelAll() noexcept { resourceId_.delAll(); }
+
+    void resourceIdNotify(const LogicalResourceId&) noexcept {}
+
+    // Each as resourceIdIs() does; without a mask, with a default one.
+    void tableIdIs(LogicalTableId tid) { tableIdWithMaskIs(tid, RequesterDataMask()); }
+
+    void tableIdWithMaskIs(LogicalTableId tid, const RequesterDataMask& mask) {
+        resourceIdIs(LogicalRemoteResourceId(tid, mask));
+    }
+
+    void registerIdIs(LogicalRegisterId rid) { registerIdWithMaskIs(rid, RequesterDataMask()); }
+
+    void registerIdWithMaskIs(LogicalRegisterId rid, const RequesterDataMask& mask) {
+        resourceIdIs(LogicalRemoteResourceId(rid, mask));
+    }
+
+    static constexpr auto schema();
+
+private:
+    ResourceId resourceId_;
+};
+
+// A new, empty collection, with one reference.
+BRIXO_API Vel::Ptr<LogicalRemoteResourceIdCol> logicalRemoteResourceIdColFactory();
+
+constexpr auto LogicalRemoteResourceIdCol::schema() {
+    using Self = LogicalRemoteResourceIdCol;
+    return Vel::entitySchema<Self>("Brixo::LogicalRemoteResourceIdCol")
+        .function(130, "tableIdIs", &Self::tableIdIs, "tid")
+        .function(131, "tableIdWithMaskIs", &Self::tableIdWithMaskIs, "tid", "mask")
+        .function(132, "registerIdIs", &Self::registerIdIs, "rid")
+        .function(133, "registerIdWithMaskIs", &Self::registerIdWithMaskIs, "rid", "mask")
+        .collection(134, "resourceId", &Self::resourceId_);
+}
+
+} // namespace Brixo

@@ -1,0 +1,9 @@
+#include <Brixo/PhysicalResourceIdCol.h>
+
+namespace Brixo {
+
+PhysicalResourceIdCol::PhysicalResourceIdCol() = default;
+
+PhysicalResourceIdCol::~PhysicalResourceIdCol() = default;
+
+} // namespace Brixo
