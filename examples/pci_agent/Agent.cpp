@@ -5,6 +5,7 @@
 #include <Vel/format.h>
 #include <algorithm>
 #include <cstring>
+#include <system_error>
 
 namespace PciAgent {
 
@@ -28,11 +29,16 @@ bool MirroredDevice::mirrored(unsigned registerIndex, U32& value) const {
 
 Agent::Agent(Brixo::AgentId id, WriteJournal& journal) : id_(id), journal_(&journal) {
     for (auto& device : findDevices()) {
-        if (devices_.size() == WriteJournal::maxTables) break;
+        if (devices_.size() ==
+            std::min<std::size_t>(WriteJournal::maxTables, Brixo::DalId::invalidId()))
+            break;
         if (device->registerCount() > WriteJournal::maxRegisters) continue;
         Vel::Ptr<Brixo::CacheTable> table = openTable(id, *device);
         const unsigned recovered = table->keyToIndexs();
-        devices_.push_back({std::move(device), std::move(table), recovered});
+        const Brixo::DalId dalId(static_cast<Vel::U8>(devices_.size()));
+        const auto status = dals_->processingStatusIs(dalId);
+        status->trackErrorsIs(true);
+        devices_.push_back({std::move(device), std::move(table), status, recovered});
     }
 }
 
@@ -45,8 +51,24 @@ std::string Agent::regionName(const MirroredDevice& mirrored) const {
 
 void Agent::refresh(unsigned writes) {
     for (unsigned table = 0; table < devices_.size(); ++table) {
-        devices_[table].device->read(registers_);
-        for (unsigned n = 0; n < writes; ++n) mirror(table);
+        if (!read(devices_[table])) continue;
+        Brixo::DalProcessingStatus& status = *devices_[table].status;
+        status.lastEnqueuedCmdIndexIs(status.lastEnqueuedCmdIndex() + writes);
+        for (unsigned n = 0; n < writes; ++n) {
+            mirror(table);
+            status.lastProcessedCmdIndexIs(status.lastProcessedCmdIndex() + 1);
+        }
+    }
+}
+
+bool Agent::read(const MirroredDevice& mirrored) {
+    try {
+        mirrored.device->read(registers_);
+        return true;
+    } catch (const std::system_error& failure) {
+        if (mirrored.status->trackErrors())
+            mirrored.status->errorBucketInc(failure.code().value(), 1);
+        return false;
     }
 }
 

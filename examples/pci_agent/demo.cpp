@@ -103,8 +103,8 @@ private:
                 (life == 1 ? ": the agent starts on empty regions"
                            : ": the agent starts again and recovers its tables"));
         const Vel::U32 writesBefore = journal_.completedWrites();
-        Child agent(agent_,
-                    {"--journal", (folder_ / "journal").string(), "--report", "--writes", "400"});
+        Child agent(agent_, {"--journal", (folder_ / "journal").string(), "--report", "--watch",
+                             "2000", "--writes", "400"});
         while (journal_.completedWrites() - writesBefore < writesBeforeKill) {
             if (agent.hasEnded()) {
                 std::printf("  the agent ended by itself\n");
@@ -123,8 +123,8 @@ private:
     // The agent once more: it reports, refreshes everything once and ends in peace.
     bool lastLife() {
         heading("Life " + std::to_string(kills + 1) + ": recovered, compared, refreshed once more");
-        Child agent(agent_,
-                    {"--journal", (folder_ / "journal").string(), "--report", "--passes", "1"});
+        Child agent(agent_, {"--journal", (folder_ / "journal").string(), "--report", "--watch",
+                             "2000", "--passes", "1"});
         return agent.wait() == 0;
     }
 

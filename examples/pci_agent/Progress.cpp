@@ -1,0 +1,83 @@
+#include "Progress.h"
+
+#include <cstdio>
+
+namespace PciAgent {
+
+using Brixo::DalId;
+using Brixo::DalProcessingStatus;
+using Brixo::DalProcessingStatusCol;
+using Vel::Ptr;
+using Vel::U64;
+
+namespace {
+
+U64 errorsOf(const DalProcessingStatus& status) {
+    U64 errors = 0;
+    for (const auto& [bucket, count] : status.errorBucket()) errors += count;
+    return errors;
+}
+
+} // namespace
+
+class Progress::DalWatcher final : public DalProcessingStatus::NotifieeConst {
+public:
+    explicit DalWatcher(Progress& progress) : progress_(progress) {}
+
+    void onLastProcessedCmdIndex() override { progress_.advanced(); }
+
+private:
+    Progress& progress_;
+};
+
+class Progress::ColWatcher final : public DalProcessingStatusCol::NotifieeConst {
+public:
+    explicit ColWatcher(Progress& progress) : progress_(progress) {}
+
+    using NotifieeConst::onProcessingStatus;
+
+    void onProcessingStatus(DalId dalId) override { progress_.watch(dalId); }
+
+private:
+    Progress& progress_;
+};
+
+Progress::Progress(const Ptr<DalProcessingStatusCol>& dals, U64 commands)
+    : dals_(dals), commands_(commands), colWatcher_(new ColWatcher(*this)) {
+    colWatcher_->notifierIs(dals_);
+    colWatcher_->isRegisteredNotifieeIs(true);
+    for (const auto& [dalId, status] : dals_->processingStatus()) watch(dalId);
+}
+
+Progress::~Progress() {
+    colWatcher_->notifierIs(nullptr);
+    for (const Ptr<DalWatcher>& watcher : dalWatchers_) watcher->notifierIs(nullptr);
+}
+
+void Progress::watch(DalId dalId) {
+    const Ptr<DalProcessingStatus> status = dals_->processingStatus(dalId);
+    if (!status) return; // it has gone
+    dalWatchers_.push_back(new DalWatcher(*this));
+    dalWatchers_.back()->notifierIs(status);
+    dalWatchers_.back()->isRegisteredNotifieeIs(true);
+}
+
+void Progress::advanced() {
+    if (++finished_ % commands_ != 0) return;
+    U64 errors = 0;
+    for (const auto& [dalId, status] : dals_->processingStatus()) errors += errorsOf(*status);
+    std::printf("  watcher: %u DALs have finished %llu commands, %llu errors\n",
+                dals_->processingStatuss(), finished_, errors);
+    std::fflush(stdout);
+}
+
+void Progress::printStatus() const {
+    std::printf("  %-8s %10s %10s %8s\n", "DAL", "enqueued", "processed", "errors");
+    for (unsigned id = 0; id < DalId::invalidId();
+         ++id) // for people, by number: not in the map's order
+        if (const auto status = dals_->processingStatus(DalId(static_cast<Vel::U8>(id))))
+            std::printf("  %-8u %10llu %10llu %8llu\n", id, status->lastEnqueuedCmdIndex(),
+                        status->lastProcessedCmdIndex(), errorsOf(*status));
+}
+
+} // namespace PciAgent
