@@ -115,7 +115,8 @@ template <class T>
 class ListRaw<T>::Pass {
 public:
     explicit Pass(ListRaw& list) noexcept
-        : list_(list), array_(list.array_), outer_(list.pass_), end_(list.size_) {
+        : list_(list), array_(list.array_), outer_(list.pass_), begin_(array_->members.data()),
+          end_(begin_ + array_->members.size()) {
         ++array_->holders;
         list_.pass_ = this;
     }
@@ -128,10 +129,12 @@ public:
         if (--array_->holders == 0) delete array_;
     }
 
-    U32 size() const noexcept { return end_; }
+    U32 size() const noexcept { return static_cast<U32>(end_ - begin_); }
 
-    // Null when the member was destroyed since the pass began.
-    T* operator[](U32 number) const noexcept { return array_->members[number]; }
+    // For range-for: each member, or null where one was destroyed since the pass began.
+    T* const* begin() const noexcept { return begin_; }
+
+    T* const* end() const noexcept { return end_; }
 
 private:
     friend class ListRaw;
@@ -139,7 +142,8 @@ private:
     ListRaw& list_;
     Array* array_;
     Pass* outer_;
-    U32 end_;
+    T* const* begin_; // the array does not move while the pass holds it
+    T* const* end_;
     std::vector<Ptr<T>> kept_; // released last
 };
 

@@ -36,8 +36,8 @@ protected:
 
     static std::string shown(const List::Pass& pass) {
         std::string text;
-        for (U32 number = 0; number < pass.size(); ++number)
-            text += pass[number] != nullptr ? std::to_string(pass[number]->number) : "-";
+        for (const Item* item : pass) text += item != nullptr ? std::to_string(item->number) : "-";
+        EXPECT_EQ(pass.size(), text.size());
         return text;
     }
 

@@ -72,8 +72,7 @@ private:
     template <class Call>
     void pass(AttributeId attribute, Call call) const {
         const typename Notifiees::Pass snapshot(notifiees_);
-        for (U32 number = 0; number < snapshot.size(); ++number) {
-            PtrInterface::NotifieeConst* const notifiee = snapshot[number];
+        for (PtrInterface::NotifieeConst* const notifiee : snapshot) {
             if (notifiee == nullptr) continue;
             try {
                 call(*notifiee);
