@@ -53,6 +53,104 @@ TEST(HashMapGeneric, IsSearchedAndWalkedWithoutKnowingItsTypes) {
     EXPECT_EQ(map.findNextG(nullptr, &bucket), nullptr);
 }
 
+// Keys of few hashes: n, and 2^32 times itself beside it, fold to the same 32 bits in groups.
+class HashMapGenericOfFewHashes : public testing::Test {
+protected:
+    HashMapGenericOfFewHashes() {
+        for (U64 n = 0; n < groups * perGroup; ++n) {
+            U64 key = keyOf(n / perGroup, n % perGroup);
+            map.newMemberG(Ptr<Member>(new Member(key, 1)), &key);
+        }
+    }
+
+    // Folds to the group's number; odd keys only, so that there is something between them.
+    static U64 keyOf(U64 group, U64 n) {
+        const U64 high = 2 * n + 1;
+        return high << 32 | (high ^ group);
+    }
+
+    PtrInterface* start(U64 key, int* bucket) const {
+        return map.startAtHash(&key, keyHash(key), bucket);
+    }
+
+    static constexpr U64 groups = 40;
+    static constexpr U64 perGroup = 25;
+    HashMapGeneric map{4, HashMapVTable<Member, U64>::instance()};
+};
+
+TEST_F(HashMapGenericOfFewHashes, StartAtHashGivesTheMemberWithTheKey) {
+    EXPECT_EQ(map.auditErrors(9), 0u);
+    for (U64 group = 0; group < groups; ++group) {
+        for (U64 n = 0; n < perGroup; ++n) {
+            int bucket = 0;
+            const U64 key = keyOf(group, n);
+            const auto* const member = static_cast<Member*>(start(key, &bucket));
+            ASSERT_NE(member, nullptr);
+            EXPECT_EQ(member->key(), key);
+            EXPECT_EQ(static_cast<U32>(bucket), keyHash(key));
+        }
+    }
+}
+
+TEST_F(HashMapGenericOfFewHashes, StartAtHashGivesTheFirstOfTheHashBehindAnAbsentKey) {
+    int bucket = 0;
+    for (U64 group = 0; group < groups; ++group) {
+        for (U64 n = 0; n + 1 < perGroup; ++n) {
+            const U64 high = 2 * n + 2;
+            const auto* const member =
+                static_cast<Member*>(start(high << 32 | (high ^ group), &bucket));
+            ASSERT_NE(member, nullptr);
+            EXPECT_EQ(member->key(), keyOf(group, n + 1));
+        }
+        const U64 behind = 2 * perGroup + 2;
+        EXPECT_EQ(start(behind << 32 | (behind ^ group), &bucket), nullptr);
+        const auto* const first =
+            static_cast<Member*>(map.startAtHash(nullptr, keyHash(keyOf(group, 0)), &bucket));
+        ASSERT_NE(first, nullptr);
+        EXPECT_EQ(first->key(), keyOf(group, 0)) << "without a key, the first of the hash";
+    }
+    EXPECT_EQ(start(keyOf(groups, 0), &bucket), nullptr) << "a hash that no member has";
+}
+
+TEST_F(HashMapGenericOfFewHashes, FindNextBucketGoesFromHashToHash) {
+    std::set<U32> hashes;
+    for (U64 group = 0; group < groups; ++group) hashes.insert(keyHash(keyOf(group, 0)));
+    ASSERT_EQ(hashes.size(), groups);
+    int bucket = 0;
+    EXPECT_NE(map.findNextG(nullptr, &bucket), nullptr);
+    for (auto expected = hashes.begin(); ++expected != hashes.end();) {
+        const auto* const member = static_cast<Member*>(map.findNextBucket(&bucket));
+        ASSERT_NE(member, nullptr);
+        EXPECT_EQ(static_cast<U32>(bucket), *expected);
+        EXPECT_EQ(keyHash(member->key()), *expected);
+    }
+    EXPECT_EQ(map.findNextBucket(&bucket), nullptr);
+    EXPECT_EQ(static_cast<U32>(bucket), *hashes.rbegin()) << "it stays where it was";
+}
+
+TEST_F(HashMapGenericOfFewHashes, AMemberOfEqualKeyGivesWay) {
+    int bucket = 0;
+    for (U64 n = 0; n < perGroup; ++n) {
+        U64 key = keyOf(3, n);
+        const Ptr<PtrInterface> old = start(key, &bucket);
+        const Ptr<Member> member = new Member(key, 2);
+        map.newMemberG(member, &key);
+        EXPECT_EQ(start(key, &bucket), member.ptr());
+        EXPECT_EQ(old->references(), 1u);
+        map.deleteMember(old);
+    }
+    EXPECT_EQ(map.size(), groups * perGroup);
+    EXPECT_EQ(map.auditErrors(9), 0u);
+}
+
+TEST(HashMapGenericDeathTest, AMembersKeyIsItsKey) {
+    HashMapGeneric map(4, HashMapVTable<Member, U64>::instance());
+    U64 other = 8;
+    EXPECT_DEATH(map.newMemberG(Ptr<Member>(new Member(7, 0)), &other),
+                 "HashMapGeneric\\.cpp:[0-9]+: assertion failed: vtable_->keyEquals\\(key, "
+                 "member\\.ptr\\(\\)\\) ");
+}
+
 TEST(HashMapGeneric, OwnsOneReferenceToEachMember) {
     const Ptr<Member> member = new Member(7, 0);
     {

@@ -13,5 +13,11 @@ TEST(Command, ConvertsFromAndToItsNames) {
                                  CommandInstance, CommandInstance);
 }
 
+TEST(Command, HasOneDescriptorWithoutABase) {
+    EXPECT_STREQ(_fwkType_Command()->name(), "Brixo::Command");
+    EXPECT_EQ(_fwkType_Command(), _fwkType_Command());
+    EXPECT_EQ(_fwkType_Command()->base(), nullptr);
+}
+
 } // namespace
 } // namespace Brixo

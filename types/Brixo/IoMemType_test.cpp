@@ -11,5 +11,11 @@ TEST(IoMemType, ConvertsFromAndToItsNames) {
                                    IoMemTypeInstance);
 }
 
+TEST(IoMemType, HasOneDescriptorWithoutABase) {
+    EXPECT_STREQ(_fwkType_IoMemType()->name(), "Brixo::IoMemType");
+    EXPECT_EQ(_fwkType_IoMemType(), _fwkType_IoMemType());
+    EXPECT_EQ(_fwkType_IoMemType()->base(), nullptr);
+}
+
 } // namespace
 } // namespace Brixo

@@ -12,5 +12,11 @@ TEST(ResourceType, ConvertsFromAndToItsNames) {
                                       ResourceTypeInstance, ResourceTypeInstance);
 }
 
+TEST(ResourceType, HasOneDescriptorWithoutABase) {
+    EXPECT_STREQ(_fwkType_ResourceType()->name(), "Brixo::ResourceType");
+    EXPECT_EQ(_fwkType_ResourceType(), _fwkType_ResourceType());
+    EXPECT_EQ(_fwkType_ResourceType()->base(), nullptr);
+}
+
 } // namespace
 } // namespace Brixo

@@ -11,5 +11,11 @@ TEST(UserMode, ConvertsFromAndToItsNames) {
                                   UserModeInstance);
 }
 
+TEST(UserMode, HasOneDescriptorWithoutABase) {
+    EXPECT_STREQ(_fwkType_UserMode()->name(), "Brixo::UserMode");
+    EXPECT_EQ(_fwkType_UserMode(), _fwkType_UserMode());
+    EXPECT_EQ(_fwkType_UserMode()->base(), nullptr);
+}
+
 } // namespace
 } // namespace Brixo
