@@ -1,0 +1,80 @@
+// A trace file goes from one word size to the other: written there and read here, and gone on with by both in turn.
+#include <Ferrolog/Reader.h>
+#include <Ferrolog/testing/TestFile.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <sstream>
+#include <string>
+#include <vector>
+
+namespace Ferrolog::testing {
+namespace {
+
+// What a program prints on standard output, line by line.
+std::vector<std::string> linesOf(std::string const& command) {
+    std::string output;
+    FILE* const pipe = ::popen(command.c_str(), "r");
+    for (int c = 0; (c = std::fgetc(pipe)) != EOF;) {
+        output += static_cast<char>(c);
+    }
+    EXPECT_EQ(::pclose(pipe), 0) << command;
+    std::vector<std::string> lines;
+    std::istringstream stream(output);
+    for (std::string line; std::getline(stream, line);) {
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+class WordSizes : public ::testing::Test {
+protected:
+    static std::string program(char const* build, char const* name) {
+        char const* const folder = std::getenv(build);
+        EXPECT_NE(folder, nullptr) << build;
+        return std::string(folder != nullptr ? folder : "") + "/ferrolog/" + name;
+    }
+
+    // The sample's messages, by its own account.
+    std::vector<std::string> sample(char const* build) const {
+        return linesOf(program(build, "ferrolog-sample") + " " + file.path);
+    }
+
+    TestFile file;
+};
+
+TEST_F(WordSizes, TheOtherOnesMessagesAreReadHere) {
+    std::vector<std::string> const written = sample("BRIXO_OTHER_BUILD");
+    EXPECT_EQ(written.size(), 23U);
+    Reader const reader(file.path);
+    EXPECT_EQ(reader.error(), "");
+    EXPECT_TRUE(reader.notes().empty());
+    EXPECT_EQ(texts(reader), written);
+}
+
+TEST_F(WordSizes, BothGoOnWithOneFile) {
+    std::vector<std::string> written;
+    for (char const* const build :
+         {"BRIXO_THIS_BUILD", "BRIXO_OTHER_BUILD", "BRIXO_THIS_BUILD", "BRIXO_OTHER_BUILD"}) {
+        for (std::string const& text : sample(build)) {
+            written.push_back(text);
+        }
+    }
+    Reader const reader(file.path);
+    EXPECT_EQ(reader.error(), "");
+    EXPECT_EQ(reader.lives().size(), 4U);
+    EXPECT_EQ(texts(reader), written);
+}
+
+TEST_F(WordSizes, BothReadersPrintTheSame) {
+    sample("BRIXO_THIS_BUILD");
+    sample("BRIXO_OTHER_BUILD");
+    std::vector<std::string> const here =
+        linesOf(program("BRIXO_THIS_BUILD", "ferrolog-cat") + " " + file.path);
+    EXPECT_GT(here.size(), 46U);
+    EXPECT_EQ(linesOf(program("BRIXO_OTHER_BUILD", "ferrolog-cat") + " " + file.path), here);
+}
+
+} // namespace
+} // namespace Ferrolog::testing
