@@ -1,0 +1,71 @@
+#!/usr/bin/env python3
+"""A short run of one fuzzer from the golden files, the same every time.
+
+    smoke.py EXE GOLDEN [RUNS]     EXE is one of the fuzzers, GOLDEN the folder of the golden files
+    smoke.py --seeds KIND GOLDEN DIR     only write the seeds into DIR, for a long run
+"""
+import json
+import pathlib
+import subprocess
+import sys
+import tempfile
+
+SEED = 20260101
+
+
+def value_seeds(golden, of_type):
+    """One seed for each vector: the number of the type, then what `of_type` takes from its vectors."""
+    vectors = json.loads((golden / "values.json").read_text())
+    for number, kinds in enumerate(vectors.values()):
+        for seed in of_type(kinds):
+            yield bytes([number]) + seed
+
+
+def texts(kinds):
+    for kind in ("printed", "read", "refused"):
+        for vector in kinds[kind]:
+            yield vector[0].encode("latin-1")
+
+
+def logs(kinds):
+    records = [bytes.fromhex(vector[1]) for vector in kinds["printed"]]
+    yield from records
+    yield b"".join(records)
+
+
+def files(golden, pattern):
+    for path in sorted(golden.glob(pattern)):
+        yield path.read_bytes()
+
+
+SEEDS = {
+    "text": lambda golden: value_seeds(golden, texts),
+    "attribute_log": lambda golden: value_seeds(golden, logs),
+    "trace_file": lambda golden: files(golden, "*.trace"),
+    "region_directory": lambda golden: files(golden, "*.regions"),
+}
+
+
+def write_seeds(kind, golden, folder):
+    folder.mkdir(parents=True, exist_ok=True)
+    for number, seed in enumerate(SEEDS[kind](golden)):
+        (folder / f"{number:05}").write_bytes(seed)
+
+
+def main(arguments):
+    if arguments and arguments[0] == "--seeds":
+        write_seeds(arguments[1], pathlib.Path(arguments[2]), pathlib.Path(arguments[3]))
+        return 0
+    exe, golden = pathlib.Path(arguments[0]), pathlib.Path(arguments[1])
+    kind = exe.name.removeprefix("fuzz-").replace("-", "_")
+    runs = arguments[2] if len(arguments) > 2 else "20000"
+    with tempfile.TemporaryDirectory() as scratch:
+        corpus = pathlib.Path(scratch) / "corpus"
+        write_seeds(kind, golden, corpus)
+        print(f"{exe.name}: seed {SEED}, {runs} runs, {sum(1 for _ in corpus.iterdir())} seeds", flush=True)
+        return subprocess.run([exe, f"-seed={SEED}", f"-runs={runs}", "-print_final_stats=1", "-verbosity=0", "-print_funcs=0",
+                               f"-artifact_prefix={pathlib.Path.cwd()}/", corpus], check=False).returncode
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv[1:]))
