@@ -56,7 +56,7 @@ def main(arguments):
     if arguments and arguments[0] == "--seeds":
         write_seeds(arguments[1], pathlib.Path(arguments[2]), pathlib.Path(arguments[3]))
         return 0
-    exe, golden = pathlib.Path(arguments[0]), pathlib.Path(arguments[1])
+    exe, golden = pathlib.Path(arguments[0]).resolve(), pathlib.Path(arguments[1])
     kind = exe.name.removeprefix("fuzz-").replace("-", "_")
     runs = arguments[2] if len(arguments) > 2 else "20000"
     with tempfile.TemporaryDirectory() as scratch:
