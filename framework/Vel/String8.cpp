@@ -30,6 +30,13 @@ typename StringN<Char>::Data* StringN<Char>::filled(std::string_view text, std::
 }
 
 template <class Char>
+StringN<Char> StringN<Char>::eternal(std::string_view text) {
+    StringN string(text);
+    if (!text.empty()) string.data_->becomeEternal();
+    return string;
+}
+
+template <class Char>
 void StringN<Char>::reserve(std::size_t capacity) {
     if (capacity < length()) capacity = length();
     const bool shared = data_->references() != 1;

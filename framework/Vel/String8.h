@@ -74,6 +74,10 @@ public:
         return text;
     }
 
+    // A string whose data lives as long as the process and is never counted, so that copies cost nothing and threads may
+    // share them in either counting mode: for names that were known when the program was written.
+    static StringN eternal(std::string_view text);
+
     // Makes the string `length` characters of `text`, which may be its own, with room for `capacity`
     // before the next growth. `length` <= `capacity`; `text` may be null if `length` is 0.
     void init(const char* text, std::size_t length, std::size_t capacity) {
@@ -176,7 +180,7 @@ public:
     static Data* make(std::size_t capacity);
 
     void referencesInc() noexcept {
-        if (this == &nullStringData_) return;
+        if (isEternal()) return;
         if (VFPtrInterface::enableThreadSafePointers) [[unlikely]]
             count().fetch_add(1);
         else
@@ -185,11 +189,16 @@ public:
 
     // Frees the data with plain delete when the count reaches 0.
     void referencesDec() noexcept {
-        if (this == &nullStringData_) return;
+        if (isEternal()) return;
         const U32 left =
             VFPtrInterface::enableThreadSafePointers ? count().fetch_sub(1) - 1 : --references_;
         if ((left & referencesMask) == 0) ::operator delete(this);
     }
+
+    // Nobody counts or frees the data, and nobody writes it: it has no room.
+    bool isEternal() const noexcept { return capacity_ == 0; }
+
+    void becomeEternal() noexcept { references_ = capacity_ = 0; }
 
     // An answer of 1 comes after everything that former sharers in other threads read from the data:
     // the only owner left may write it.

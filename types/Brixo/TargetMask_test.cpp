@@ -19,7 +19,12 @@ constexpr TargetId nullTarget(TargetId::null());
 constexpr TargetId anyTarget(TargetId::anyTarget());
 constexpr TargetId allTargets(TargetId::allTargets());
 
-const char* const outOfRange = "assertion failed: target\\.value\\(\\) < TargetId::max\\(\\) .*";
+const char* const readOutOfRange =
+    "assertion failed: target\\.value\\(\\) < TargetId::max\\(\\) .*"
+    "\\(in bool Brixo::TargetMask::targetId\\(Brixo::TargetId\\) const\\)";
+const char* const setOutOfRange =
+    "assertion failed: target\\.value\\(\\) < TargetId::max\\(\\) .*"
+    "\\(in void Brixo::TargetMask::targetIdIs\\(Brixo::TargetId, bool\\)\\)";
 const char* const aliasNotAlone = "assertion failed: !target\\.alias\\(\\) \\|\\| \\(val && "
                                   "\\(targets\\(\\) == 0\\)\\) \\|\\| \\(!val && "
                                   "\\(targets\\(\\) == 1\\)\\) \\(in void "
@@ -93,16 +98,10 @@ TEST(TargetMask, AnAliasIsRemovedFromAMaskOfOne) {
 
 TEST(TargetMask, RangesAreAssertedFirst) {
     TargetMask mask(3);
-    const std::string reading =
-        std::string(outOfRange) +
-        "\\(in bool Brixo::TargetMask::targetId\\(Brixo::TargetId\\) const\\)";
-    const std::string setting =
-        std::string(outOfRange) +
-        "\\(in void Brixo::TargetMask::targetIdIs\\(Brixo::TargetId, bool\\)\\)";
     for (const U8 number : {U8{64}, U8{126}, U8{255}}) {
-        EXPECT_DEATH((void)mask.targetId(TargetId(number)), reading);
-        EXPECT_DEATH(mask.targetIdIs(TargetId(number), true), setting);
-        EXPECT_DEATH(mask.targetIdIs(TargetId(number), false), setting);
+        EXPECT_DEATH((void)mask.targetId(TargetId(number)), readOutOfRange);
+        EXPECT_DEATH(mask.targetIdIs(TargetId(number), true), setOutOfRange);
+        EXPECT_DEATH(mask.targetIdIs(TargetId(number), false), setOutOfRange);
     }
     EXPECT_TRUE(mask.targetIdDel(TargetId(64))) << "no range here: 64 is 0";
     EXPECT_EQ(mask.value(), 2u);
@@ -127,8 +126,7 @@ TEST(TargetMask, IsMadeFromADeviceId) {
     EXPECT_EQ(TargetMask::maskFromDevId(DeviceId(63)).value(), 0x8000000000000000u);
     for (const unsigned number : {64U, 255U, 256U, 263U, 0xffffU})
         EXPECT_DEATH((void)TargetMask::maskFromDevId(DeviceId(static_cast<Vel::U16>(number))),
-                     std::string(outOfRange) +
-                         "\\(in void Brixo::TargetMask::targetIdIs\\(Brixo::TargetId, bool\\)\\)")
+                     setOutOfRange)
             << number;
 }
 

@@ -5,12 +5,22 @@
 #include <Vel/sequenceToValue.h>
 #include <Vel/value/EnumFunctions.h>
 #include <Vel/value/WriteStrep.h>
+#include <algorithm>
+#include <array>
 #include <ostream>
 
 namespace Vel::detail {
 
+// A declared enumerator's name is made once and shared from then on.
 template <DeclaredEnum E>
 String8 enumName(E value) {
+    static const auto* const names = [] {
+        auto* made = new std::array<String8, enumSchema<E>.names().size()>;
+        std::ranges::transform(enumSchema<E>.names(), made->begin(), String8::eternal);
+        return made;
+    }();
+    if (const auto number = static_cast<U32>(value); number < names->size())
+        return (*names)[number];
     char buffer[enumSchema<E>.longest()];
     const char* end = writeEnumName(buffer, value);
     return String8(std::string_view(buffer, static_cast<std::size_t>(end - buffer)));
