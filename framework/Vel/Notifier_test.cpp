@@ -2,6 +2,7 @@
 
 #include <Vel/Notifiee.h>
 #include <Vel/TraceCapture.h>
+#include <Vel/testing/LiveObjects.h>
 #include <functional>
 #include <gtest/gtest.h>
 #include <memory>
@@ -64,6 +65,8 @@ private:
 };
 
 class NotifierInBothModes : public testing::TestWithParam<bool> {
+    const Testing::LiveObjects live;
+
 protected:
     void SetUp() override {
         VFPtrInterface::enableThreadSafePointers = GetParam();

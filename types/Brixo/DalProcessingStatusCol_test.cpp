@@ -1,6 +1,7 @@
 #include <Brixo/DalProcessingStatusCol.h>
 
 #include <Vel/RangeException.h>
+#include <Vel/testing/LiveObjects.h>
 #include <functional>
 #include <gtest/gtest.h>
 #include <random>
@@ -38,6 +39,8 @@ public:
 };
 
 class DalProcessingStatusColInBothModes : public testing::TestWithParam<bool> {
+    const Vel::Testing::LiveObjects live;
+
 protected:
     void SetUp() override {
         Vel::VFPtrInterface::enableThreadSafePointers = GetParam();

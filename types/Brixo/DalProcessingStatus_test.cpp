@@ -1,6 +1,7 @@
 #include <Brixo/DalProcessingStatus.h>
 
 #include <Brixo/testing/CollectionConformance.h>
+#include <Vel/testing/LiveObjects.h>
 #include <atomic>
 #include <functional>
 #include <gtest/gtest.h>
@@ -94,6 +95,8 @@ public:
 };
 
 class DalProcessingStatusInBothModes : public testing::TestWithParam<bool> {
+    const Vel::Testing::LiveObjects live;
+
 protected:
     void SetUp() override { Vel::VFPtrInterface::enableThreadSafePointers = GetParam(); }
 

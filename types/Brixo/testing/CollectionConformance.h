@@ -20,6 +20,7 @@
 #include <Vel/Integers.h>
 #include <Vel/Ptr.h>
 #include <Vel/VFPtrInterface.h>
+#include <Vel/testing/LiveObjects.h>
 #include <gtest/gtest.h>
 #include <map>
 #include <random>
@@ -30,6 +31,8 @@ namespace Brixo::Testing {
 
 template <class Attribute>
 class CollectionConformance : public ::testing::Test {
+    const Vel::Testing::LiveObjects live;
+
 protected:
     using Owner = typename Attribute::Owner;
     using Collection = std::remove_cvref_t<decltype(Attribute::all(std::declval<Owner&>()))>;
