@@ -1,4 +1,4 @@
-// notify_bench.cpp - a notification pass beside a bare loop of virtual calls and boost::signals2.
+// notify_bench.cpp - a notification pass beside a bare loop of virtual calls, boost::signals2 and GObject's notify.
 //
 // Pass/WHO/LISTENERS: one pass to 1, 8 and 64 listeners, each of which adds one to a counter of its own.
 #include <Vel/Notifiee.h>
@@ -8,6 +8,9 @@
 #include <vector>
 #if BRIXO_HAVE_BOOST
     #include <boost/signals2/signal.hpp>
+#endif
+#if BRIXO_HAVE_GOBJECT
+    #include <glib-object.h>
 #endif
 
 namespace {
@@ -87,6 +90,43 @@ void signals2(benchmark::State& state) {
 }
 
 BENCHMARK(signals2)->Name("Pass/signals2")->Arg(1)->Arg(8)->Arg(64);
+#endif
+
+#if BRIXO_HAVE_GOBJECT
+// A class with one property, "index", that notifies.
+GParamSpec* indexSpec = nullptr;
+
+void initClass(void* klass, void* /*data*/) {
+    auto* const objectClass = static_cast<GObjectClass*>(klass);
+    objectClass->get_property = [](GObject*, guint, GValue*, GParamSpec*) {};
+    indexSpec = g_param_spec_uint64("index", nullptr, nullptr, 0, ~guint64{0}, 0, G_PARAM_READABLE);
+    g_object_class_install_property(objectClass, 1, indexSpec);
+}
+
+GType tickerType() {
+    static const GType type =
+        g_type_register_static_simple(G_TYPE_OBJECT, "Ticker", sizeof(GObjectClass), initClass,
+                                      sizeof(GObject), nullptr, static_cast<GTypeFlags>(0));
+    return type;
+}
+
+void onNotify(GObject* /*ticker*/, GParamSpec* /*property*/, void* listener) {
+    static_cast<Listener*>(listener)->onTick();
+}
+
+void gobject(benchmark::State& state) {
+    auto* const ticker = static_cast<GObject*>(g_object_new(tickerType(), nullptr));
+    std::vector<std::unique_ptr<Listener>> listeners;
+    for (auto left = state.range(0); left > 0; --left) {
+        listeners.push_back(std::make_unique<Counter>());
+        g_signal_connect_data(ticker, "notify::index", reinterpret_cast<GCallback>(onNotify),
+                              listeners.back().get(), nullptr, static_cast<GConnectFlags>(0));
+    }
+    for (auto _ : state) g_object_notify_by_pspec(ticker, indexSpec);
+    g_object_unref(ticker);
+}
+
+BENCHMARK(gobject)->Name("Pass/gobject")->Arg(1)->Arg(8)->Arg(64);
 #endif
 
 } // namespace
