@@ -3,7 +3,8 @@
 // Owns:    nothing but its array; it lists raw pointers. Who is in the list takes itself out before it dies.
 // Pass:    a walk over the list as it stood when the walk began: who is removed meanwhile is still visited, who is added
 //          is not. The array is copied only if the list changes during a pass (copy on write), so a pass costs one count
-//          pair. Who is removed during a pass is kept alive by the outermost running pass, until that ends.
+//          pair. Who is removed during a pass is kept alive by the outermost running pass, until that ends;
+//          one that nobody counts (on the stack, say) calls forget() when it dies.
 // Cost:    empty() one load; push() O(1) amortised; del() O(members). An empty list that was never used has no memory.
 // Threads: one at a time.
 #pragma once
@@ -60,7 +61,8 @@ public:
     // Removes the member if it is there; a running pass keeps it alive and visits it still.
     void del(T* member) {
         if (!has(member)) return;
-        if (Pass* const pass = outermostPass()) pass->kept_.push_back(Ptr<T>(member));
+        Pass* const pass = outermostPass();
+        if (pass != nullptr && member->references() != 0) pass->kept_.push_back(Ptr<T>(member));
         erase(member);
     }
 

@@ -33,13 +33,12 @@ public:
         VEL_ASSERT(to == nullptr || dynamic_cast<const Notifier*>(to) != nullptr);
         const Ptr<const PtrInterface> from = PtrInterface::NotifieeConst::notifier();
         if (to == from.ptr()) return;
-        const bool wasRegistered = isRegisteredNotifiee();
-        listedIs(false);
+        if (isRegisteredNotifiee()) leave();
         notifierAssign(to);
-        listedIs(wasRegistered && to != nullptr);
+        if (isRegisteredNotifiee()) join();
     }
 
-    // Without a notifier there is no list to join: the notifiee stays unregistered. An inactive notifiee joins when it is
+    // Without a notifier there is no list yet: the notifiee joins when it is attached; an inactive one, when it is
     // activated.
     void isRegisteredNotifieeIs(bool registered) override {
         if (hasNotificationActive()) {
@@ -58,13 +57,20 @@ protected:
 
 private:
     void listedIs(bool listed) {
-        const Notifier* const from = notifier();
-        if (from == nullptr || listed == isRegisteredNotifiee()) return;
+        if (listed == isRegisteredNotifiee()) return;
         NotifieeConst::isRegisteredNotifieeIs(listed);
         if (listed)
-            from->notifiees().push(this);
+            join();
         else
-            from->notifiees().del(this);
+            leave();
+    }
+
+    void join() {
+        if (const Notifier* const to = notifier()) to->notifiees().push(this);
+    }
+
+    void leave() {
+        if (const Notifier* const from = notifier()) from->notifiees().del(this);
     }
 };
 

@@ -110,13 +110,19 @@ PtrInterface* PtrInterface::NotifieeConst::velRawReactor() { return this; }
 Ptr<PtrInterface> PtrInterface::NotifieeConst::velReactor() { return velRawReactor(); }
 
 unsigned PtrInterface::NotifieeConst::auditErrors(unsigned) const {
-    const bool isSound = !isRegistered_ || (notifier_ != nullptr && hasNotificationActive());
+    const bool isSound = !isRegistered_ || hasNotificationActive();
     return isSound ? 0 : 1;
 }
 
 void PtrInterface::NotifieeConst::handleZeroRef() {
+    if (!isRegistered_) {
+        PtrInterface::handleZeroRef();
+        return;
+    }
+    const Ptr<NotifieeConst> leaving(
+        this); // a running pass may keep it; else its end comes back here
     isRegisteredNotifieeIs(false);
-    PtrInterface::handleZeroRef();
+    isRegistered_ = false;
 }
 
 } // namespace Vel

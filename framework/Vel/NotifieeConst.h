@@ -37,13 +37,13 @@ public:
 
     const Ptr<const PtrInterface>& notifier() const noexcept { return notifier_; }
 
-    // Attaches to a notifier, or detaches with null: then it is registered no more. A registered notifiee moves to the
-    // end of the new notifier's list.
+    // Attaches to a notifier, or detaches with null. A registered notifiee leaves the one list and joins the end of the
+    // other.
     virtual void notifierIs(const Ptr<const PtrInterface>& notifier);
 
     bool isRegisteredNotifiee() const noexcept { return isRegistered_; }
 
-    // Stores the flag; the notifiees of a notifier join its list or leave it (Notifiee.h).
+    // Stores the flag; with a notifier, joins its list or leaves it (Notifiee.h). Without one, it joins when it is attached.
     virtual void isRegisteredNotifieeIs(bool registered);
 
     // Nothing happens if the notifiee is as asked. Otherwise bit 29 of the count word changes, and registrationIs() is

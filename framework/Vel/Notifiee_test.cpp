@@ -66,5 +66,26 @@ TEST(Notifiee, OneThatIsDestroyedDuringAPassIsNotCalled) {
     EXPECT_EQ(bell->notifiees().size(), 1u);
 }
 
+TEST(Notifiee, OneThatIsNotCountedMayLeaveInsideItsCallback) {
+    class Leaving : public Bell::NotifieeConst {
+    public:
+        void onRing() override {
+            ++rings;
+            isRegisteredNotifieeIs(false);
+        }
+
+        int rings = 0;
+    };
+
+    const Ptr<Bell> bell = new Bell;
+    Leaving listener;
+    listener.notifierIs(bell);
+    listener.isRegisteredNotifieeIs(true);
+    bell->ring();
+    bell->ring();
+    EXPECT_EQ(listener.rings, 1);
+    EXPECT_EQ(listener.references(), 0u);
+}
+
 } // namespace
 } // namespace Vel

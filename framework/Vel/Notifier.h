@@ -39,6 +39,7 @@ public:
     // Tells who is still registered that the notifier's last reference is gone.
     void zeroReferencesIs(bool zero) override {
         if (zero && !notifiees_.empty()) {
+            const Ptr<const Notifier> alive(this->references() != 0 ? this : nullptr);
             pass(AttributeId{0},
                  [](PtrInterface::NotifieeConst& notifiee) { notifiee.onZeroReferences(); });
         }

@@ -125,9 +125,12 @@ TEST_P(NotifierInBothModes, RegisteringTwiceChangesNothing) {
     EXPECT_EQ(tick(2), "a2 c2 ");
 }
 
-TEST_P(NotifierInBothModes, WithoutANotifierNobodyRegisters) {
+TEST_P(NotifierInBothModes, WhoRegistersBeforeItIsAttachedJoinsThen) {
     a->isRegisteredNotifieeIs(true);
-    EXPECT_FALSE(a->isRegisteredNotifiee());
+    EXPECT_TRUE(a->isRegisteredNotifiee());
+    EXPECT_EQ(tick(1), "");
+    a->notifierIs(clock);
+    EXPECT_EQ(tick(2), "a2 ");
 }
 
 TEST_P(NotifierInBothModes, CountsAreExact) {
@@ -146,10 +149,14 @@ TEST_P(NotifierInBothModes, CountsAreExact) {
 TEST_P(NotifierInBothModes, DetachingLeavesTheList) {
     registerAll();
     b->notifierIs(nullptr);
-    EXPECT_FALSE(b->isRegisteredNotifiee());
     EXPECT_EQ(b->notifier(), nullptr);
     EXPECT_EQ(clock->references(), 3u);
     EXPECT_EQ(tick(1), "a1 c1 ");
+    EXPECT_TRUE(b->isRegisteredNotifiee()) << "it stays what was asked";
+    b->notifierIs(clock);
+    EXPECT_EQ(tick(2), "a2 c2 b2 ");
+    b->isRegisteredNotifieeIs(false);
+    EXPECT_EQ(tick(3), "a3 c3 ");
 }
 
 TEST_P(NotifierInBothModes, MovesToAnotherNotifier) {
@@ -273,6 +280,22 @@ TEST_P(NotifierInBothModes, ZeroReferencesTellsWhoIsLeft) {
     EXPECT_EQ(said, "");
     clock->zeroReferencesIs(true);
     EXPECT_EQ(said, "a0 b0 c0 ");
+}
+
+TEST_P(NotifierInBothModes, ACallbackOfZeroReferencesMayDropTheLastReference) {
+    class Detaching : public Clock::NotifieeConst {
+    public:
+        void onZeroReferences() override { notifierIs(nullptr); }
+    };
+
+    Ptr<Clock> other = new Clock;
+    const Ptr<Detaching> detaching = new Detaching;
+    detaching->notifierIs(other);
+    detaching->isRegisteredNotifieeIs(true);
+    Clock* const raw = other.ptr();
+    other = nullptr;
+    raw->zeroReferencesIs(true);
+    EXPECT_EQ(alive, 4) << "the other clock is gone";
 }
 
 TEST_P(NotifierInBothModes, ANotifieeWithoutTheCallbackIsPassedOver) {
