@@ -113,7 +113,9 @@ std::vector<K> makeKeys(Keys kind, std::size_t count) {
         case Keys::sequential: keys[i] = n; break;
         case Keys::stride4: keys[i] = static_cast<K>(n) * 4; break;
         case Keys::stride64: keys[i] = static_cast<K>(n) * 64; break;
-        case Keys::stride4096: keys[i] = static_cast<K>(n) * 4096; break;
+        case Keys::stride4096:
+            keys[i] = static_cast<K>(n) * 4096 + (n >> 20);
+            break; // distinct in 32 bits
         case Keys::interleaved:
             keys[i] = static_cast<K>(n / 2) * 4096 + (n % 2 != 0 ? 65 : 0);
             break;
