@@ -38,11 +38,11 @@ public:
 
     // Tells who is still registered that the notifier's last reference is gone.
     void zeroReferencesIs(bool zero) override {
-        if (zero && !notifiees_.empty()) {
-            const Ptr<const Notifier> alive(this->references() != 0 ? this : nullptr);
+        // A callback may drop the last reference; with none left this already is the end, and nothing may revive it.
+        const Ptr<const Notifier> alive(this->references() != 0 ? this : nullptr);
+        if (zero && !notifiees_.empty())
             pass(AttributeId{0},
                  [](PtrInterface::NotifieeConst& notifiee) { notifiee.onZeroReferences(); });
-        }
         Base::zeroReferencesIs(zero);
     }
 
