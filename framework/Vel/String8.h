@@ -192,7 +192,13 @@ public:
         if (isEternal()) return;
         const U32 left =
             VFPtrInterface::enableThreadSafePointers ? count().fetch_sub(1) - 1 : --references_;
-        if ((left & referencesMask) == 0) ::operator delete(this);
+        if ((left & referencesMask) == 0) {
+            // By another way, or GCC warns of freeing nullStringData_ wherever it sees that a
+            // string may hold it: of its capacity, which forbids that, it knows nothing.
+            void* memory = this;
+            asm("" : "+r"(memory));
+            ::operator delete(memory);
+        }
     }
 
     // Nobody counts or frees the data, and nobody writes it: it has no room.

@@ -23,6 +23,12 @@ TEST(String8, AppendsItsOwnText) {
     EXPECT_EQ(a.view().substr(44), "cabc");
 }
 
+TEST(String8, GrowsInAVectorWithoutAWarningOfTheOptimiser) {
+    std::vector<String8> strings;
+    for (const char* const text : {"abc", "", "abc", "d", ""}) strings.push_back(text);
+    EXPECT_EQ(strings, (std::vector<String8>{"abc", "", "abc", "d", ""}));
+}
+
 TEST(String8, EternalDataAreSharedAndNeverCounted) {
     for (const bool isAtomic : {false, true}) {
         VFPtrInterface::enableThreadSafePointers = isAtomic;
