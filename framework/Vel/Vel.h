@@ -36,6 +36,7 @@
 #include <Vel/StreamBogon.h>
 #include <Vel/String8.h>
 #include <Vel/TraceHandle.h>
+#include <Vel/TypeSection.h>
 #include <Vel/VFPtrInterface.h>
 #include <Vel/Value.h>
 #include <Vel/VelAttr.h>
