@@ -6,6 +6,7 @@
 """
 import json
 import pathlib
+import struct
 import subprocess
 import sys
 import tempfile
@@ -38,11 +39,28 @@ def files(golden, pattern):
         yield path.read_bytes()
 
 
+def libraries(golden):
+    """Shared libraries of both word sizes with a header, their names, two groups of types and the headers of the sections."""
+    names = b"\0.vel.type\0.shstrtab\0"
+    types = b"A::Second\0A::First\0\0\0\0B::Third\0"
+    for bits, ident, word in ((32, 1, "I"), (64, 2, "Q")):
+        ident_bytes = b"\x7fELF" + bytes([ident, 1, 1]) + bytes(9)
+        start = 16 + struct.calcsize(f"<HHI3{word}I6H")
+        section = f"<II4{word}II2{word}"
+        end = start + len(names) + len(types)
+        header = struct.pack(f"<HHI3{word}I6H", 3, 62 if bits == 64 else 3, 1, 0, 0, end, 0, start, 0, 0, struct.calcsize(section), 3, 2)
+        headers = struct.pack(section, *[0] * 10)
+        headers += struct.pack(section, 1, 1, 3, 0, start + len(names), len(types), 0, 0, 1, 0)
+        headers += struct.pack(section, 11, 3, 0, 0, start, len(names), 0, 0, 1, 0)
+        yield ident_bytes + header + names + types + headers
+
+
 SEEDS = {
     "text": lambda golden: value_seeds(golden, texts),
     "attribute_log": lambda golden: value_seeds(golden, logs),
     "trace_file": lambda golden: files(golden, "*.trace"),
     "region_directory": lambda golden: files(golden, "*.regions"),
+    "type_section": libraries,
 }
 
 
