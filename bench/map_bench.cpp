@@ -102,6 +102,13 @@ constexpr std::pair<Keys, const char*> keyNames[] = {
     {Keys::stride4096, "stride4096"},  {Keys::interleaved, "interleaved"},
     {Keys::equalHashes, "equalHashes"}};
 
+// Distinct for distinct n, and without any pattern left: multiples of an odd number alone would fill the buckets evenly.
+constexpr U32 scattered(U32 n) {
+    n = (n ^ n >> 16) * 0x85ebca6bU;
+    n = (n ^ n >> 13) * 0xc2b2ae35U;
+    return n ^ n >> 16;
+}
+
 // `2 * count` distinct keys; the second half is for misses.
 template <class K>
 std::vector<K> makeKeys(Keys kind, std::size_t count) {
@@ -109,7 +116,7 @@ std::vector<K> makeKeys(Keys kind, std::size_t count) {
     for (std::size_t i = 0; i < keys.size(); ++i) {
         const auto n = static_cast<U32>(i);
         switch (kind) {
-        case Keys::random: keys[i] = static_cast<K>(n * 0x9E3779B1ULL & 0xffffffffU); break;
+        case Keys::random: keys[i] = scattered(n); break;
         case Keys::sequential: keys[i] = n; break;
         case Keys::stride4: keys[i] = static_cast<K>(n) * 4; break;
         case Keys::stride64: keys[i] = static_cast<K>(n) * 64; break;
