@@ -13,7 +13,9 @@ function(brixo_shared_library name)
   target_compile_features(${name} PUBLIC cxx_std_20)
   target_link_libraries(${name}
     PUBLIC ${arg_LINK} PRIVATE $<BUILD_INTERFACE:brixo::options>)
-  target_link_options(${name} PRIVATE -Wl,-z,relro -Wl,-z,now)
+  target_link_options(${name} PRIVATE -Wl,-z,relro -Wl,-z,now
+    # Threads that end, processes that fork and the registry of types call back: a library stays once it is loaded.
+    -Wl,-z,nodelete)
   if(NOT BRIXO_SANITIZE) # Clang leaves the sanitizer's symbols to the executable
     target_link_options(${name} PRIVATE -Wl,--no-undefined)
   endif()
