@@ -1,5 +1,6 @@
 #include <Orn/U64BitmaskIter.h>
 
+#include <Vel/testing/AssertionTesting.h>
 #include <gtest/gtest.h>
 #include <random>
 #include <vector>
@@ -8,6 +9,7 @@ namespace Orn {
 namespace {
 
 using Vel::U64;
+using Vel::Testing::assertionFailed;
 
 std::vector<unsigned> members(U64 value) {
     std::vector<unsigned> found;
@@ -54,10 +56,10 @@ TEST(U64BitmaskIter, DoesNotSeeLaterChangesOfTheMask) {
 
 TEST(U64BitmaskIterDeathTest, RefusesToReadBehindTheLastMember) {
     const U64BitmaskIter it{U64Bitmask()};
-    EXPECT_DEATH((void)it.key(), "assertion failed: inRange\\(\\) "
-                                 "\\(in Orn::BitId Orn::U64BitmaskIter::key\\(\\) const\\)");
-    EXPECT_DEATH((void)*it, "assertion failed: inRange\\(\\) "
-                            "\\(in bool Orn::U64BitmaskIter::operator\\*\\(\\) const\\)");
+    EXPECT_DEATH((void)it.key(), assertionFailed("U64BitmaskIter.h", "inRange()",
+                                                 "Orn::BitId Orn::U64BitmaskIter::key() const"));
+    EXPECT_DEATH((void)*it, assertionFailed("U64BitmaskIter.h", "inRange()",
+                                            "bool Orn::U64BitmaskIter::operator*() const"));
 }
 
 } // namespace

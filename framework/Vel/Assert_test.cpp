@@ -1,9 +1,12 @@
 #include <Vel/Assert.h>
 
+#include <Vel/testing/AssertionTesting.h>
 #include <gtest/gtest.h>
 
 namespace Vel {
 namespace {
+
+using Testing::assertionFailed;
 
 void failWithValues() {
     const int index = -40;
@@ -13,17 +16,20 @@ void failWithValues() {
 }
 
 TEST(AssertDeathTest, PrintsExpressionPlaceValuesAndFunction) {
+    const char* const text = "offset < 8; index = -40, offset = 4008, name = slot, "
+                             "(index < 0) = true, static_cast<const void*>(nullptr) = null";
     EXPECT_DEATH(
         failWithValues(),
-        "^Assert_test.cpp:[0-9]+: assertion failed: offset < 8; index = -40, offset = 4008, "
-        "name = slot, \\(index < 0\\) = true, static_cast<const void\\*>\\(nullptr\\) = null "
-        "\\(in void Vel::\\(anonymous namespace\\)::failWithValues\\(\\)\\)\n$|"
-        "\\(in void Vel::\\{anonymous\\}::failWithValues\\(\\)\\)\n$");
+        testing::AnyOf(assertionFailed("Assert_test.cpp", text,
+                                       "void Vel::{anonymous}::failWithValues()"), // GCC
+                       assertionFailed("Assert_test.cpp", text,
+                                       "void Vel::(anonymous namespace)::failWithValues()")));
 }
 
 TEST(AssertDeathTest, PrintsTheTextThatIsGiven) {
-    EXPECT_DEATH(VEL_ASSERT_AS("pos>=0 && pos<bits", 1 > 2),
-                 "assertion failed: pos>=0 && pos<bits \\(in ");
+    const auto fail = [] { VEL_ASSERT_AS("pos>=0 && pos<bits", 1 > 2); };
+    EXPECT_DEATH(fail(), testing::MatchesRegex("Assert_test.cpp:[0-9]+: assertion failed: "
+                                               "pos>=0 && pos<bits \\(in [^\n]+\\)\n"));
 }
 
 TEST(Assert, LooksAtItsConditionOnce) {
