@@ -1,7 +1,7 @@
 // AssertionTesting.h - for death tests: the whole of what a failed assertion prints. Not installed.
 //
-//     EXPECT_DEATH(mask.bitIdIs(BitId(64), true),
-//                  assertionFailed("U64Bitmask.h", "bitId.value() < 64", "void Orn::U64Bitmask::bitIdIs(Orn::BitId, bool)"));
+//     EXPECT_DEATH(table.slot(40), assertionFailed("Table.cpp", "offset < size(); offset = 4008",
+//                                                  "unsigned char* Net::Table::slot(int)"));
 #pragma once
 
 #include <gmock/gmock.h>
