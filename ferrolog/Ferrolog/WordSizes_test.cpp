@@ -16,6 +16,10 @@ namespace {
 std::vector<std::string> linesOf(std::string const& command) {
     std::string output;
     FILE* const pipe = ::popen(command.c_str(), "r");
+    if (pipe == nullptr) {
+        ADD_FAILURE() << "cannot run " << command;
+        return {};
+    }
     for (int c = 0; (c = std::fgetc(pipe)) != EOF;) {
         output += static_cast<char>(c);
     }

@@ -27,6 +27,10 @@ unsigned alloc(const std::string& name, unsigned size) {
 std::string probe(const std::string& arguments) {
     const std::string directory = fs::read_symlink("/proc/self/exe").parent_path();
     std::FILE* const output = ::popen((directory + "/pinbuf-probe " + arguments).c_str(), "r");
+    if (output == nullptr) {
+        ADD_FAILURE() << "cannot run the probe";
+        return "";
+    }
     std::string text;
     for (int c = std::fgetc(output); c != EOF; c = std::fgetc(output)) text += static_cast<char>(c);
     EXPECT_EQ(::pclose(output), 0) << arguments;

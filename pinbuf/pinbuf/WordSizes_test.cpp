@@ -21,6 +21,10 @@ std::string probe(const char* build, const std::string& arguments) {
     }
     const std::string command = std::string(directory) + "/pinbuf/pinbuf-probe " + arguments;
     std::FILE* const output = ::popen(command.c_str(), "r");
+    if (output == nullptr) {
+        ADD_FAILURE() << "cannot run " << command;
+        return "";
+    }
     std::string text;
     for (int c = std::fgetc(output); c != EOF; c = std::fgetc(output)) text += static_cast<char>(c);
     EXPECT_EQ(::pclose(output), 0) << command;
