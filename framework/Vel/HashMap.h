@@ -34,8 +34,10 @@ public:
 
     // The member with the key, or null; borrowed.
     Entry* find(const Key& key) const noexcept {
-        const auto isKey = [&key](const MapLink* member) { return keyOf(member) == key; };
-        return static_cast<Entry*>(buckets_.find(keyFold<Key>(key), &key, isKey));
+        const auto isKey = [&key](const MapLink* member) {
+            return foldIsKey<Key> || keyOf(member) == key;
+        };
+        return static_cast<Entry*>(buckets_.find(Ops(), keyFold<Key>(key), &key, isKey));
     }
 
     Entry* operator[](const Key& key) const noexcept { return find(key); }
@@ -51,7 +53,7 @@ public:
         if (buckets_.remove(Ops(), &member)) member.referencesDec();
     }
 
-    // Room for so many members at once: inserting them then does not grow the map.
+    // Room for so many members at once, as HashMapGeneric::setSize0().
     void reserve(std::size_t members) { setSize0(static_cast<unsigned>(members)); }
 
     IteratorConst begin() const noexcept { return IteratorConst(*this, first()); }

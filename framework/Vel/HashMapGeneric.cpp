@@ -54,7 +54,7 @@ PtrInterface* HashMapGeneric::startAtHash(const void* key, unsigned hash, int* b
     const U32 fold = bitReverse(hash);
     if (key != nullptr) {
         const auto isKey = [&](const MapLink* member) { return vtable_->keyEquals(key, member); };
-        if (MapLink* const found = buckets_.find(fold, key, isKey)) return found;
+        if (MapLink* const found = buckets_.find(ops, fold, key, isKey)) return found;
     }
     for (MapLink* at = buckets_.notBelow(ops, hash); at != nullptr && ops.fold(at) == fold;
          at = buckets_.next(ops, at))

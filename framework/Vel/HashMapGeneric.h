@@ -47,8 +47,9 @@ public:
     // The first member whose hash is above *bucket, both unsigned, which it then becomes; null at the end.
     PtrInterface* findNextBucket(int* bucket) const;
 
-    // Makes room for so many members at once: inserting them then does not grow the map. An empty map gives back what it
-    // has beyond that; a map with members keeps what it has.
+    // Makes room for so many members at once: inserting them then does not grow the map's own table; where keys crowd
+    // together, smaller ones still come up. An empty map gives back what it has beyond that; a map with members keeps what
+    // it has.
     void setSize0(unsigned members);
 
     // Removes every member and gives back all memory. The map is empty before the first reference is dropped.

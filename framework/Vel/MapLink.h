@@ -17,8 +17,8 @@ class OrderedBuckets;
 
 class MapLink : public PtrInterface {
 public:
-    // The next member of the same chain, null for the last one. A chain is not the map: HashMapGeneric::findNextG()
-    // goes on where the chain ends.
+    // The next member of the same chain, null for the last one. A chain is not the map, only what a full bucket or one of
+    // equal hashes could not seat itself: HashMapGeneric::findNextG() goes from member to member.
     MapLink* fwkNext() const noexcept { return next_; }
 
     // Counts as Ptr::ptrAssign does: the new reference is taken before the old one is dropped.

@@ -99,6 +99,8 @@ public:
         moved_ = 0;
     }
 
+    std::size_t heapBytes() const noexcept { return bits_.heapBytes() + wider_.heapBytes(); }
+
     unsigned auditErrors() const noexcept {
         return bits_.auditErrors() + (wider_.made() ? wider_.auditErrors() : 0);
     }

@@ -9,7 +9,7 @@ namespace Vel::detail {
 namespace {
 
 // More buckets than this lie beyond what an address space should give to one map.
-constexpr unsigned depthLimit = sizeof(void*) == 4 ? 26 : 29;
+constexpr unsigned depthLimit = sizeof(void*) == 4 ? 24 : 29;
 
 } // namespace
 
@@ -22,20 +22,20 @@ BucketTable* BucketTable::make(U32 fold, unsigned shift, U32 count) noexcept {
     return table;
 }
 
-BucketTable::~BucketTable() { zeroedMemoryDel(buckets_, capacity_ * sizeof(Bucket)); }
+BucketTable::~BucketTable() { zeroedMemoryDel(buckets_, capacity_ * sizeof(Line)); }
 
 bool BucketTable::layOut(U32 count) noexcept {
     const unsigned most = std::min(allBits - shift(), depthLimit);
     count = std::min(count, U32{1} << most);
     const U32 capacity = std::max(U32{4}, std::bit_ceil(count));
-    void* buckets = zeroedMemory(capacity * sizeof(Bucket));
+    void* buckets = zeroedMemory(capacity * sizeof(Line));
     if (buckets == nullptr) return false;
     if (!order.make(count)) {
-        zeroedMemoryDel(buckets, capacity * sizeof(Bucket));
+        zeroedMemoryDel(buckets, capacity * sizeof(Line));
         return false;
     }
-    zeroedMemoryDel(buckets_, capacity_ * sizeof(Bucket));
-    buckets_ = static_cast<Bucket*>(buckets);
+    zeroedMemoryDel(buckets_, capacity_ * sizeof(Line));
+    buckets_ = static_cast<Line*>(buckets);
     count_ = count;
     wideMask_ = 2 * std::bit_floor(count) - 1;
     capacity_ = capacity;
@@ -45,10 +45,10 @@ bool BucketTable::layOut(U32 count) noexcept {
 bool BucketTable::prepareSplit() noexcept {
     if (roundDepth() + shift() >= allBits || roundDepth() >= depthLimit) return false;
     if (count_ == capacity_) {
-        const std::size_t bytes = capacity_ * sizeof(Bucket);
+        const std::size_t bytes = capacity_ * sizeof(Line);
         void* grown = zeroedMemoryGrown(buckets_, bytes, 2 * bytes);
         if (grown == nullptr) return false;
-        buckets_ = static_cast<Bucket*>(grown);
+        buckets_ = static_cast<Line*>(grown);
         capacity_ *= 2;
     }
     return order.prepareSplit(count_ & (wideMask_ >> 1));

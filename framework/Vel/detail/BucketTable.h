@@ -12,99 +12,11 @@
 #include <Vel/Export.h>
 #include <Vel/Integers.h>
 #include <Vel/bitReverse.h>
+#include <Vel/detail/Bucket.h>
 #include <Vel/detail/BucketOrder.h>
 #include <cstddef>
-#include <cstdint>
-
-namespace Vel {
-class MapLink;
-}
 
 namespace Vel::detail {
-
-class BucketTable;
-class EqualHashes;
-
-// What a bucket leads to when it is no plain chain. All its members share the bits of the fold below `shift`.
-class SubBuckets {
-public:
-    static constexpr unsigned allBits = 32;
-
-    SubBuckets(U32 fold, unsigned shift) noexcept : shift_(shift), prefix_(fold & lowBits(shift)) {}
-
-    SubBuckets(const SubBuckets&) = delete;
-    SubBuckets& operator=(const SubBuckets&) = delete;
-
-    unsigned shift() const noexcept { return shift_; }
-
-    U32 prefix() const noexcept { return prefix_; }
-
-    // The bits in which a fold differs from what all members here share; 0: it belongs here.
-    U32 differs(U32 fold) const noexcept { return (fold ^ prefix_) & lowBits(shift_); }
-
-    static U32 lowBits(unsigned bits) noexcept {
-        return bits >= allBits ? ~U32{0} : (U32{1} << bits) - 1;
-    }
-
-protected:
-    ~SubBuckets() = default;
-
-private:
-    unsigned shift_;
-    U32 prefix_;
-};
-
-// Nothing, a chain of members, a table or an index. A chain ascends by hash, then by key.
-class Bucket {
-public:
-    enum class Kind : std::uintptr_t { one, many, table, equal }; // nothing: `one` at null
-
-    Bucket() noexcept = default;
-
-    Kind kind() const noexcept { return static_cast<Kind>(word_ & kindMask); }
-
-    bool isEmpty() const noexcept { return word_ == 0; }
-
-    bool isChain() const noexcept { return word_ != 0 && (word_ & 2) == 0; }
-
-    bool isTable() const noexcept { return kind() == Kind::table; }
-
-    bool isEqual() const noexcept { return kind() == Kind::equal; }
-
-    // The fold of a chain's first member, or of all members of an index.
-    U32 fold() const noexcept { return fold_; }
-
-    MapLink* head() const noexcept { return static_cast<MapLink*>(target()); }
-
-    BucketTable* table() const noexcept { return static_cast<BucketTable*>(target()); }
-
-    inline EqualHashes* equal() const noexcept;
-    inline SubBuckets* sub() const noexcept;
-
-    void chainIs(MapLink* head, U32 fold, bool many) noexcept {
-        become(head, many ? Kind::many : Kind::one, fold);
-    }
-
-    void tableIs(BucketTable* table) noexcept { become(table, Kind::table, 0); }
-
-    void equalIs(void* equal, U32 fold) noexcept { become(equal, Kind::equal, fold); }
-
-private:
-    static constexpr std::uintptr_t kindMask = 3;
-
-    void* target() const noexcept {
-        return reinterpret_cast<void*>(word_ &
-                                       ~kindMask); // NOLINT: the address with its two free bits
-    }
-
-    void become(void* target, Kind kind, U32 fold) noexcept {
-        word_ = reinterpret_cast<std::uintptr_t>(target) | static_cast<std::uintptr_t>(kind);
-        fold_ = fold;
-    }
-
-    std::uintptr_t word_ = 0;
-    U32 fold_ = 0;
-};
 
 class VEL_API BucketTable : public SubBuckets {
 public:
@@ -112,10 +24,7 @@ public:
     static BucketTable* make(U32 fold, unsigned shift, U32 count) noexcept;
     ~BucketTable();
 
-    U32 place(U32 fold) const noexcept {
-        const U32 wide = fold >> shift() & wideMask_;
-        return wide < count_ ? wide : wide & (wideMask_ >> 1);
-    }
+    U32 place(U32 fold) const noexcept { return existing(fold >> shift() & wideMask_); }
 
     Bucket& at(U32 fold) noexcept { return bucketAt(place(fold)); }
 
@@ -135,18 +44,38 @@ public:
 
     const Bucket& atPosition(U32 position) const noexcept { return bucketAt(bitReverse(position)); }
 
+    // The bucket that covers a position, any position.
+    const Bucket& covering(U32 position) const noexcept {
+        return bucketAt(existing(bitReverse(position)));
+    }
+
     U32 count() const noexcept { return count_; }
+
+    // The step from a position to the next where every bucket is split.
+    U32 positionStep() const noexcept { return bitReverse(wideMask_ ^ wideMask_ >> 1); }
 
     // How many of a fold's bits, from bit 0 on, its bucket has used.
     unsigned depth(U32 fold) const noexcept;
 
-    // Fewer buckets than two a member.
-    bool isTight() const noexcept { return count_ / 2 < members; }
+    // How many buckets so many members should have: they fill half of the seats.
+    static U32 bucketsFor(U32 members) noexcept {
+        return static_cast<U32>((U64{members} * 2 + Bucket::seats - 1) / Bucket::seats);
+    }
+
+    // Whether the members fill half of the seats of `spare` buckets more than there are.
+    bool isTight(U32 spare) const noexcept {
+        return U64{members} * 2 > U64{count_ + spare} * Bucket::seats;
+    }
 
     // Throws the buckets of an empty table away and makes `count` new ones. False without memory.
     bool layOut(U32 count) noexcept;
     // Room for one bucket more; false without memory or when every bit is used.
     bool prepareSplit() noexcept;
+
+    // What the table holds, and itself, without what its buckets lead to.
+    std::size_t heapBytes() const noexcept {
+        return sizeof(*this) + capacity_ * sizeof(Line) + order.heapBytes();
+    }
 
     // Lists a table that one of the buckets leads to; the list owns it.
     void childIs(BucketTable* child) noexcept;
@@ -164,18 +93,28 @@ private:
 
     BucketTable(U32 fold, unsigned shift) noexcept : SubBuckets(fold, shift) {}
 
+    struct alignas(64) Line : Bucket {}; // one line of the cache
+
     // A walk in order steps through the places by large powers of two, which would all fall into one set of a cache.
-    // So the high bits of a place stir its low bits; a place stays in its power of two, and neighbours stay together.
-    static U32 indexOf(U32 place) noexcept { return place ^ ((place >> 10 ^ place >> 14) & 0xffc); }
+    // So the high bits of a place stir its low bits; a place stays in its power of two.
+    static U32 indexOf(U32 place) noexcept { return place ^ place >> 7 ^ place >> 13; }
+
+    U32 existing(U32 place) const noexcept {
+        return place < count_ ? place : place & (wideMask_ >> 1);
+    }
 
     unsigned roundDepth() const noexcept {
         return static_cast<unsigned>(std::bit_width(wideMask_)) - 1;
     }
 
-    Bucket* buckets_ = nullptr;
+    Line* buckets_ = nullptr;
     U32 count_ = 0;
     U32 wideMask_ = 0; // 2^(n+1) - 1, where 2^n <= count_ < 2^(n+1)
     U32 capacity_ = 0;
 };
+
+inline BucketTable* Bucket::table() const noexcept { return static_cast<BucketTable*>(&sub()); }
+
+inline void Bucket::tableIs(BucketTable* table) noexcept { leadIs(table, leadsToTable); }
 
 } // namespace Vel::detail

@@ -45,10 +45,8 @@ private:
     MapLink* head_ = nullptr;
 };
 
-inline EqualHashes* Bucket::equal() const noexcept { return static_cast<EqualHashes*>(target()); }
+inline EqualHashes* Bucket::equal() const noexcept { return static_cast<EqualHashes*>(&sub()); }
 
-inline SubBuckets* Bucket::sub() const noexcept {
-    return isTable() ? static_cast<SubBuckets*>(table()) : equal();
-}
+inline void Bucket::equalIs(EqualHashes* equal) noexcept { leadIs(equal, leadsToEqual); }
 
 } // namespace Vel::detail

@@ -2,7 +2,8 @@
 //
 // Pages:   64 KiB each, aligned, so that an object's address names its page. A page holds objects of one size and its own
 //          list of free places: what is made one after another lies together, also after a teardown. An empty page starts
-//          afresh, for any size.
+//          afresh, for any size; only the first page of each size stays, empty or not, so that a lone object that comes
+//          and goes costs no page each time.
 // Heaps:   each thread has one and alone touches its pages. A place that another thread frees goes to the owning heap's
 //          inbox, one atomic exchange; the owner empties it when a page runs out. A thread that ends leaves its heap
 //          behind, objects and all, and the next new thread takes it over: pages never change hands, and heaps live as

@@ -63,6 +63,8 @@ public:
         return nextWord(word + 1);
     }
 
+    std::size_t heapBytes() const noexcept { return total_ > 1 ? total_ * sizeof(Word) : 0; }
+
     // Moves one word of bits into a set of twice the numbers: n becomes 2n.
     void widenWord(U32 word, OrderBits& wider) noexcept;
 

@@ -6,9 +6,6 @@ namespace Vel::detail {
 
 namespace {
 
-// From here on an index costs more than it saves.
-constexpr std::size_t indexedFrom = OrderedBuckets::longestChain / 2;
-
 // An empty table is given back when it takes no walk over many buckets to forget it.
 bool isOnlyWay(const BucketTable& parent, const BucketTable& child) noexcept {
     return parent.depth(child.prefix()) <= child.shift();
@@ -23,27 +20,44 @@ MapLink* OrderedBuckets::firstOf(const Bucket& bucket) noexcept {
         if (!at->table()->order.first(position)) return nullptr;
         at = &at->table()->atPosition(position);
     }
-    return at->isEqual() ? at->equal()->head() : at->head();
+    if (at->isEqual()) return at->equal()->head();
+    return at->isEmpty() ? nullptr : at->member(0);
 }
 
-// Buckets that follow in order lie far apart, so a walk waits for memory at each. Whenever it enters a new word of bits,
-// the buckets of the word after the next and the members of the next are fetched ahead.
-void OrderedBuckets::fetchAhead(const BucketTable& table, U32 word) noexcept {
-    table.order.visitWord(word + 2, [&](U32 at) { __builtin_prefetch(&table.atPosition(at)); });
-    table.order.visitWord(word + 1,
-                          [&](U32 at) { __builtin_prefetch(table.atPosition(at).head()); });
+// Buckets that follow in order lie far apart, and so do their members: a walk would wait for memory at each. So what it
+// comes to soon is fetched ahead: a bucket first, its members when it has arrived. Always inline: to GCC a function that
+// only fetches has no effect, and it drops the calls.
+[[gnu::always_inline]] inline void OrderedBuckets::fetchAhead(const BucketTable& table,
+                                                              U32 position) noexcept {
+    constexpr U32 bucketsAhead = 16;
+    constexpr U32 membersAhead = 8;
+    const U32 step = table.positionStep();
+    __builtin_prefetch(&table.covering(position + bucketsAhead * step));
+    const Bucket& soon = table.covering(position + membersAhead * step);
+    for (U32 seat = 0; seat < soon.seated(); ++seat) __builtin_prefetch(soon.member(seat));
 }
 
 MapLink* OrderedBuckets::firstAfter(const BucketTable* table, U32 fold) noexcept {
+    constexpr U32 inCache = 256; // buckets
     for (; table != nullptr; table = table->parent) {
-        const U32 before = table->position(fold);
-        U32 position = before;
+        U32 position = table->position(fold);
         if (!table->order.after(position)) continue;
-        const U32 word = table->order.wordOf(position);
-        if (word != table->order.wordOf(before)) fetchAhead(*table, word);
+        if (table->count() > inCache) fetchAhead(*table, position);
         return firstOf(table->atPosition(position));
     }
     return nullptr;
+}
+
+MapLink* OrderedBuckets::chained(const Bucket& bucket) noexcept {
+    for (U32 seat = 1; seat < bucket.seated(); ++seat)
+        bucket.member(seat - 1)->next_ = bucket.member(seat);
+    return bucket.isEmpty() ? nullptr : bucket.member(0);
+}
+
+U32 OrderedBuckets::lengthOf(const Bucket& bucket) noexcept {
+    U32 length = 0;
+    visit(bucket, [&](const MapLink*) { ++length; });
+    return length;
 }
 
 // The first member of an empty table makes the bucket that leads to it occupied, too.
@@ -63,23 +77,12 @@ void OrderedBuckets::vacated(BucketTable* table, U32 fold) noexcept {
         fold = table->prefix();
         if (isOnlyWay(*parent, *table)) {
             parent->order.clear(parent->bucketPosition(fold));
-            parent->at(fold) = Bucket();
+            parent->at(fold).clear();
             parent->childDel(table);
             dropTable(table);
         }
         table = parent;
     }
-}
-
-void OrderedBuckets::removeFromEqual(Bucket& bucket, MapLink* member) noexcept {
-    EqualHashes* const equal = bucket.equal();
-    const auto place = equal->places_.find(member);
-    MapLink*& link = place == equal->places_.begin() ? equal->head_ : (*std::prev(place))->next_;
-    link = std::exchange(member->next_, nullptr);
-    equal->places_.erase(place);
-    if (equal->size() > indexedFrom) return;
-    bucket.chainIs(equal->head_, bucket.fold(), true);
-    delete equal;
 }
 
 void OrderedBuckets::clear() noexcept {
@@ -89,14 +92,14 @@ void OrderedBuckets::clear() noexcept {
 }
 
 void OrderedBuckets::drop(Bucket& bucket) noexcept {
+    if (bucket.isTable()) return dropTable(bucket.table());
     MapLink* at = nullptr;
-    if (bucket.isTable()) {
-        dropTable(bucket.table());
-    } else if (bucket.isEqual()) {
+    if (bucket.isEqual()) {
         at = bucket.equal()->head();
         delete bucket.equal();
     } else {
-        at = bucket.head();
+        if (bucket.hasMore()) at = std::exchange(bucket.member(Bucket::seats - 1)->next_, nullptr);
+        for (U32 seat = 0; seat < bucket.seated(); ++seat) bucket.member(seat)->referencesDec();
     }
     while (at != nullptr) {
         MapLink* const member = std::exchange(at, at->next_);
@@ -107,12 +110,16 @@ void OrderedBuckets::drop(Bucket& bucket) noexcept {
 
 // In the order of the buckets: members that were made one after another often lie there likewise.
 void OrderedBuckets::dropTable(BucketTable* table) noexcept {
-    constexpr U32 ahead = 12;
+    constexpr U32 ahead = 4;
     const U32 count = table->count_;
     for (U32 place = 0; place < count; ++place) {
-        if (place + ahead < count) __builtin_prefetch(table->bucketAt(place + ahead).head(), 1);
+        if (place + ahead < count) {
+            const Bucket& soon = table->bucketAt(place + ahead);
+            for (U32 seat = 0; seat < soon.seated(); ++seat)
+                __builtin_prefetch(soon.member(seat), 1);
+        }
         Bucket& bucket = table->bucketAt(place);
-        if (!bucket.isEmpty() && !bucket.isTable()) drop(bucket);
+        if (!bucket.isTable()) drop(bucket);
     }
     while (BucketTable* const child = table->firstChild) {
         table->childDel(child);
@@ -121,14 +128,19 @@ void OrderedBuckets::dropTable(BucketTable* table) noexcept {
     delete table;
 }
 
-std::size_t OrderedBuckets::heapBytes() const noexcept {
-    return root_.isTable() ? heapBytesOf(root_.table()) : 0;
-}
+std::size_t OrderedBuckets::heapBytes() const noexcept { return heapBytesOf(root_); }
 
-std::size_t OrderedBuckets::heapBytesOf(const BucketTable* table) noexcept {
-    std::size_t bytes = sizeof(BucketTable) + table->capacity_ * sizeof(Bucket);
-    for (const BucketTable* child = table->firstChild; child != nullptr; child = child->nextSibling)
-        bytes += heapBytesOf(child);
+std::size_t OrderedBuckets::heapBytesOf(const Bucket& bucket) noexcept {
+    constexpr std::size_t nodeBytes = 5 * sizeof(void*); // colour, three links, value
+    if (bucket.isEqual()) return sizeof(EqualHashes) + bucket.equal()->size() * nodeBytes;
+    if (!bucket.isTable()) return 0;
+    const BucketTable& table = *bucket.table();
+    std::size_t bytes = table.heapBytes();
+    for (U32 place = 0; place < table.count(); ++place) {
+        const Bucket& at = table.bucketAt(place);
+        // Several may lead to one table: the lowest counts.
+        if (!at.isTable() || table.place(at.sub().prefix()) == place) bytes += heapBytesOf(at);
+    }
     return bytes;
 }
 

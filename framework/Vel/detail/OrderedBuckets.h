@@ -1,9 +1,11 @@
 // OrderedBuckets.h - the members of a map in their order: what HashMapGeneric and HashMap both stand on.
 //
-// Shape:   a map is one bucket. Up to eight members are a chain; more become a table (BucketTable), and a chain in a
-//          table that outgrows eight becomes a table of its own, over the bits in which its members differ. Members
-//          that differ in no bit get an index (EqualHashes). So neither strides nor hostile keys make a long chain.
+// Shape:   a map is one bucket (Bucket). Up to eight members need no more; else it leads to a table of buckets
+//          (BucketTable), and a bucket in a table that outgrows sixteen leads to a table of its own, over the bits in which
+//          its members differ. Members that differ in no bit get an index (EqualHashes). So neither strides nor hostile
+//          keys make a long chain.
 // Order:   ascending reversed hash, then keyLessThan, whatever the shape.
+// Links:   a member has a next only behind the last seat of a full bucket, and in an index.
 // Counts:  each member here is counted once; links move without touching counts.
 // Ops:     every algorithm is a template over what it must know of members: fold(member), isLess(a, b) and
 //          isEqual(a, b) for members of one fold, vtable(). HashMap passes inlined code, HashMapGeneric its vtable.
@@ -24,7 +26,9 @@ namespace Vel::detail {
 
 class VEL_API OrderedBuckets {
 public:
-    static constexpr U32 longestChain = 8;
+    // The most members of one bucket: of a map that has no table, and of a table's.
+    static constexpr U32 mostWithoutTable = 8;
+    static constexpr U32 mostInTable = 16;
 
     OrderedBuckets() noexcept = default;
     OrderedBuckets(const OrderedBuckets&) = delete;
@@ -42,9 +46,10 @@ public:
     template <class Ops>
     bool remove(const Ops& ops, MapLink* member) noexcept;
 
-    // The member of this fold for which isKey(member) holds, or null. `key` is what isKey looks for.
-    template <class IsKey>
-    MapLink* find(U32 fold, const void* key, const IsKey& isKey) const noexcept;
+    // The member of this fold for which isKey(member) holds, or null; isKey is asked of members of this fold alone.
+    // `key` is what it looks for.
+    template <class Ops, class IsKey>
+    MapLink* find(const Ops& ops, U32 fold, const void* key, const IsKey& isKey) const noexcept;
 
     MapLink* first() const noexcept { return firstOf(root_); }
 
@@ -66,17 +71,26 @@ public:
     template <class Ops>
     unsigned auditErrors(const Ops& ops) const noexcept;
 
-    // What the map holds besides its members, in bytes.
+    // What the map holds besides itself and its members, in bytes; an index's tree as the standard library's lays it out.
+    // O(buckets).
     std::size_t heapBytes() const noexcept;
 
 private:
     static MapLink* firstOf(const Bucket& bucket) noexcept;
     // The first member behind the range of `fold`'s bucket in `table`.
     static MapLink* firstAfter(const BucketTable* table, U32 fold) noexcept;
-    static void fetchAhead(const BucketTable& table, U32 word) noexcept;
+    static void fetchAhead(const BucketTable& table, U32 position) noexcept;
     static void drop(Bucket& bucket) noexcept;
     static void dropTable(BucketTable* table) noexcept;
-    static std::size_t heapBytesOf(const BucketTable* table) noexcept;
+    static std::size_t heapBytesOf(const Bucket& bucket) noexcept;
+
+    // Calls visit(member) in order; for a bucket that leads nowhere.
+    template <class Visit>
+    static void visit(const Bucket& bucket, const Visit& visit);
+    // Makes one chain of a bucket's members, and buckets of a chain's.
+    static MapLink* chained(const Bucket& bucket) noexcept;
+    template <class Ops>
+    static void seat(const Ops& ops, Bucket& bucket, MapLink* chain) noexcept;
 
     void occupied(BucketTable* table, U32 fold) noexcept;
     void vacated(BucketTable* table, U32 fold) noexcept;
@@ -84,19 +98,24 @@ private:
     template <class Ops>
     void divert(const Ops& ops, Bucket& bucket, BucketTable* table, U32 fold);
     template <class Ops>
-    MapLink* addToChain(const Ops& ops, Bucket& bucket, BucketTable* table, MapLink* member,
-                        U32 fold) noexcept;
+    static MapLink* addToBucket(const Ops& ops, Bucket& bucket, MapLink* member, U32 fold) noexcept;
+    template <class Ops>
+    static MapLink* addBehind(const Ops& ops, Bucket& bucket, MapLink* member, U32 fold) noexcept;
+    static U32 lengthOf(const Bucket& bucket) noexcept;
     template <class Ops>
     static MapLink* addToEqual(const Ops& ops, EqualHashes& equal, MapLink* member);
-    static void removeFromEqual(Bucket& bucket, MapLink* member) noexcept;
-    // Makes a table or an index of a long chain.
+    template <class Ops>
+    static bool removeFromBucket(const Ops& ops, Bucket& bucket, MapLink* member) noexcept;
+    template <class Ops>
+    static bool removeFromEqual(const Ops& ops, Bucket& bucket, MapLink* member) noexcept;
+    // Makes a table or an index of too full a bucket.
     template <class Ops>
     void divide(const Ops& ops, Bucket& bucket, BucketTable* table) noexcept;
     template <class Ops>
     static bool split(const Ops& ops, BucketTable& table) noexcept;
     template <class Ops>
-    static void splitChain(const Ops& ops, BucketTable& table, Bucket& from, Bucket& to,
-                           U32 bit) noexcept;
+    static void splitMembers(const Ops& ops, BucketTable& table, Bucket& from, Bucket& to,
+                             U32 bit) noexcept;
     template <class Ops>
     static unsigned auditTable(const Ops& ops, const BucketTable* table, U32& members) noexcept;
     template <class Ops>
@@ -109,23 +128,28 @@ private:
 
 // ---------------------------------------------------------------------------------- looking up
 
-template <class IsKey>
-MapLink* OrderedBuckets::find(U32 fold, const void* key, const IsKey& isKey) const noexcept {
+template <class Ops, class IsKey>
+MapLink* OrderedBuckets::find(const Ops& ops, U32 fold, const void* key,
+                              const IsKey& isKey) const noexcept {
     const Bucket* bucket = &root_;
-    while (bucket->isTable()) bucket = &bucket->table()->at(fold);
-    if (bucket->kind() == Bucket::Kind::one) [[likely]] {
-        MapLink* const only = bucket->head();
-        return only != nullptr && bucket->fold() == fold && isKey(only) ? only : nullptr;
+    while (bucket->leads()) {
+        if (!bucket->isTable()) [[unlikely]] {
+            if (bucket->sub().prefix() != fold) return nullptr;
+            MapLink* const place = bucket->equal()->notBehind(key);
+            return place != nullptr && isKey(place) ? place : nullptr;
+        }
+        bucket = &bucket->table()->at(fold);
     }
-    if (bucket->kind() == Bucket::Kind::many) {
-        if (hashesBelow(fold, bucket->fold())) return nullptr;
-        for (MapLink* at = bucket->head(); at != nullptr; at = at->next_)
-            if (isKey(at)) return at;
+    for (Bucket::Seats found = bucket->matches(fold); found != 0; found &= found - 1) {
+        MapLink* const member = bucket->member(static_cast<U32>(std::countr_zero(found)));
+        if (isKey(member)) return member;
+    }
+    if (!bucket->hasMore()) [[likely]]
         return nullptr;
-    }
-    if (bucket->fold() != fold) return nullptr;
-    MapLink* const place = bucket->equal()->notBehind(key);
-    return place != nullptr && isKey(place) ? place : nullptr;
+    if (hashesBelow(fold, bucket->fold(Bucket::seats - 1))) return nullptr;
+    for (MapLink* at = bucket->member(Bucket::seats - 1)->next_; at != nullptr; at = at->next_)
+        if (ops.fold(at) == fold && isKey(at)) return at;
+    return nullptr;
 }
 
 template <class Ops>
@@ -133,8 +157,11 @@ MapLink* OrderedBuckets::next(const Ops& ops, const MapLink* member) const noexc
     if (member->next_ != nullptr) return member->next_;
     const U32 fold = ops.fold(member);
     const BucketTable* table = nullptr;
-    for (const Bucket* bucket = &root_; bucket->isTable(); bucket = &table->at(fold))
-        table = bucket->table();
+    const Bucket* bucket = &root_;
+    for (; bucket->isTable(); bucket = &table->at(fold)) table = bucket->table();
+    // The last of a chain is in no seat, or in the last.
+    for (U32 seat = 1; seat < bucket->seated(); ++seat)
+        if (bucket->member(seat - 1) == member) return bucket->member(seat);
     return firstAfter(table, fold);
 }
 
@@ -147,13 +174,16 @@ MapLink* OrderedBuckets::notBelow(const Ops& ops, U32 hash) const noexcept {
         table = bucket->table();
         bucket = &table->at(fold);
     }
-    if (bucket->isChain()) {
-        for (MapLink* at = bucket->head(); at != nullptr; at = at->next_)
-            if (!hashesBelow(ops.fold(at), fold)) return at;
-    } else if (!bucket->isEmpty()) {
-        if (!hashesBelow(bucket->sub()->prefix(), fold))
+    if (bucket->leads()) {
+        if (!hashesBelow(bucket->sub().prefix(), fold))
             if (MapLink* const found = firstOf(*bucket)) return found;
+        return firstAfter(table, fold);
     }
+    const U32 seat = bucket->below(fold);
+    if (seat < bucket->seated()) return bucket->member(seat);
+    if (bucket->hasMore())
+        for (MapLink* at = bucket->member(seat - 1)->next_; at != nullptr; at = at->next_)
+            if (!hashesBelow(ops.fold(at), fold)) return at;
     return firstAfter(table, fold);
 }
 
@@ -164,80 +194,81 @@ MapLink* OrderedBuckets::add(const Ops& ops, MapLink* member) {
     const U32 fold = ops.fold(member);
     BucketTable* table = nullptr;
     Bucket* bucket = &root_;
-    for (;;) {
-        if (bucket->isTable()) {
-            if (bucket->table()->differs(fold) != 0) divert(ops, *bucket, table, fold);
-            table = bucket->table();
-            bucket = &table->at(fold);
-        } else if (bucket->isEqual() && bucket->fold() != fold) {
+    while (bucket->leads()) {
+        if (bucket->sub().differs(fold) != 0) [[unlikely]]
             divert(ops, *bucket, table, fold);
-        } else {
-            break;
-        }
+        if (!bucket->isTable()) break;
+        table = bucket->table();
+        bucket = &table->at(fold);
     }
-    MapLink* replaced = nullptr;
-    if (bucket->isEmpty()) {
-        bucket->chainIs(member, fold, false);
-        occupied(table, fold);
-    } else if (bucket->isEqual()) {
-        replaced = addToEqual(ops, *bucket->equal(), member);
-    } else {
-        replaced = addToChain(ops, *bucket, table, member, fold);
-    }
+    const bool wasEmpty = bucket->isEmpty();
+    MapLink* const replaced = bucket->isEqual() ? addToEqual(ops, *bucket->equal(), member)
+                                                : addToBucket(ops, *bucket, member, fold);
     member->referencesInc();
-    if (replaced != nullptr) return replaced;
+    if (replaced != nullptr) [[unlikely]]
+        return replaced;
     ++size_;
-    if (table == nullptr) return nullptr;
-    // A chain that has just become a table of its own took its members along.
-    if (!bucket->isTable()) ++table->members;
-    constexpr U32 batch = 8;
-    if (table->count() + batch <= 2 * table->members) {
-        for (U32 left = 2 * batch; left > 0 && table->isTight(); --left)
-            if (!split(ops, *table)) break;
+    if (table == nullptr) {
+        if (bucket->hasMore() && lengthOf(*bucket) > mostWithoutTable)
+            divide(ops, *bucket, nullptr);
+        return nullptr;
     }
+    ++table->members;
+    if (wasEmpty)
+        occupied(table, fold);
+    else if (bucket->hasMore() && lengthOf(*bucket) > mostInTable)
+        divide(ops, *bucket, table);
+    constexpr U32 batch = 4;
+    if (table->isTight(batch))
+        while (table->isTight(0))
+            if (!split(ops, *table)) break;
     return nullptr;
 }
 
 template <class Ops>
-MapLink* OrderedBuckets::addToChain(const Ops& ops, Bucket& bucket, BucketTable* table,
-                                    MapLink* member, U32 fold) noexcept {
-    MapLink* before = nullptr;
-    MapLink* at = bucket.head();
-    U32 atFold = bucket.fold();
-    U32 passed = 0;
-    MapLink* replaced = nullptr;
-    for (;;) {
+MapLink* OrderedBuckets::addToBucket(const Ops& ops, Bucket& bucket, MapLink* member,
+                                     U32 fold) noexcept {
+    U32 seat = bucket.below(fold);
+    for (; seat < bucket.seated() && bucket.fold(seat) == fold; ++seat) {
+        MapLink* const at = bucket.member(seat);
+        if (ops.isEqual(member, at)) {
+            bucket.replace(seat, member);
+            member->next_ = std::exchange(at->next_, nullptr);
+            return at;
+        }
+        if (ops.isLess(member, at)) break;
+    }
+    if (seat == Bucket::seats) return addBehind(ops, bucket, member, fold);
+    MapLink* const out = bucket.seatIn(seat, member, fold);
+    if (out != nullptr) {
+        bucket.member(Bucket::seats - 1)->next_ = out;
+        bucket.moreIs(true);
+    }
+    return nullptr;
+}
+
+// All seats go to members before this one.
+template <class Ops>
+MapLink* OrderedBuckets::addBehind(const Ops& ops, Bucket& bucket, MapLink* member,
+                                   U32 fold) noexcept {
+    MapLink* before = bucket.member(Bucket::seats - 1);
+    MapLink* at = before->next_;
+    for (; at != nullptr; before = std::exchange(at, at->next_)) {
+        const U32 atFold = ops.fold(at);
         if (atFold == fold) {
             if (ops.isEqual(member, at)) {
-                replaced = at;
-                break;
+                before->next_ = member;
+                member->next_ = std::exchange(at->next_, nullptr);
+                return at;
             }
             if (ops.isLess(member, at)) break;
         } else if (hashesBelow(fold, atFold)) {
             break;
         }
-        ++passed;
-        before = at;
-        at = at->next_;
-        if (at == nullptr) break;
-        atFold = ops.fold(at);
     }
-    if (replaced != nullptr) {
-        member->next_ = std::exchange(replaced->next_, nullptr);
-        at = member->next_;
-    } else {
-        member->next_ = at;
-    }
-    if (before != nullptr)
-        before->next_ = member;
-    else
-        bucket.chainIs(member, fold, false);
-    const bool many = before != nullptr || at != nullptr;
-    bucket.chainIs(bucket.head(), bucket.fold(), many);
-    if (replaced != nullptr) return replaced;
-    U32 length = passed + 1;
-    for (; at != nullptr; at = at->next_) ++length;
-    if (length > longestChain) divide(ops, bucket, table);
+    member->next_ = at;
+    before->next_ = member;
+    bucket.moreIs(true);
     return nullptr;
 }
 
@@ -259,50 +290,67 @@ MapLink* OrderedBuckets::addToEqual(const Ops& ops, EqualHashes& equal, MapLink*
     return nullptr;
 }
 
+template <class Visit>
+void OrderedBuckets::visit(const Bucket& bucket, const Visit& visit) {
+    for (U32 seat = 0; seat < bucket.seated(); ++seat) visit(bucket.member(seat));
+    if (bucket.hasMore())
+        for (MapLink* at = bucket.member(Bucket::seats - 1)->next_; at != nullptr; at = at->next_)
+            visit(at);
+}
+
+template <class Ops>
+void OrderedBuckets::seat(const Ops& ops, Bucket& bucket, MapLink* chain) noexcept {
+    bucket.clear();
+    while (chain != nullptr && bucket.seated() < Bucket::seats) {
+        MapLink* const member = std::exchange(chain, chain->next_);
+        member->next_ = nullptr;
+        bucket.seatLast(member, ops.fold(member));
+    }
+    if (chain == nullptr) return;
+    bucket.member(Bucket::seats - 1)->next_ = chain;
+    bucket.moreIs(true);
+}
+
 template <class Ops>
 void OrderedBuckets::divide(const Ops& ops, Bucket& bucket, BucketTable* table) noexcept {
+    const U32 fold = bucket.fold(0);
     U32 differ = 0;
     U32 length = 0;
-    for (MapLink* at = bucket.head(); at != nullptr; at = at->next_, ++length)
-        differ |= ops.fold(at) ^ bucket.fold();
+    visit(bucket, [&](const MapLink* at) {
+        differ |= ops.fold(at) ^ fold;
+        ++length;
+    });
     if (differ == 0) {
-        auto* equal = new (std::nothrow) EqualHashes(ops.vtable(), bucket.fold());
+        auto* equal = new (std::nothrow) EqualHashes(ops.vtable(), fold);
         if (equal == nullptr) return;
         try {
-            for (MapLink* at = bucket.head(); at != nullptr; at = at->next_)
-                equal->places_.insert(equal->places_.end(), at);
+            visit(bucket, [&](MapLink* at) { equal->places_.insert(equal->places_.end(), at); });
         } catch (const std::bad_alloc&) {
             delete equal;
             return;
         }
-        equal->head_ = bucket.head();
-        bucket.equalIs(equal, bucket.fold());
+        equal->head_ = chained(bucket);
+        bucket.equalIs(equal);
         return;
     }
     const auto shift = static_cast<unsigned>(std::countr_zero(differ));
-    BucketTable* child = BucketTable::make(bucket.fold(), shift, std::bit_ceil(2 * length));
+    BucketTable* child =
+        BucketTable::make(fold, shift, std::bit_ceil(BucketTable::bucketsFor(length)));
     if (child == nullptr) return;
     // In order, so members of one bucket come one after another.
-    MapLink* last = nullptr;
-    Bucket* filling = nullptr;
-    for (MapLink* at = bucket.head(); at != nullptr;) {
-        MapLink* const following = std::exchange(at->next_, nullptr);
-        const U32 fold = ops.fold(at);
-        Bucket& to = child->at(fold);
-        if (&to == filling) {
-            last->next_ = at;
-            to.chainIs(to.head(), to.fold(), true);
-        } else {
-            to.chainIs(at, fold, false);
-            child->order.set(child->bucketPosition(fold));
-            filling = &to;
-        }
-        last = at;
-        at = following;
+    for (MapLink* run = chained(bucket); run != nullptr;) {
+        const U32 place = child->place(ops.fold(run));
+        MapLink* last = run;
+        while (last->next_ != nullptr && child->place(ops.fold(last->next_)) == place)
+            last = last->next_;
+        MapLink* const following = std::exchange(last->next_, nullptr);
+        seat(ops, child->bucketAt(place), run);
+        child->order.set(bitReverse(place));
+        run = following;
     }
     child->members = length;
     if (table != nullptr) {
-        table->members -= length - 1; // the newest is not counted there yet
+        table->members -= length;
         table->childIs(child);
     }
     bucket.tableIs(child);
@@ -310,8 +358,7 @@ void OrderedBuckets::divide(const Ops& ops, Bucket& bucket, BucketTable* table) 
 
 template <class Ops>
 void OrderedBuckets::divert(const Ops& ops, Bucket& bucket, BucketTable* table, U32 fold) {
-    SubBuckets* const sub = bucket.sub();
-    const auto shift = static_cast<unsigned>(std::countr_zero(sub->differs(fold)));
+    const auto shift = static_cast<unsigned>(std::countr_zero(bucket.sub().differs(fold)));
     BucketTable* const before = BucketTable::make(fold, shift, 1);
     if (before == nullptr) throw std::bad_alloc();
     const Bucket old = bucket;
@@ -339,10 +386,10 @@ bool OrderedBuckets::split(const Ops& ops, BucketTable& table) noexcept {
     Bucket& from = table.bucketAt(place);
     Bucket& to = table.bucketAt(table.count_);
     const U32 bit = half << table.shift();
-    if (from.isChain()) {
-        splitChain(ops, table, from, to, bit);
-    } else if (!from.isEmpty()) {
-        const SubBuckets& sub = *from.sub();
+    if (!from.leads()) {
+        splitMembers(ops, table, from, to, bit);
+    } else {
+        const SubBuckets& sub = from.sub();
         if ((bit & SubBuckets::lowBits(sub.shift())) == 0) {
             to = from; // the split lies behind its first bit
         } else if ((sub.prefix() & bit) != 0) {
@@ -362,61 +409,49 @@ bool OrderedBuckets::split(const Ops& ops, BucketTable& table) noexcept {
 
 // Members with a clear bit come first, so a split is one cut.
 template <class Ops>
-void OrderedBuckets::splitChain(const Ops& ops, BucketTable& table, Bucket& from, Bucket& to,
-                                U32 bit) noexcept {
-    const U32 fromPosition = bitReverse(table.count_ - (table.wideMask_ >> 1) - 1);
-    const U32 toPosition = bitReverse(table.count_);
-    if ((from.fold() & bit) != 0) {
-        to = std::exchange(from, Bucket());
-        table.order.clear(fromPosition);
-        table.order.set(toPosition);
-        return;
+void OrderedBuckets::splitMembers(const Ops& ops, BucketTable& table, Bucket& from, Bucket& to,
+                                  U32 bit) noexcept {
+    if (from.isEmpty()) return;
+    if (!from.hasMore()) [[likely]] {
+        from.cut(bit, to);
+    } else {
+        MapLink* kept = chained(from);
+        MapLink** end = &kept;
+        while (*end != nullptr && (ops.fold(*end) & bit) == 0) end = &(*end)->next_;
+        MapLink* const moved = std::exchange(*end, nullptr);
+        seat(ops, from, kept);
+        seat(ops, to, moved);
     }
-    if (from.kind() == Bucket::Kind::one) return;
-    MapLink* before = from.head();
-    for (MapLink* at = before->next_; at != nullptr; before = at, at = at->next_) {
-        const U32 fold = ops.fold(at);
-        if ((fold & bit) == 0) continue;
-        before->next_ = nullptr;
-        from.chainIs(from.head(), from.fold(), before != from.head());
-        to.chainIs(at, fold, at->next_ != nullptr);
-        table.order.set(toPosition);
-        return;
-    }
+    if (from.isEmpty()) table.order.clear(bitReverse(table.count_ - (table.wideMask_ >> 1) - 1));
+    if (!to.isEmpty()) table.order.set(bitReverse(table.count_));
 }
 
 template <class Ops>
 void OrderedBuckets::reserve(const Ops& ops, U32 members) {
-    if (size_ == 0 && members <= longestChain) {
+    if (size_ == 0 && members <= mostWithoutTable) {
         clear();
         return;
     }
-    if (members <= longestChain) return;
-    const U32 count = members > U32{1} << 30 ? U32{1} << 31 : 2 * members;
-    if (size_ == 0) {
-        BucketTable* const table = BucketTable::make(0, 0, count);
-        if (table == nullptr) throw std::bad_alloc();
-        clear();
-        root_.tableIs(table);
+    if (members <= mostWithoutTable) return;
+    const U32 count = BucketTable::bucketsFor(members);
+    if (root_.isTable() && size_ != 0) {
+        BucketTable& table = *root_.table();
+        while (table.count() < count && split(ops, table)) {}
         return;
     }
-    if (!root_.isTable()) {
-        if (root_.isEqual()) return; // an index needs no room
-        BucketTable* const table = BucketTable::make(0, 0, count);
-        if (table == nullptr) throw std::bad_alloc();
-        MapLink* at = root_.head();
-        root_.tableIs(table);
-        while (at != nullptr) { // at most a chain: no bucket gets long, so nothing throws
-            MapLink* const following = std::exchange(at->next_, nullptr);
-            --size_;
-            add(ops, at);
-            at->referencesDec();
-            at = following;
-        }
-        return;
+    if (root_.isEqual()) return; // an index needs no room
+    BucketTable* const table = BucketTable::make(0, 0, count);
+    if (table == nullptr) throw std::bad_alloc();
+    if (size_ == 0) clear();
+    MapLink* at = chained(root_);
+    root_.tableIs(table);
+    while (at != nullptr) { // so few that no bucket is divided: nothing throws
+        MapLink* const following = std::exchange(at->next_, nullptr);
+        --size_;
+        add(ops, at);
+        at->referencesDec();
+        at = following;
     }
-    BucketTable& table = *root_.table();
-    while (table.count() < count && split(ops, table)) {}
 }
 
 // ---------------------------------------------------------------------------------- removing
@@ -430,31 +465,54 @@ bool OrderedBuckets::remove(const Ops& ops, MapLink* member) noexcept {
         table = bucket->table();
         bucket = &table->at(fold);
     }
-    if (bucket->isEmpty()) return false;
-    if (bucket->isEqual()) {
-        const auto place = bucket->equal()->places_.find(member);
-        if (place == bucket->equal()->places_.end() || *place != member) return false;
-        removeFromEqual(*bucket, member);
-    } else {
-        MapLink* const head = bucket->head();
-        MapLink* before = nullptr;
-        for (MapLink* at = head; at != member; before = at, at = at->next_)
-            if (at == nullptr) return false;
-        MapLink* const following = std::exchange(member->next_, nullptr);
-        if (before != nullptr) {
-            before->next_ = following;
-            bucket->chainIs(head, bucket->fold(), head->next_ != nullptr);
-        } else if (following != nullptr) {
-            bucket->chainIs(following, ops.fold(following), following->next_ != nullptr);
-        } else {
-            *bucket = Bucket();
-        }
-    }
+    if (bucket->isEqual() ? !removeFromEqual(ops, *bucket, member)
+                          : !removeFromBucket(ops, *bucket, member))
+        return false;
     --size_;
     if (table != nullptr) {
         --table->members;
         if (bucket->isEmpty()) vacated(table, fold);
     }
+    return true;
+}
+
+template <class Ops>
+bool OrderedBuckets::removeFromBucket(const Ops& ops, Bucket& bucket, MapLink* member) noexcept {
+    constexpr U32 last = Bucket::seats - 1;
+    for (U32 seat = 0; seat < bucket.seated(); ++seat) {
+        if (bucket.member(seat) != member) continue;
+        if (!bucket.hasMore()) [[likely]] {
+            bucket.seatOut(seat);
+            return true;
+        }
+        MapLink* const following = std::exchange(bucket.member(last)->next_, nullptr);
+        bucket.seatOut(seat);
+        bucket.moreIs(following->next_ != nullptr);
+        bucket.seatIn(last, following, ops.fold(following));
+        return true;
+    }
+    if (!bucket.hasMore()) return false;
+    MapLink* before = bucket.member(last);
+    while (before->next_ != member)
+        if ((before = before->next_) == nullptr) return false;
+    before->next_ = std::exchange(member->next_, nullptr);
+    bucket.moreIs(bucket.member(last)->next_ != nullptr);
+    return true;
+}
+
+template <class Ops>
+bool OrderedBuckets::removeFromEqual(const Ops& ops, Bucket& bucket, MapLink* member) noexcept {
+    // From here on an index costs more than it saves.
+    constexpr std::size_t indexedFrom = 4;
+    EqualHashes* const equal = bucket.equal();
+    const auto place = equal->places_.find(member);
+    if (place == equal->places_.end() || *place != member) return false;
+    MapLink*& link = place == equal->places_.begin() ? equal->head_ : (*std::prev(place))->next_;
+    link = std::exchange(member->next_, nullptr);
+    equal->places_.erase(place);
+    if (equal->size() > indexedFrom) return true;
+    seat(ops, bucket, equal->head_);
+    delete equal;
     return true;
 }
 
@@ -467,7 +525,7 @@ unsigned OrderedBuckets::auditErrors(const Ops& ops) const noexcept {
     if (root_.isTable())
         errors += auditTable(ops, root_.table(), members);
     else
-        errors += auditBucket(ops, root_, root_.fold(), 0, members);
+        errors += auditBucket(ops, root_, 0, 0, members);
     errors += members != size_;
     const MapLink* before = first();
     U32 walked = before != nullptr ? 1 : 0;
@@ -510,20 +568,30 @@ unsigned OrderedBuckets::auditTable(const Ops& ops, const BucketTable* table,
 template <class Ops>
 unsigned OrderedBuckets::auditBucket(const Ops& ops, const Bucket& bucket, U32 fold, unsigned depth,
                                      U32& members) noexcept {
-    if (bucket.isEmpty()) return 0;
     unsigned errors = 0;
     U32 length = 0;
-    const MapLink* const head = bucket.isEqual() ? bucket.equal()->head_ : bucket.head();
-    errors += ops.fold(head) != bucket.fold();
-    for (const MapLink* at = head; at != nullptr; at = at->next_, ++length) {
+    const auto look = [&](const MapLink* at) {
         errors += ((ops.fold(at) ^ fold) & SubBuckets::lowBits(depth)) != 0;
         errors += at->references() == 0;
-        if (bucket.isEqual()) errors += ops.fold(at) != bucket.fold();
+        ++length;
+    };
+    if (bucket.isEqual()) {
+        const EqualHashes& equal = *bucket.equal();
+        for (const MapLink* at = equal.head(); at != nullptr; at = at->next_) {
+            look(at);
+            errors += ops.fold(at) != equal.prefix();
+        }
+        errors += equal.size() != length;
+    } else {
+        visit(bucket, look);
+        for (U32 seat = 0; seat < bucket.seated(); ++seat) {
+            const MapLink* const at = bucket.member(seat);
+            errors += ops.fold(at) != bucket.fold(seat);
+            const bool isLast = seat == Bucket::seats - 1;
+            errors += (at->next_ != nullptr) != (isLast && bucket.hasMore());
+        }
+        errors += bucket.hasMore() && bucket.seated() != Bucket::seats;
     }
-    if (bucket.isEqual())
-        errors += bucket.equal()->size() != length;
-    else
-        errors += (bucket.kind() == Bucket::Kind::many) != (length > 1);
     members += length;
     return errors;
 }

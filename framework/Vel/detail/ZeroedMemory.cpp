@@ -9,6 +9,7 @@ namespace Vel::detail {
 namespace {
 
 constexpr std::size_t mappedFromBytes = 65536;
+constexpr std::align_val_t alignment{64};
 
 bool isMapped(std::size_t bytes) noexcept { return bytes >= mappedFromBytes; }
 
@@ -20,7 +21,7 @@ void* zeroedMemory(std::size_t bytes) noexcept {
             mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
         return pages == MAP_FAILED ? nullptr : pages;
     }
-    void* array = ::operator new(bytes, std::nothrow);
+    void* array = ::operator new(bytes, alignment, std::nothrow);
     if (array != nullptr) std::memset(array, 0, bytes);
     return array;
 }
@@ -42,7 +43,7 @@ void zeroedMemoryDel(void* array, std::size_t bytes) noexcept {
     if (isMapped(bytes))
         munmap(array, bytes);
     else
-        ::operator delete(array);
+        ::operator delete(array, alignment);
 }
 
 } // namespace Vel::detail

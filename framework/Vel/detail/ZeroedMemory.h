@@ -2,6 +2,7 @@
 //
 // Large:  from 64 KiB on an array is mapped pages: made without touching them, grown by moving the mapping, not the
 //         bytes. No call takes time that grows with the array.
+// Align:  64 bytes, a line of the cache.
 // Errors: null when there is no memory, and the old array stays as it is. Nothing throws.
 #pragma once
 

@@ -1,0 +1,228 @@
+// Bucket.h - a bucket: one cache line that seats its first members in order, or leads to further buckets.
+//
+// Seats:  five members (seven in a 32-bit process), each with its fold beside it, ascending by hash, then by key. A member
+//         in a seat has no next, but for the last seat's when all are taken: there a chain of the rest begins.
+// Lookup: compares all folds at once and touches a member only where the fold agrees.
+// Leads:  to a table over further bits, or to an index of members of one hash: SubBuckets.
+#pragma once
+
+#include <Vel/Integers.h>
+#include <Vel/KeyHash.h>
+#include <algorithm>
+#include <bit>
+#ifdef __SSE2__
+    #include <emmintrin.h>
+#endif
+
+namespace Vel {
+class MapLink;
+}
+
+namespace Vel::detail {
+
+class BucketTable;
+class EqualHashes;
+
+// What a bucket leads to when it seats nobody. All its members share the bits of the fold below `shift`.
+class SubBuckets {
+public:
+    static constexpr unsigned allBits = 32;
+
+    SubBuckets(U32 fold, unsigned shift) noexcept : shift_(shift), prefix_(fold & lowBits(shift)) {}
+
+    SubBuckets(const SubBuckets&) = delete;
+    SubBuckets& operator=(const SubBuckets&) = delete;
+
+    unsigned shift() const noexcept { return shift_; }
+
+    U32 prefix() const noexcept { return prefix_; }
+
+    // The bits in which a fold differs from what all members here share; 0: it belongs here.
+    U32 differs(U32 fold) const noexcept { return (fold ^ prefix_) & lowBits(shift_); }
+
+    static U32 lowBits(unsigned bits) noexcept {
+        return bits >= allBits ? ~U32{0} : (U32{1} << bits) - 1;
+    }
+
+protected:
+    ~SubBuckets() = default;
+
+private:
+    unsigned shift_;
+    U32 prefix_;
+};
+
+class Bucket {
+public:
+    static constexpr U32 seats = sizeof(void*) == 8 ? 5 : 7;
+
+    // Sets of seats, one bit each.
+    using Seats = U32;
+
+    bool isEmpty() const noexcept { return state() == 0; }
+
+    // No members of its own.
+    bool leads() const noexcept { return state() >= leadsToTable; }
+
+    bool isTable() const noexcept { return state() == leadsToTable; }
+
+    bool isEqual() const noexcept { return state() == leadsToEqual; }
+
+    // Seats taken.
+    U32 seated() const noexcept { return state() & countMask; }
+
+    // A chain goes on behind the last seat.
+    bool hasMore() const noexcept { return (state() & more) != 0; }
+
+    MapLink* member(U32 seat) const noexcept { return members_[seat]; }
+
+    U32 fold(U32 seat) const noexcept { return words_[seat]; }
+
+    // The seats of members with this fold; there are several where keys differ.
+    Seats matches(U32 fold) const noexcept { return same(fold) & taken(); }
+
+    // How many seats go to hashes below this fold's: the place of the first that does not.
+    U32 below(U32 fold) const noexcept {
+        return static_cast<U32>(std::countr_one(lower(fold) & taken()));
+    }
+
+    // The members from `seat` on move up by one; the member in the last of all seats is pushed out, which is returned.
+    MapLink* seatIn(U32 seat, MapLink* member, U32 fold) noexcept {
+        const U32 count = seated();
+        MapLink* const out = count == seats ? members_[seats - 1] : nullptr;
+        for (U32 i = std::min(count, seats - 1); i > seat; --i) {
+            words_[i] = words_[i - 1];
+            members_[i] = members_[i - 1];
+        }
+        words_[seat] = fold;
+        members_[seat] = member;
+        if (out == nullptr) ++state();
+        return out;
+    }
+
+    // The members behind `seat` move down by one.
+    void seatOut(U32 seat) noexcept {
+        const U32 count = seated();
+        for (U32 i = seat + 1; i < count; ++i) {
+            words_[i - 1] = words_[i];
+            members_[i - 1] = members_[i];
+        }
+        --state();
+    }
+
+    // Takes the next seat.
+    void seatLast(MapLink* member, U32 fold) noexcept {
+        const U32 seat = state()++;
+        words_[seat] = fold;
+        members_[seat] = member;
+    }
+
+    // Equal key, equal fold.
+    void replace(U32 seat, MapLink* member) noexcept { members_[seat] = member; }
+
+    void moreIs(bool has) noexcept { state() = has ? state() | more : state() & ~more; }
+
+    // Moves the members with this bit set to `to`, which is empty. They are the last ones, for all agree in the bits below.
+    // Nobody is behind the seats.
+    void cut(U32 bit, Bucket& to) noexcept {
+        const U32 count = state();
+        U32 kept = count;
+        while (kept > 0 && (words_[kept - 1] & bit) != 0) --kept;
+        for (U32 i = kept; i < count; ++i) {
+            to.words_[i - kept] = words_[i];
+            to.members_[i - kept] = members_[i];
+        }
+        to.state() = count - kept;
+        state() = kept;
+    }
+
+    void clear() noexcept { state() = 0; }
+
+    // What it leads to.
+    SubBuckets& sub() const noexcept {
+        return *static_cast<SubBuckets*>(static_cast<void*>(members_[0]));
+    }
+
+    inline BucketTable* table() const noexcept;
+    inline EqualHashes* equal() const noexcept;
+    inline void tableIs(BucketTable* table) noexcept;
+    inline void equalIs(EqualHashes* equal) noexcept;
+
+private:
+    // The state: the number of seats taken, and whether more follow; or what the bucket leads to.
+    static constexpr U32 countMask = 0x0f;
+    static constexpr U32 more = 0x10;
+    static constexpr U32 leadsToTable = 0x20;
+    static constexpr U32 leadsToEqual = 0x40;
+
+    void leadIs(SubBuckets* lead, U32 kind) noexcept {
+        members_[0] = static_cast<MapLink*>(static_cast<void*>(lead));
+        state() = kind;
+    }
+
+    U32& state() noexcept { return words_[seats]; }
+
+    U32 state() const noexcept { return words_[seats]; }
+
+    Seats taken() const noexcept { return (Seats{1} << seated()) - 1; }
+
+#ifdef __SSE2__
+    // All folds, and what lies behind them: taken() leaves it out.
+    struct Words {
+        __m128i first;
+        __m128i second;
+    };
+
+    Words words() const noexcept {
+        const auto* const words =
+            reinterpret_cast<const __m128i*>(words_); // NOLINT: four words each
+        return {_mm_loadu_si128(words),
+                seats == 5 ? _mm_loadl_epi64(words + 1) : _mm_loadu_si128(words + 1)};
+    }
+
+    static Seats bits(__m128i first, __m128i second) noexcept {
+        const auto bits = [](__m128i ones) {
+            return static_cast<Seats>(_mm_movemask_ps(_mm_castsi128_ps(ones)));
+        };
+        return bits(first) | bits(second) << 4;
+    }
+
+    Seats same(U32 fold) const noexcept {
+        const __m128i asked = _mm_set1_epi32(static_cast<int>(fold));
+        const Words all = words();
+        return bits(_mm_cmpeq_epi32(all.first, asked), _mm_cmpeq_epi32(all.second, asked));
+    }
+
+    // hashesBelow(each, fold).
+    Seats lower(U32 fold) const noexcept {
+        const __m128i asked = _mm_set1_epi32(static_cast<int>(fold));
+        const __m128i zero = _mm_setzero_si128();
+        const auto isNot = [&](__m128i folds) {
+            const __m128i differ = _mm_xor_si128(folds, asked);
+            const __m128i lowest = _mm_and_si128(differ, _mm_sub_epi32(zero, differ));
+            return _mm_cmpeq_epi32(_mm_and_si128(lowest, asked), zero);
+        };
+        const Words all = words();
+        return ~bits(isNot(all.first), isNot(all.second));
+    }
+#else
+    Seats same(U32 fold) const noexcept {
+        Seats found = 0;
+        for (U32 i = 0; i < seats; ++i) found |= Seats{words_[i] == fold} << i;
+        return found;
+    }
+
+    Seats lower(U32 fold) const noexcept {
+        Seats found = 0;
+        for (U32 i = 0; i < seats; ++i) found |= Seats{hashesBelow(words_[i], fold)} << i;
+        return found;
+    }
+#endif
+
+    U32 words_[seats + 1] = {}; // the folds, and the state
+    MapLink* members_[seats] = {};
+};
+
+static_assert(sizeof(Bucket) <= 64);
+
+} // namespace Vel::detail
