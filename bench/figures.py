@@ -24,6 +24,16 @@ def load(path):
     return json.loads(Path(path).read_text(encoding="utf-8")) if Path(path).exists() else []
 
 
+def save(path, runs):
+    """One line for each figure, so that changes are seen."""
+    texts = []
+    for run in runs:
+        rest = json.dumps({key: value for key, value in run.items() if key != "figures"})
+        rows = ",\n".join("  " + json.dumps(figure) for figure in run["figures"])
+        texts.append(rest[:-1] + ', "figures": [\n' + rows + "\n]}")
+    Path(path).write_text("[\n" + ",\n".join(texts) + "\n]\n", encoding="utf-8")
+
+
 def merge(old, new):
     """The new runs, and of the old ones those that were not made again."""
     made = {(run["topic"], run["bits"]) for run in new}
