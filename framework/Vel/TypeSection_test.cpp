@@ -430,9 +430,13 @@ TEST_F(TypeSectionFile, MustBeARegularOne) {
 }
 
 TEST_F(TypeSectionFile, MayBeLargerThanTheAddressSpace) {
-    const std::string path = write("lib.so", Elf(64).layOut("A\0"sv).bytes());
-    std::filesystem::resize_file(path, U64{5} << 30);
-    EXPECT_THAT(typeSectionOfFile(path.c_str()), ElementsAre("A"));
+    constexpr U64 far = U64{5} << 30;
+    Elf elf = Elf(64).layOut("A\0"sv);
+    elf.vel.offset = far;
+    const std::string path = write("lib.so", elf.bytes());
+    std::ofstream(path, std::ios::binary | std::ios::in).seekp(std::streamoff{far}) << "B\0"sv;
+    ASSERT_EQ(std::filesystem::file_size(path), far + 2);
+    EXPECT_THAT(typeSectionOfFile(path.c_str()), ElementsAre("B"));
 }
 
 } // namespace
