@@ -2,6 +2,7 @@
 //
 // Section: ".vel.type" holds the qualified names of the library's types: each ends with a NUL, and
 //          further NULs may stand between them. They are listed in the order in which they stand.
+//          docs/type-section.md has the details.
 // Files:   little-endian ELF of either word size, whatever this process has. Nothing is loaded or
 //          run, and no byte outside of the file is touched, whatever the file says of itself.
 // Cost:    two short reads a section, and one of the names; a library's size does not matter.
