@@ -6,7 +6,7 @@ A file of figures is a list of runs, one for each topic and word size, the newes
 value is the median of the repetitions, of CPU time for one operation; spread their standard deviation over their mean.
 
 A goal holds for what its regular expression matches as a whole: ours / the peer's is at most so much. With "itself" the
-peer is another figure of ours: the expression's replacement.
+peer is another figure of ours: the expression's replacement. For the peer "limit", ours is at most so much in its unit.
 """
 
 import collections
@@ -82,7 +82,9 @@ def judge(run, goals=None):
                 continue
             for peer, limit in goal["at_most"].items():
                 limit = limit.get(str(run["bits"])) if isinstance(limit, dict) else limit
-                if "itself" in goal:
+                if peer == "limit":
+                    theirs, name, limit = limit, peer, limit and 1
+                elif "itself" in goal:
                     other = found.expand(goal["itself"])
                     theirs, name = values.get(other, {}).get("ours"), other
                 else:

@@ -77,7 +77,7 @@ def value_of(runs, topic, bits, what, who):
     return None
 
 
-def by_size(runs, name, title, topic, panels, whos, unit):
+def by_size(runs, name, title, topic, panels, whos, unit, sizes=(1000, 100000, 1000000)):
     """Small multiples, a row for each word size: a curve for each who over the size, both axes by decades."""
     width, height, left, top = 232, 190, 46, 54
     bits_found = [bits for bits in (64, 32) if any((run["topic"], run["bits"]) == (topic, bits) for run in runs)]
@@ -90,7 +90,6 @@ def by_size(runs, name, title, topic, panels, whos, unit):
         svg.dot(at + 4, 36, COLOURS[who], 3)
         svg.text(at + 12, 40, who, colour=COLOURS[who], weight="bold")
         at += 34 + 7 * len(who)
-    sizes = (1000, 100000, 1000000) if topic != "sizes" else (10000, 100000, 1000000)
     curves = {}
     for bits in bits_found:
         for panel, pattern in panels:
@@ -269,8 +268,13 @@ def main(arguments):
         plots.append(("Tables by size", "cachetable.svg",
                       "Nanoseconds for one slot. `hand` is a table by hand, `scan` reads the key words alone, `set` fills a\n"
                       "`std::unordered_set` with the slot numbers."))
+    decades = (1000, 10000, 100000, 1000000, 10000000)
+    growth = [(what, what + "/{}") for what in ("Grow", "GrownHit", "TableFill", "TableLookup")]
+    if by_size(runs, "growth.svg", "From a thousand to ten million", "growth", growth, ("ours", "std", "absl"), "ns", decades):
+        plots.append(("Growth", "growth.svg", "Nanoseconds for one insert of a growth from empty, and for one look-up after it."))
     memory = [("MapMember", "MapMember/u32/{}"), ("TableSlot, full", "TableSlot/full/{}"), ("TableSlot, empty", "TableSlot/empty/{}")]
-    if by_size(runs, "memory.svg", "Heap for each member and slot", "sizes", memory, ("ours", "std", "absl", "hand"), "bytes"):
+    if by_size(runs, "memory.svg", "Heap for each member and slot", "sizes", memory, ("ours", "std", "absl", "hand"), "bytes",
+               decades[1:]):
         plots.append(("Memory", "memory.svg", "Bytes of heap for each member of a map and each slot of a table, its region not counted."))
     page(runs, lines, plots)
     return 0

@@ -120,7 +120,8 @@ void fillFullHandTable(U32 count) {
 void add(const std::string& name, void (*fill)(U32), U32 count) {
     benchmark::RegisterBenchmark((name + "/" + std::to_string(count)).c_str(),
                                  [=](benchmark::State& state) { measure(state, fill, count); })
-        ->Iterations(1);
+        ->Iterations(1)
+        ->Repetitions(3);
 }
 
 [[maybe_unused]] const bool isAdded = [] {
@@ -135,6 +136,8 @@ void add(const std::string& name, void (*fill)(U32), U32 count) {
         add("TableSlot/ours/empty", fillEmptyTable, count);
         add("TableSlot/hand/empty", fillEmptyHandTable, count);
     }
+    add("MapMember/ours/u32", fillOurs, 10000000);
+    add("TableSlot/ours/full", fillFullTable, 10000000);
     return true;
 }();
 
