@@ -43,7 +43,7 @@ public:
         return node != nullptr ? node->value() : 0;
     }
 
-    void erase(K key) { map_.remove(*map_.find(key)); }
+    void erase(K key) { map_.take(key); }
 
     U64 sum() const {
         U64 sum = 0;

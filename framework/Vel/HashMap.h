@@ -34,10 +34,7 @@ public:
 
     // The member with the key, or null; borrowed.
     Entry* find(const Key& key) const noexcept {
-        const auto isKey = [&key](const MapLink* member) {
-            return foldIsKey<Key> || keyOf(member) == key;
-        };
-        return static_cast<Entry*>(buckets_.find(Ops(), keyFold<Key>(key), &key, isKey));
+        return static_cast<Entry*>(buckets_.find(Ops(), keyFold<Key>(key), &key, IsKey{key}));
     }
 
     Entry* operator[](const Key& key) const noexcept { return find(key); }
@@ -51,6 +48,15 @@ public:
     // Drops the map's reference to a member. One that is not here changes nothing.
     void remove(Entry& member) {
         if (buckets_.remove(Ops(), &member)) member.referencesDec();
+    }
+
+    // Takes the member with the key out of the map and returns it with the map's reference, or null. One look-up, and the
+    // member is not touched where the key's fold tells all.
+    Ptr<Entry> take(const Key& key) {
+        MapLink* const member = buckets_.take(Ops(), keyFold<Key>(key), &key, IsKey{key});
+        Ptr<Entry> taken = static_cast<Entry*>(member);
+        if (member != nullptr) member->referencesDec();
+        return taken;
     }
 
     // Room for so many members at once, as HashMapGeneric::setSize0().
@@ -79,6 +85,15 @@ private:
     static decltype(auto) keyOf(const MapLink* member) noexcept {
         return static_cast<const Entry*>(member)->fwkKey();
     }
+
+    // Whether a member of this key's fold has the key.
+    struct IsKey {
+        const Key& key;
+
+        bool operator()(const MapLink* member) const noexcept {
+            return foldIsKey<Key> || keyOf(member) == key;
+        }
+    };
 
     // What the buckets must know of members.
     struct Ops {

@@ -194,6 +194,25 @@ TEST_P(HashMapOf, AMemberOfEqualKeyGivesWay) {
     EXPECT_EQ(map.size(), 500u) << "one that is not here changes nothing";
 }
 
+TEST_P(HashMapOf, TakingAKeyGivesItsMemberAway) {
+    constexpr U32 members = 3000;
+    Map map;
+    for (U32 number = 0; number < members; ++number) insert(map, number);
+    for (U32 number = 0; number < members; ++number) {
+        EXPECT_EQ(map.take(keyOf(number + members)), nullptr);
+        const Ptr<Member> taken = map.take(keyOf(number));
+        ASSERT_NE(taken, nullptr);
+        EXPECT_EQ(taken->value(), number);
+        EXPECT_EQ(taken->references(), 1u);
+        EXPECT_EQ(taken->fwkNext(), nullptr);
+        EXPECT_EQ(map.take(keyOf(number)), nullptr);
+        if (number % 500 == 0) {
+            EXPECT_EQ(map.auditErrors(9), 0u);
+        }
+    }
+    EXPECT_EQ(map.size(), 0u);
+}
+
 TEST_P(HashMapOf, EmptyingDropsEveryReference) {
     Map map;
     std::vector<Ptr<Member>> members;

@@ -71,8 +71,10 @@ public:
     // Seats taken.
     U32 seated() const noexcept { return state() & countMask; }
 
-    // A chain goes on behind the last seat.
-    bool hasMore() const noexcept { return (state() & more) != 0; }
+    // How many members are behind the last seat, in a chain.
+    U32 standing() const noexcept { return (state() & standingMask) / oneStands; }
+
+    bool hasMore() const noexcept { return (state() & standingMask) != 0; }
 
     MapLink* member(U32 seat) const noexcept { return members_[seat]; }
 
@@ -81,31 +83,41 @@ public:
     // The seats of members with this fold; there are several where keys differ.
     Seats matches(U32 fold) const noexcept { return same(fold) & taken(); }
 
+    // The member's seat; `seats` for one that has none.
+    U32 seatOf(const MapLink* member) const noexcept {
+        Seats found = Seats{1} << seats;
+        for (U32 seat = 0; seat < seats; ++seat) found |= Seats{members_[seat] == member} << seat;
+        const auto seat = static_cast<U32>(std::countr_zero(found));
+        return seat < seated() ? seat : seats;
+    }
+
     // How many seats go to hashes below this fold's: the place of the first that does not.
     U32 below(U32 fold) const noexcept {
         return static_cast<U32>(std::countr_one(lower(fold) & taken()));
     }
 
     // The members from `seat` on move up by one; the member in the last of all seats is pushed out, which is returned.
+    // All seats are written, taken or not: that is cheaper than to guess how many are.
     MapLink* seatIn(U32 seat, MapLink* member, U32 fold) noexcept {
-        const U32 count = seated();
-        MapLink* const out = count == seats ? members_[seats - 1] : nullptr;
-        for (U32 i = std::min(count, seats - 1); i > seat; --i) {
-            words_[i] = words_[i - 1];
-            members_[i] = members_[i - 1];
+        const bool isFull = seated() == seats;
+        MapLink* const out = isFull ? members_[seats - 1] : nullptr;
+        for (U32 i = seats - 1; i > 0; --i) {
+            const U32 from = i - (i > seat ? 1 : 0);
+            words_[i] = words_[from];
+            members_[i] = members_[from];
         }
         words_[seat] = fold;
         members_[seat] = member;
-        if (out == nullptr) ++state();
+        state() += isFull ? 0 : 1;
         return out;
     }
 
     // The members behind `seat` move down by one.
     void seatOut(U32 seat) noexcept {
-        const U32 count = seated();
-        for (U32 i = seat + 1; i < count; ++i) {
-            words_[i - 1] = words_[i];
-            members_[i - 1] = members_[i];
+        for (U32 i = 0; i < seats - 1; ++i) {
+            const U32 from = i + (i >= seat ? 1 : 0);
+            words_[i] = words_[from];
+            members_[i] = members_[from];
         }
         --state();
     }
@@ -117,20 +129,22 @@ public:
         members_[seat] = member;
     }
 
-    // Equal key, equal fold.
+    // A member of equal key.
     void replace(U32 seat, MapLink* member) noexcept { members_[seat] = member; }
 
-    void moreIs(bool has) noexcept { state() = has ? state() | more : state() & ~more; }
+    void standingInc() noexcept { state() += oneStands; }
+
+    void standingDec() noexcept { state() -= oneStands; }
 
     // Moves the members with this bit set to `to`, which is empty. They are the last ones, for all agree in the bits below.
     // Nobody is behind the seats.
     void cut(U32 bit, Bucket& to) noexcept {
         const U32 count = state();
-        U32 kept = count;
-        while (kept > 0 && (words_[kept - 1] & bit) != 0) --kept;
-        for (U32 i = kept; i < count; ++i) {
-            to.words_[i - kept] = words_[i];
-            to.members_[i - kept] = members_[i];
+        const auto kept = static_cast<U32>(std::countr_one(clear(bit) & taken()));
+        for (U32 i = 0; i < seats; ++i) {
+            const U32 from = std::min(i + kept, seats - 1);
+            to.words_[i] = words_[from];
+            to.members_[i] = members_[from];
         }
         to.state() = count - kept;
         state() = kept;
@@ -149,11 +163,12 @@ public:
     inline void equalIs(EqualHashes* equal) noexcept;
 
 private:
-    // The state: the number of seats taken, and whether more follow; or what the bucket leads to.
+    // The state: the numbers of seats taken and of members behind them; or what the bucket leads to.
     static constexpr U32 countMask = 0x0f;
-    static constexpr U32 more = 0x10;
-    static constexpr U32 leadsToTable = 0x20;
-    static constexpr U32 leadsToEqual = 0x40;
+    static constexpr U32 oneStands = 0x10;
+    static constexpr U32 standingMask = 0x0ffffff0;
+    static constexpr U32 leadsToTable = 0x80000000U;
+    static constexpr U32 leadsToEqual = 0x90000000U;
 
     void leadIs(SubBuckets* lead, U32 kind) noexcept {
         members_[0] = static_cast<MapLink*>(static_cast<void*>(lead));
@@ -193,6 +208,14 @@ private:
         return bits(_mm_cmpeq_epi32(all.first, asked), _mm_cmpeq_epi32(all.second, asked));
     }
 
+    Seats clear(U32 bit) const noexcept {
+        const __m128i asked = _mm_set1_epi32(static_cast<int>(bit));
+        const __m128i zero = _mm_setzero_si128();
+        const Words all = words();
+        return bits(_mm_cmpeq_epi32(_mm_and_si128(all.first, asked), zero),
+                    _mm_cmpeq_epi32(_mm_and_si128(all.second, asked), zero));
+    }
+
     // hashesBelow(each, fold).
     Seats lower(U32 fold) const noexcept {
         const __m128i asked = _mm_set1_epi32(static_cast<int>(fold));
@@ -209,6 +232,12 @@ private:
     Seats same(U32 fold) const noexcept {
         Seats found = 0;
         for (U32 i = 0; i < seats; ++i) found |= Seats{words_[i] == fold} << i;
+        return found;
+    }
+
+    Seats clear(U32 bit) const noexcept {
+        Seats found = 0;
+        for (U32 i = 0; i < seats; ++i) found |= Seats{(words_[i] & bit) == 0} << i;
         return found;
     }
 

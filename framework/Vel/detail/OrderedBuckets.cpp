@@ -54,12 +54,6 @@ MapLink* OrderedBuckets::chained(const Bucket& bucket) noexcept {
     return bucket.isEmpty() ? nullptr : bucket.member(0);
 }
 
-U32 OrderedBuckets::lengthOf(const Bucket& bucket) noexcept {
-    U32 length = 0;
-    visit(bucket, [&](const MapLink*) { ++length; });
-    return length;
-}
-
 // The first member of an empty table makes the bucket that leads to it occupied, too.
 void OrderedBuckets::occupied(BucketTable* table, U32 fold) noexcept {
     for (; table != nullptr; fold = table->prefix(), table = table->parent) {

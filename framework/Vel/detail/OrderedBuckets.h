@@ -46,6 +46,10 @@ public:
     template <class Ops>
     bool remove(const Ops& ops, MapLink* member) noexcept;
 
+    // The same for the member that find() would give; it is returned.
+    template <class Ops, class IsKey>
+    MapLink* take(const Ops& ops, U32 fold, const void* key, const IsKey& isKey) noexcept;
+
     // The member of this fold for which isKey(member) holds, or null; isKey is asked of members of this fold alone.
     // `key` is what it looks for.
     template <class Ops, class IsKey>
@@ -94,6 +98,8 @@ private:
 
     void occupied(BucketTable* table, U32 fold) noexcept;
     void vacated(BucketTable* table, U32 fold) noexcept;
+    // Counts a member of `bucket` down.
+    inline void removed(BucketTable* table, const Bucket* bucket, U32 fold) noexcept;
     // Puts a table before what the bucket leads to, so that `fold` finds a place beside it.
     template <class Ops>
     void divert(const Ops& ops, Bucket& bucket, BucketTable* table, U32 fold);
@@ -101,11 +107,12 @@ private:
     static MapLink* addToBucket(const Ops& ops, Bucket& bucket, MapLink* member, U32 fold) noexcept;
     template <class Ops>
     static MapLink* addBehind(const Ops& ops, Bucket& bucket, MapLink* member, U32 fold) noexcept;
-    static U32 lengthOf(const Bucket& bucket) noexcept;
     template <class Ops>
     static MapLink* addToEqual(const Ops& ops, EqualHashes& equal, MapLink* member);
     template <class Ops>
     static bool removeFromBucket(const Ops& ops, Bucket& bucket, MapLink* member) noexcept;
+    template <class Ops>
+    static void vacate(const Ops& ops, Bucket& bucket, U32 seat) noexcept;
     template <class Ops>
     static bool removeFromEqual(const Ops& ops, Bucket& bucket, MapLink* member) noexcept;
     // Makes a table or an index of too full a bucket.
@@ -159,10 +166,8 @@ MapLink* OrderedBuckets::next(const Ops& ops, const MapLink* member) const noexc
     const BucketTable* table = nullptr;
     const Bucket* bucket = &root_;
     for (; bucket->isTable(); bucket = &table->at(fold)) table = bucket->table();
-    // The last of a chain is in no seat, or in the last.
-    for (U32 seat = 1; seat < bucket->seated(); ++seat)
-        if (bucket->member(seat - 1) == member) return bucket->member(seat);
-    return firstAfter(table, fold);
+    const U32 behind = bucket->leads() ? Bucket::seats : bucket->seatOf(member) + 1;
+    return behind < bucket->seated() ? bucket->member(behind) : firstAfter(table, fold);
 }
 
 template <class Ops>
@@ -209,14 +214,13 @@ MapLink* OrderedBuckets::add(const Ops& ops, MapLink* member) {
         return replaced;
     ++size_;
     if (table == nullptr) {
-        if (bucket->hasMore() && lengthOf(*bucket) > mostWithoutTable)
-            divide(ops, *bucket, nullptr);
+        if (Bucket::seats + bucket->standing() > mostWithoutTable) divide(ops, *bucket, nullptr);
         return nullptr;
     }
     ++table->members;
     if (wasEmpty)
         occupied(table, fold);
-    else if (bucket->hasMore() && lengthOf(*bucket) > mostInTable)
+    else if (Bucket::seats + bucket->standing() > mostInTable)
         divide(ops, *bucket, table);
     constexpr U32 batch = 4;
     if (table->isTight(batch))
@@ -242,7 +246,7 @@ MapLink* OrderedBuckets::addToBucket(const Ops& ops, Bucket& bucket, MapLink* me
     MapLink* const out = bucket.seatIn(seat, member, fold);
     if (out != nullptr) {
         bucket.member(Bucket::seats - 1)->next_ = out;
-        bucket.moreIs(true);
+        bucket.standingInc();
     }
     return nullptr;
 }
@@ -268,7 +272,7 @@ MapLink* OrderedBuckets::addBehind(const Ops& ops, Bucket& bucket, MapLink* memb
     }
     member->next_ = at;
     before->next_ = member;
-    bucket.moreIs(true);
+    bucket.standingInc();
     return nullptr;
 }
 
@@ -308,7 +312,7 @@ void OrderedBuckets::seat(const Ops& ops, Bucket& bucket, MapLink* chain) noexce
     }
     if (chain == nullptr) return;
     bucket.member(Bucket::seats - 1)->next_ = chain;
-    bucket.moreIs(true);
+    for (; chain != nullptr; chain = chain->next_) bucket.standingInc();
 }
 
 template <class Ops>
@@ -468,36 +472,69 @@ bool OrderedBuckets::remove(const Ops& ops, MapLink* member) noexcept {
     if (bucket->isEqual() ? !removeFromEqual(ops, *bucket, member)
                           : !removeFromBucket(ops, *bucket, member))
         return false;
-    --size_;
-    if (table != nullptr) {
-        --table->members;
-        if (bucket->isEmpty()) vacated(table, fold);
-    }
+    removed(table, bucket, fold);
     return true;
+}
+
+inline void OrderedBuckets::removed(BucketTable* table, const Bucket* bucket, U32 fold) noexcept {
+    --size_;
+    if (table == nullptr) return;
+    --table->members;
+    if (bucket->isEmpty()) vacated(table, fold);
+}
+
+// Finds the seat by the fold: a member is touched only where keys of one fold differ.
+template <class Ops, class IsKey>
+MapLink* OrderedBuckets::take(const Ops& ops, U32 fold, const void* key,
+                              const IsKey& isKey) noexcept {
+    BucketTable* table = nullptr;
+    Bucket* bucket = &root_;
+    while (bucket->isTable()) {
+        table = bucket->table();
+        bucket = &table->at(fold);
+    }
+    if (!bucket->leads()) {
+        for (Bucket::Seats found = bucket->matches(fold); found != 0; found &= found - 1) {
+            const auto seat = static_cast<U32>(std::countr_zero(found));
+            MapLink* const member = bucket->member(seat);
+            if (!isKey(member)) continue;
+            vacate(ops, *bucket, seat);
+            removed(table, bucket, fold);
+            return member;
+        }
+        if (!bucket->hasMore()) return nullptr;
+    }
+    MapLink* const member = find(ops, fold, key, isKey);
+    if (member != nullptr) remove(ops, member);
+    return member;
 }
 
 template <class Ops>
 bool OrderedBuckets::removeFromBucket(const Ops& ops, Bucket& bucket, MapLink* member) noexcept {
-    constexpr U32 last = Bucket::seats - 1;
-    for (U32 seat = 0; seat < bucket.seated(); ++seat) {
-        if (bucket.member(seat) != member) continue;
-        if (!bucket.hasMore()) [[likely]] {
-            bucket.seatOut(seat);
-            return true;
-        }
-        MapLink* const following = std::exchange(bucket.member(last)->next_, nullptr);
-        bucket.seatOut(seat);
-        bucket.moreIs(following->next_ != nullptr);
-        bucket.seatIn(last, following, ops.fold(following));
+    const U32 seat = bucket.seatOf(member);
+    if (seat != Bucket::seats) {
+        vacate(ops, bucket, seat);
         return true;
     }
     if (!bucket.hasMore()) return false;
-    MapLink* before = bucket.member(last);
+    MapLink* before = bucket.member(Bucket::seats - 1);
     while (before->next_ != member)
         if ((before = before->next_) == nullptr) return false;
     before->next_ = std::exchange(member->next_, nullptr);
-    bucket.moreIs(bucket.member(last)->next_ != nullptr);
+    bucket.standingDec();
     return true;
+}
+
+// The first that stands takes the last seat.
+template <class Ops>
+void OrderedBuckets::vacate(const Ops& ops, Bucket& bucket, U32 seat) noexcept {
+    if (!bucket.hasMore()) [[likely]]
+        return bucket.seatOut(seat);
+    constexpr U32 last = Bucket::seats - 1;
+    MapLink* const following = std::exchange(bucket.member(last)->next_, nullptr);
+    bucket.seatOut(seat);
+    bucket.standingDec();
+    bucket.seatIn(last, following, ops.fold(following));
 }
 
 template <class Ops>
@@ -591,6 +628,7 @@ unsigned OrderedBuckets::auditBucket(const Ops& ops, const Bucket& bucket, U32 f
             errors += (at->next_ != nullptr) != (isLast && bucket.hasMore());
         }
         errors += bucket.hasMore() && bucket.seated() != Bucket::seats;
+        errors += length != bucket.seated() + bucket.standing();
     }
     members += length;
     return errors;
