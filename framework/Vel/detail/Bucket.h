@@ -80,14 +80,19 @@ public:
 
     U32 fold(U32 seat) const noexcept { return words_[seat]; }
 
-    // The seats of members with this fold; there are several where keys differ.
-    Seats matches(U32 fold) const noexcept { return same(fold) & taken(); }
+    // The seats with this fold, in order; one that is not taken may be among them. There are several where keys differ.
+    Seats same(U32 fold) const noexcept { return equal(fold); }
+
+    // `seats` for none.
+    static U32 firstOf(Seats set) noexcept {
+        return static_cast<U32>(std::countr_zero(set | Seats{1} << seats));
+    }
 
     // The member's seat; `seats` for one that has none.
     U32 seatOf(const MapLink* member) const noexcept {
-        Seats found = Seats{1} << seats;
+        Seats found = 0;
         for (U32 seat = 0; seat < seats; ++seat) found |= Seats{members_[seat] == member} << seat;
-        const auto seat = static_cast<U32>(std::countr_zero(found));
+        const U32 seat = firstOf(found);
         return seat < seated() ? seat : seats;
     }
 
@@ -202,7 +207,7 @@ private:
         return bits(first) | bits(second) << 4;
     }
 
-    Seats same(U32 fold) const noexcept {
+    Seats equal(U32 fold) const noexcept {
         const __m128i asked = _mm_set1_epi32(static_cast<int>(fold));
         const Words all = words();
         return bits(_mm_cmpeq_epi32(all.first, asked), _mm_cmpeq_epi32(all.second, asked));
@@ -229,7 +234,7 @@ private:
         return ~bits(isNot(all.first), isNot(all.second));
     }
 #else
-    Seats same(U32 fold) const noexcept {
+    Seats equal(U32 fold) const noexcept {
         Seats found = 0;
         for (U32 i = 0; i < seats; ++i) found |= Seats{words_[i] == fold} << i;
         return found;

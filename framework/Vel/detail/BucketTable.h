@@ -97,10 +97,11 @@ private:
 
     // A walk in order steps through the places by large powers of two, which would all fall into one set of a cache.
     // So the high bits of a place stir its low bits; a place stays in its power of two.
-    static U32 indexOf(U32 place) noexcept { return place ^ place >> 7 ^ place >> 13; }
+    static U32 indexOf(U32 place) noexcept { return place ^ place >> 13; }
 
+    // Without a branch: half of all places would be guessed wrong.
     U32 existing(U32 place) const noexcept {
-        return place < count_ ? place : place & (wideMask_ >> 1);
+        return place & (wideMask_ >> 1 | (0 - U32{place < count_}));
     }
 
     unsigned roundDepth() const noexcept {

@@ -80,6 +80,9 @@ public:
     std::size_t heapBytes() const noexcept;
 
 private:
+    template <class Ops, class IsKey>
+    static MapLink* findAside(const Ops& ops, const Bucket& bucket, U32 fold, const void* key,
+                              const IsKey& isKey) noexcept;
     static MapLink* firstOf(const Bucket& bucket) noexcept;
     // The first member behind the range of `fold`'s bucket in `table`.
     static MapLink* firstAfter(const BucketTable* table, U32 fold) noexcept;
@@ -135,26 +138,35 @@ private:
 
 // ---------------------------------------------------------------------------------- looking up
 
+// Kept short: how many look-ups the processor has under way at once, each waiting for memory, depends on it.
 template <class Ops, class IsKey>
 MapLink* OrderedBuckets::find(const Ops& ops, U32 fold, const void* key,
                               const IsKey& isKey) const noexcept {
     const Bucket* bucket = &root_;
     while (bucket->leads()) {
-        if (!bucket->isTable()) [[unlikely]] {
-            if (bucket->sub().prefix() != fold) return nullptr;
-            MapLink* const place = bucket->equal()->notBehind(key);
-            return place != nullptr && isKey(place) ? place : nullptr;
-        }
+        if (!bucket->isTable()) [[unlikely]]
+            return findAside(ops, *bucket, fold, key, isKey);
         bucket = &bucket->table()->at(fold);
     }
-    for (Bucket::Seats found = bucket->matches(fold); found != 0; found &= found - 1) {
-        MapLink* const member = bucket->member(static_cast<U32>(std::countr_zero(found)));
-        if (isKey(member)) return member;
-    }
+    Bucket::Seats same = bucket->same(fold);
+    for (U32 seat = 0; (seat = Bucket::firstOf(same)) < bucket->seated(); same &= same - 1)
+        if (isKey(bucket->member(seat))) return bucket->member(seat);
     if (!bucket->hasMore()) [[likely]]
         return nullptr;
-    if (hashesBelow(fold, bucket->fold(Bucket::seats - 1))) return nullptr;
-    for (MapLink* at = bucket->member(Bucket::seats - 1)->next_; at != nullptr; at = at->next_)
+    return findAside(ops, *bucket, fold, key, isKey);
+}
+
+// Behind the seats, or in an index.
+template <class Ops, class IsKey>
+[[gnu::noinline]] MapLink* OrderedBuckets::findAside(const Ops& ops, const Bucket& bucket, U32 fold,
+                                                     const void* key, const IsKey& isKey) noexcept {
+    if (bucket.isEqual()) {
+        if (bucket.sub().prefix() != fold) return nullptr;
+        MapLink* const place = bucket.equal()->notBehind(key);
+        return place != nullptr && isKey(place) ? place : nullptr;
+    }
+    if (hashesBelow(fold, bucket.fold(Bucket::seats - 1))) return nullptr;
+    for (MapLink* at = bucket.member(Bucket::seats - 1)->next_; at != nullptr; at = at->next_)
         if (ops.fold(at) == fold && isKey(at)) return at;
     return nullptr;
 }
@@ -494,8 +506,8 @@ MapLink* OrderedBuckets::take(const Ops& ops, U32 fold, const void* key,
         bucket = &table->at(fold);
     }
     if (!bucket->leads()) {
-        for (Bucket::Seats found = bucket->matches(fold); found != 0; found &= found - 1) {
-            const auto seat = static_cast<U32>(std::countr_zero(found));
+        Bucket::Seats same = bucket->same(fold);
+        for (U32 seat = 0; (seat = Bucket::firstOf(same)) < bucket->seated(); same &= same - 1) {
             MapLink* const member = bucket->member(seat);
             if (!isKey(member)) continue;
             vacate(ops, *bucket, seat);
