@@ -161,7 +161,7 @@ ObjectHeap::Page* ObjectHeap::newPage(std::size_t granules) {
     if (page != nullptr)
         empty_ = std::exchange(page->next, nullptr);
     else
-        page = ::new (Registry::only().page())
+        page = ::new (pageOf(Registry::only().page()))
             Page{this, nullptr, nullptr, nullptr, nullptr, nullptr, 0, 0, false};
     layOut(page, granules);
     enlist(page);
@@ -169,10 +169,10 @@ ObjectHeap::Page* ObjectHeap::newPage(std::size_t granules) {
 }
 
 void ObjectHeap::layOut(Page* page, std::size_t granules) noexcept {
-    char* const start = reinterpret_cast<char*>(page); // NOLINT: the page's bytes
+    char* const header = reinterpret_cast<char*>(page); // NOLINT: the page's bytes
     page->free = nullptr;
-    page->fresh = start + headerBytes;
-    page->end = start + pageBytes;
+    page->fresh = header + headerBytes;
+    page->end = header + pageBytes - reinterpret_cast<std::uintptr_t>(header) % pageBytes;
     page->granules = static_cast<U32>(granules);
 }
 
