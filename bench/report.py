@@ -140,7 +140,7 @@ def groups(lines):
 def against_goals(lines):
     """Each group's worst ratio over its goal, beside the line that it should stay left of."""
     found = groups(lines)
-    left, width, step, top = 300, 480, 17, 62
+    left, width, step, top = 320, 480, 17, 62
     svg = Svg(left + width + 30, top + step * len(found) + 34, "Our worst figure over the goal")
     svg.text(12, 20, "Our worst figure over the goal", size=14, weight="bold")
     svg.text(12, 38, "Left of the line is met. Filled: 64-bit, hollow: 32-bit. Green met, yellow missed by less than a quarter.",
@@ -153,7 +153,7 @@ def against_goals(lines):
     bottom = top + step * len(found)
     for over in (0.1, 0.2, 0.5, 1, 2, 5, 10):
         svg.line(place(over), top - 8, place(over), bottom, INK if over == 1 else GRID, 1.4 if over == 1 else 1)
-        svg.text(place(over), bottom + 14, f"{over:g}x", "middle", SOFT, 10)
+        svg.text(place(over), bottom + 14, f"{over:g}x" + {0.1: " or less", 10: " or more"}.get(over, ""), "middle", SOFT, 10)
     for index, ((row, part, peer), by_bits) in enumerate(found.items()):
         y = top + step * index + 4
         svg.text(22, y + 4, row, "end", SOFT)
