@@ -25,11 +25,13 @@ def load(path):
 
 
 def save(path, runs):
-    """One line for each figure, so that changes are seen."""
+    """One line for each figure, so that changes are seen; four digits are more than any of them is worth."""
     texts = []
     for run in runs:
         rest = json.dumps({key: value for key, value in run.items() if key != "figures"})
-        rows = ",\n".join("  " + json.dumps(figure) for figure in run["figures"])
+        rounded = [{key: float(f"{value:.4g}") if isinstance(value, float) else value for key, value in figure.items()}
+                   for figure in run["figures"]]
+        rows = ",\n".join("  " + json.dumps(figure) for figure in rounded)
         texts.append(rest[:-1] + ', "figures": [\n' + rows + "\n]}")
     Path(path).write_text("[\n" + ",\n".join(texts) + "\n]\n", encoding="utf-8")
 
