@@ -6,23 +6,15 @@ namespace Vel::detail {
 
 namespace {
 
+// So few buckets need not be fetched ahead.
+constexpr U32 inCache = 256;
+
 // An empty table is given back when it takes no walk over many buckets to forget it.
 bool isOnlyWay(const BucketTable& parent, const BucketTable& child) noexcept {
     return parent.depth(child.prefix()) <= child.shift();
 }
 
 } // namespace
-
-MapLink* OrderedBuckets::firstOf(const Bucket& bucket) noexcept {
-    const Bucket* at = &bucket;
-    while (at->isTable()) {
-        U32 position = 0;
-        if (!at->table()->order.first(position)) return nullptr;
-        at = &at->table()->atPosition(position);
-    }
-    if (at->isEqual()) return at->equal()->head();
-    return at->isEmpty() ? nullptr : at->member(0);
-}
 
 // Buckets that follow in order lie far apart, and so do their members: a walk would wait for memory at each. So what it
 // comes to soon is fetched ahead: a bucket first, its members when it has arrived. Always inline: to GCC a function that
@@ -37,8 +29,21 @@ MapLink* OrderedBuckets::firstOf(const Bucket& bucket) noexcept {
     for (U32 seat = 0; seat < soon.seated(); ++seat) __builtin_prefetch(soon.member(seat));
 }
 
+// Who takes the first member again and again is served like a walk: before a bucket runs out, those behind it come.
+MapLink* OrderedBuckets::firstOf(const Bucket& bucket) noexcept {
+    const Bucket* at = &bucket;
+    while (at->isTable()) {
+        const BucketTable& table = *at->table();
+        U32 position = 0;
+        if (!table.order.first(position)) return nullptr;
+        at = &table.atPosition(position);
+        if (at->seated() == 1 && table.count() > inCache) fetchAhead(table, position);
+    }
+    if (at->isEqual()) return at->equal()->head();
+    return at->isEmpty() ? nullptr : at->member(0);
+}
+
 MapLink* OrderedBuckets::firstAfter(const BucketTable* table, U32 fold) noexcept {
-    constexpr U32 inCache = 256; // buckets
     for (; table != nullptr; table = table->parent) {
         U32 position = table->position(fold);
         if (!table->order.after(position)) continue;
