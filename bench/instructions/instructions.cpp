@@ -129,6 +129,9 @@ void countMaps() {
     count("map remove", members, fullMap, [](auto& state) {
         for (const U32 key : state->keys) state->map.remove(*state->map.find(key));
     });
+    count("map take", members, fullMap, [](auto& state) {
+        for (const U32 key : state->keys) keep(state->map.take(key));
+    });
 }
 
 class Table {
