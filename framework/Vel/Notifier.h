@@ -33,6 +33,8 @@ class Notifier : public Base {
 public:
     using Notifiees = ListRaw<PtrInterface::NotifieeConst>;
 
+    Notifier& operator=(const Notifier&) = delete;
+
     // Who is registered, in order. Notifiees register themselves, also with a notifier that is const to them.
     Notifiees& notifiees() const noexcept { return notifiees_; }
 
@@ -53,8 +55,6 @@ protected:
 
     // A copy listens to nobody and nobody to it.
     Notifier(const Notifier& other) : Base(other) {}
-
-    Notifier& operator=(const Notifier&) = delete;
 
     ~Notifier() override = default;
 
