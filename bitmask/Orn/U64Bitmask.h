@@ -67,7 +67,8 @@ public:
         return Vel::scalarSchema<U64Bitmask>("Orn::U64Bitmask")
             .stored(2, "value", &U64Bitmask::value_)
             .computed(3, "bits", &U64Bitmask::bits)
-            .keyed(4, "bitId", &U64Bitmask::bitId, &U64Bitmask::bitIdIs, &U64Bitmask::bitIdDel)
+            .keyed(4, "bitId", &U64Bitmask::bitId, &U64Bitmask::bitIdIs, &U64Bitmask::bitIdDel,
+                   &U64Bitmask::bits, &U64Bitmask::nextBitId)
             .function(5, "nextBitId", &U64Bitmask::nextBitId, "bitId")
             .constructedFrom("value")
             .hashedBy(Vel::Hash::xorFold);

@@ -6,6 +6,7 @@
 #include <Vel/TraceHandle.h>
 #include <Vel/format.h>
 #include <Vel/traceHelper.h>
+#include <Vel/value/ObjectType.h>
 #include <cstdlib>
 #include <cstring>
 #include <ios>
@@ -14,6 +15,8 @@
 #include <vector>
 
 namespace Brixo {
+
+VEL_DEFINE_ENTITY(CacheTable)
 
 using Vel::BytePtr;
 using Vel::U32;

@@ -27,12 +27,15 @@
 #include <Vel/Ptr.h>
 #include <Vel/PtrInterface.h>
 #include <Vel/String8.h>
+#include <Vel/value/DeclareEntity.h>
 #include <Vel/value/Schema.h>
 
 namespace Brixo {
 
 class BRIXO_API CacheTable : public Vel::PtrInterface {
 public:
+    VEL_ENTITY(CacheTable)
+
     // Which slot holds a key.
     class BRIXO_API VelKeyToIndex final : public Vel::MapMember<DeviceOffset, Vel::U32> {
     public:
@@ -184,13 +187,13 @@ constexpr auto CacheTable::schema() {
         .function(136, "entryDel", &CacheTable::entryDel, "key")
         .function(137, "entry_py", &CacheTable::entry_py, "key")
         .function(138, "entryIs_py", &CacheTable::entryIs_py, "key", "data")
-        .stored(139, "pinbufPtr", &CacheTable::pinbufPtr_)
-        .stored(140, "pinbufSize", &CacheTable::pinbufSize_)
+        .stored(139, "pinbufPtr", &CacheTable::pinbufPtr_, &CacheTable::pinbufPtrIs)
+        .stored(140, "pinbufSize", &CacheTable::pinbufSize_, &CacheTable::pinbufSizeIs)
         .function(141, "entryPtr", &CacheTable::entryPtr, "index")
         .collection(142, "keyToIndex", &CacheTable::keyToIndex_)
         .collection(143, "freeIndex", &CacheTable::freeIndex_)
         .procedure(144, "doRestart", &CacheTable::doRestart)
-        .stored(145, "initialized", &CacheTable::initialized_)
+        .stored(145, "initialized", &CacheTable::initialized_, &CacheTable::initializedIs)
         .procedure(146, "handleInitialized", &CacheTable::handleInitialized)
         .constructedFrom("agentId", "tableId", "size", "entrySize");
 }

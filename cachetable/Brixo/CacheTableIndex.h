@@ -35,8 +35,8 @@ public:
 
     static constexpr auto schema() {
         return Vel::valueSchema<CacheTableIndex>("Brixo::CacheTableIndex")
-            .stored(2, "devId", &CacheTableIndex::devId_)
-            .stored(3, "resourceId", &CacheTableIndex::resourceId_)
+            .stored(2, "devId", &CacheTableIndex::devId_, &CacheTableIndex::devIdIs)
+            .stored(3, "resourceId", &CacheTableIndex::resourceId_, &CacheTableIndex::resourceIdIs)
             .hashedBy(Vel::Hash::none, 4);
     }
 

@@ -1,35 +1,49 @@
 #include <Vel/Builtin.h>
 
+#include <Vel/value/ValueType.h>
+
 namespace Vel {
 
 namespace {
 
 template <class T>
-constexpr const char* builtinName = nullptr;
+constexpr Name builtinName = {};
 
 template <>
-constexpr const char* builtinName<bool> = "bool";
+constexpr Name builtinName<bool> = "bool";
 template <>
-constexpr const char* builtinName<int> = "int";
+constexpr Name builtinName<int> = "int";
 template <>
-constexpr const char* builtinName<unsigned char> = "U8";
+constexpr Name builtinName<unsigned char> = "U8";
 template <>
-constexpr const char* builtinName<unsigned short> = "U16";
+constexpr Name builtinName<unsigned short> = "U16";
 template <>
-constexpr const char* builtinName<unsigned> = "U32";
+constexpr Name builtinName<unsigned> = "U32";
 template <>
-constexpr const char* builtinName<unsigned long long> = "U64";
+constexpr Name builtinName<unsigned long long> = "U64";
 template <>
-constexpr const char* builtinName<BytePtr> = "Vel::BytePtr";
+constexpr Name builtinName<BytePtr> = "Vel::BytePtr";
 template <>
-constexpr const char* builtinName<void*> = "Vel::VoidPtr";
+constexpr Name builtinName<void*> = "Vel::VoidPtr";
 
 } // namespace
 
 template <class T>
 VelType* Builtin<T>::_fwkType() {
-    static auto* const type = new VelType(builtinName<T>, nullptr);
+    static VelType* const type = [] {
+        VelType* const made = new ValueType<T>(builtinName<T>, builtinName<T>, nullptr);
+        made->isValueIs(true);
+        made->hasGenericIfSupportIs(true);
+        made->sizeIs(sizeof(T));
+        VelType::typeNodeIs(made, builtinName<T>);
+        return made;
+    }();
     return type;
+}
+
+template <class T>
+Ptr<GenericIf> Builtin<T>::genericIf(const T& value, bool isConst) {
+    return new ValueGenericIf<T>(value, isConst);
 }
 
 template struct Builtin<bool>;

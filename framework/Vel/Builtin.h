@@ -5,16 +5,24 @@
 #pragma once
 
 #include <Vel/Export.h>
+#include <Vel/GenericIf.h>
+#include <Vel/Integers.h>
+#include <Vel/Ptr.h>
 #include <Vel/VelType.h>
 
 namespace Vel {
 
-using BytePtr = unsigned char*;
+template <class T>
+class ValueGenericIf;
 
 // Defined for the eight types named above alone: any other fails to link.
 template <class T>
 struct Builtin {
+    using GenericIf_ = ValueGenericIf<T>;
+
     VEL_API static VelType* _fwkType();
+    // An adapter of a copy.
+    VEL_API static Ptr<GenericIf> genericIf(const T& value, bool isConst = false);
 };
 
 } // namespace Vel

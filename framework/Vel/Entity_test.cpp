@@ -14,8 +14,9 @@ public:
 
     VelType* fwkType() const override {
         static const Ptr<VelType> type = [] {
-            Ptr<VelType> made = new VelType("Node", nullptr);
-            made->attrIs(new VelAttr("slot", 131, Builtin<unsigned>::_fwkType()));
+            Ptr<VelType> made = new VelType("Node", nullptr, nullptr, VelTypeFlags());
+            made->attrIs("slot", Builtin<unsigned>::_fwkType(), nullptr, nullptr,
+                         VelAttr::AttrFlags::stored, 131);
             return made;
         }();
         return type.ptr();
@@ -101,7 +102,7 @@ TEST(Entity, ParentAttrIsTheAttributeOfTheParentsType) {
     child->parentAttrIdIs(131);
     EXPECT_EQ(child->parentAttrId(), 131u);
     ASSERT_NE(child->parentAttr(), nullptr);
-    EXPECT_STREQ(child->parentAttr()->name(), "slot");
+    EXPECT_EQ(child->parentAttr()->name(), "slot");
     child->parentAttrIdIs(132);
     EXPECT_EQ(child->parentAttr(), nullptr);
 }

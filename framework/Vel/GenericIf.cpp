@@ -1,7 +1,116 @@
 #include <Vel/GenericIf.h>
 
+#include <Vel/ReflectionException.h>
+#include <Vel/VelType.h>
+#include <Vel/format.h>
+#include <string>
+
 namespace Vel {
 
+namespace {
+
+// A name views characters that need not end in a NUL.
+String8 text(Name name) { return String8(name); }
+
+} // namespace
+
 GenericIf::~GenericIf() = default;
+
+void GenericIf::attributeOp(const AttributeOp& op, const Ptr<const GenericIf>&,
+                            const Ptr<GenericIf>&) {
+    refuseIfConst(op);
+    throwUnknownAttrException(type(), op.attributeId());
+}
+
+void GenericIf::attributeOp(const AttributeOp& op, const Ptr<const GenericIf>& index,
+                            const Ptr<GenericIf>& result) const {
+    if (op.modifies()) throwConstException("attempting to modify a const instance");
+    const_cast<GenericIf*>(this)->attributeOp(op, index, result);
+}
+
+AttributeId GenericIf::attributeId(String8 name) const {
+    const VelAttr* const attr = type()->attr(name.view());
+    if (attr == nullptr) throwUnknownAttrException(type(), name.view());
+    return attr->id();
+}
+
+Ptr<GenericIf> GenericIf::genericIfListConstructor(const Ptr<const GenericIf>& arguments) const {
+    return type()->genericIfListConstructor(arguments.ptr());
+}
+
+void GenericIf::velDoZombieReactors(bool v) {
+    if (velMarkedForDeletion() != v) velMarkedForDeletionIs(v);
+}
+
+Ptr<AttributeIterator> GenericIf::attributeIterator(AttributeId id) {
+    throwUnknownAttrException(type(), id);
+}
+
+Ptr<GenericIf> GenericIf::attributeIterator_iterObj(const Ptr<AttributeIterator>& iterator) {
+    return iterator->obj(isConst_);
+}
+
+Ptr<const GenericIf> GenericIf::attributeIterator_iterObj(
+    const Ptr<AttributeIterator>& iterator) const {
+    return iterator->obj(true);
+}
+
+Ptr<GenericIf> GenericIf::attributeIterator_iterKey(const Ptr<AttributeIterator>& iterator) const {
+    return iterator->key();
+}
+
+void GenericIf::attributeIterator_iterInc(const Ptr<AttributeIterator>& iterator) const {
+    iterator->inc();
+}
+
+void GenericIf::attributeIterator_iterDel(const Ptr<AttributeIterator>& iterator) {
+    if (isConst_) throwConstException("attempting to modify a const instance");
+    iterator->del();
+}
+
+bool GenericIf::attributeIterator_nonNull(const Ptr<AttributeIterator>& iterator) const {
+    return iterator->nonNull();
+}
+
+Ptr<AttributeIterator> GenericIf::attributeIterator_iterClone(
+    const Ptr<AttributeIterator>& iterator) const {
+    return iterator->clone();
+}
+
+void GenericIf::throwConstException(const char* words) {
+    throw ReflectionException(words, Exception::Id::constant);
+}
+
+void GenericIf::throwBadIndexAttrException(Name attribute) {
+    throw ReflectionException("attribute " + text(attribute) + " takes no index",
+                              Exception::Id::attribute);
+}
+
+void GenericIf::throwOpNotSupportedException(Name attribute, AttributeOp::Operation operation,
+                                             bool isCollection) {
+    throw ReflectionException((isCollection ? "collection " : "attribute ") + text(attribute) +
+                                  format(" does not support operation %u", operation),
+                              Exception::Id::operation);
+}
+
+void GenericIf::throwTypeException(Name argument) {
+    throw ReflectionException("argument " + text(argument) + " is missing or of another type",
+                              Exception::Id::type);
+}
+
+void GenericIf::throwUnknownArgException(Name attribute) {
+    throw ReflectionException(text(attribute) + " takes no more arguments", Exception::Id::type);
+}
+
+void GenericIf::throwUnknownAttrException(const VelType* type, Name attribute) {
+    throw ReflectionException(text(type->qualifiedName()) + " has no attribute " + text(attribute),
+                              Exception::Id::attribute);
+}
+
+void GenericIf::throwUnknownAttrException(const VelType* type, AttributeId attribute) {
+    throw ReflectionException(text(type->qualifiedName()) +
+                                  format(" has no attribute %u", attribute),
+                              Exception::Id::attribute);
+}
 
 } // namespace Vel

@@ -8,7 +8,12 @@ namespace Vel {
 VelType* PtrInterface::fwkType() const { return _fwkType(); }
 
 VelType* PtrInterface::_fwkType() {
-    static auto* const type = new VelType("PtrInterface", nullptr);
+    static VelType* const type = [] {
+        auto* made = new VelType("PtrInterface", nullptr, nullptr, VelTypeFlags());
+        made->referencesLeak();
+        VelType::typeNodeIs(made, "Vel::PtrInterface");
+        return made;
+    }();
     return type;
 }
 

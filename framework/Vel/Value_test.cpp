@@ -177,7 +177,8 @@ TEST(Value, RefusesEveryCutText) {
 TEST(Value, AdaptersWrapCopies) {
     auto* type = ValueType<Port>::instance();
     EXPECT_EQ(Port::_fwkType(), type);
-    EXPECT_STREQ(type->name(), "Net::Port");
+    EXPECT_EQ(type->name(), "Port");
+    EXPECT_EQ(type->qualifiedName(), "Net::Port");
     const Port port(80);
     const Ptr<GenericIf> byAddress = type->genericIf(static_cast<const void*>(&port), true);
     const Ptr<GenericIf> byText = type->genericIf(String8("443"), false);

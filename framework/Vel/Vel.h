@@ -1,23 +1,31 @@
 // Vel.h - everything of the framework, the facets that define a value type included.
 #pragma once
 
+#include <Vel/Any.h>
+#include <Vel/Arguments.h>
 #include <Vel/Assert.h>
 #include <Vel/AttributeId.h>
+#include <Vel/AttributeIterator.h>
+#include <Vel/AttributeOp.h>
 #include <Vel/BaseCollection.h>
 #include <Vel/BaseRefCollection.h>
 #include <Vel/BitSet.h>
 #include <Vel/Builtin.h>
 #include <Vel/ByteConnection.h>
+#include <Vel/DefineModule.h>
 #include <Vel/Entity.h>
 #include <Vel/Exception.h>
 #include <Vel/Expect.h>
 #include <Vel/Export.h>
 #include <Vel/FdConnection.h>
 #include <Vel/GenericIf.h>
+#include <Vel/GenericIfList.h>
+#include <Vel/GenericIfPtrInterface.h>
 #include <Vel/HashMap.h>
 #include <Vel/HashMapGeneric.h>
 #include <Vel/HashMapVTable.h>
 #include <Vel/Integers.h>
+#include <Vel/IntrospectionReactor.h>
 #include <Vel/KeyHash.h>
 #include <Vel/KeyedCollection.h>
 #include <Vel/LinkedQueue.h>
@@ -25,6 +33,8 @@
 #include <Vel/MapLink.h>
 #include <Vel/MapMember.h>
 #include <Vel/MemoryConnection.h>
+#include <Vel/Module.h>
+#include <Vel/Name.h>
 #include <Vel/NboAttrLog.h>
 #include <Vel/Notifiee.h>
 #include <Vel/NotifieeConst.h>
@@ -33,9 +43,11 @@
 #include <Vel/PtrInterface.h>
 #include <Vel/PtrTrack.h>
 #include <Vel/RangeException.h>
+#include <Vel/ReflectionException.h>
 #include <Vel/StreamBogon.h>
 #include <Vel/String8.h>
 #include <Vel/TraceHandle.h>
+#include <Vel/TypeDescription.h>
 #include <Vel/TypeSection.h>
 #include <Vel/VFPtrInterface.h>
 #include <Vel/Value.h>
@@ -46,6 +58,7 @@
 #include <Vel/deserializeAttr.h>
 #include <Vel/forcePointerAccessH.h>
 #include <Vel/format.h>
+#include <Vel/nearestNames.h>
 #include <Vel/needString.h>
 #include <Vel/networkByteOrder.h>
 #include <Vel/sequenceToValue.h>
@@ -54,8 +67,10 @@
 #include <Vel/textReading.h>
 #include <Vel/textWriting.h>
 #include <Vel/traceHelper.h>
+#include <Vel/value/DeclareEntity.h>
 #include <Vel/value/Define.h>
 #include <Vel/value/DefineEnum.h>
 #include <Vel/value/EnumFunctions.h>
+#include <Vel/value/ObjectType.h>
 #include <Vel/valueToStrep.h>
 #include <Vel/valueToStrepOfRawPtr.h>

@@ -1,31 +1,103 @@
 #include <Vel/VelType.h>
 
+#include <Vel/Assert.h>
+#include <Vel/Builtin.h>
+#include <Vel/GenericIf.h>
+#include <Vel/GenericIfPtrInterface.h>
+#include <Vel/Module.h>
+#include <unordered_map>
+
 namespace Vel {
+
+namespace {
+
+// Never destroyed: types are looked up until the process ends.
+std::unordered_map<Name, VelType*>& typeNodes() {
+    static auto* const nodes = new std::unordered_map<Name, VelType*>;
+    return *nodes;
+}
+
+// A builtin binds itself when its descriptor is made.
+bool bindBuiltins() {
+    return Builtin<bool>::_fwkType() != nullptr && Builtin<int>::_fwkType() != nullptr &&
+           Builtin<U8>::_fwkType() != nullptr && Builtin<U16>::_fwkType() != nullptr &&
+           Builtin<U32>::_fwkType() != nullptr && Builtin<U64>::_fwkType() != nullptr &&
+           Builtin<BytePtr>::_fwkType() != nullptr && Builtin<void*>::_fwkType() != nullptr &&
+           PtrInterface::_fwkType() != nullptr;
+}
+
+} // namespace
+
+VelType::VelType(Name shortName, VelType* base, VelType* scope, const VelTypeFlags& flags)
+    : shortName_(shortName), qualifiedName_(shortName), base_(base), scope_(scope), flags_(flags) {}
 
 VelType::~VelType() = default;
 
-void VelType::attrIs(const Ptr<VelAttr>& attr) {
-    for (Ptr<VelAttr>& old : attrs_) {
-        if (std::string_view(old->name()) == attr->name()) {
-            old = attr;
-            return;
-        }
-    }
-    attrs_.push_back(attr);
+bool VelType::isKindOf(const VelType* other) const noexcept {
+    const VelType* type = this;
+    while (type != nullptr && type != other) type = type->base_;
+    return type != nullptr;
 }
 
-VelAttr* VelType::attr(std::string_view name) const noexcept {
+VelAttr* VelType::attr(Name name) const noexcept {
     for (const VelType* type = this; type != nullptr; type = type->base_)
-        for (const Ptr<VelAttr>& attr : type->attrs_)
-            if (name == attr->name()) return attr.ptr();
+        if (VelAttr* const attr = type->attributes_.find(name)) return attr;
     return nullptr;
 }
 
 VelAttr* VelType::attr(AttributeId id) const noexcept {
     for (const VelType* type = this; type != nullptr; type = type->base_)
-        for (const Ptr<VelAttr>& attr : type->attrs_)
-            if (attr->id() == id) return attr.ptr();
+        if (VelAttr* const attr = type->attributes_.find(id)) return attr;
     return nullptr;
 }
+
+VelAttr* VelType::attrIs(Name name, const Ptr<VelType>& type, VelAttr* keyAttr, VelAttr* valueAttr,
+                         const VelAttr::AttrFlags& flags, AttributeId id) {
+    attrDel(name);
+    const Ptr<VelAttr> attr = new VelAttr(name, type.ptr(), keyAttr, valueAttr, flags, id);
+    attr->scopeIs(this);
+    attributes_.add(*attr);
+    return attr.ptr();
+}
+
+bool VelType::attrDel(Name name) { return attributes_.remove(name); }
+
+void VelType::typeNodeIs(VelType* type, Name qualifiedName) {
+    const auto [node, isNew] = typeNodes().try_emplace(qualifiedName, type);
+    VEL_ASSERT(node->second == type);
+    if (isNew) type->qualifiedName_ = qualifiedName;
+}
+
+VelType* VelType::typeNode(Name qualifiedName) {
+    static const bool hasBuiltins = bindBuiltins();
+    VEL_ASSERT(hasBuiltins);
+    Module::bindPending();
+    const auto node = typeNodes().find(qualifiedName);
+    return node != typeNodes().end() ? node->second : nullptr;
+}
+
+Ptr<GenericIf> VelType::genericIf(const void*, bool) const {
+    GenericIf::throwTypeException(qualifiedName_);
+}
+
+Ptr<GenericIf> VelType::genericIf(const String8&, bool) const {
+    GenericIf::throwTypeException(qualifiedName_);
+}
+
+Ptr<GenericIf> VelType::genericIf(const GenericIf*, bool) const { return nullptr; }
+
+Ptr<GenericIf> VelType::genericIf(GenericIf* other, bool isConst) {
+    return genericIf(static_cast<const GenericIf*>(other), isConst);
+}
+
+Ptr<GenericIf> VelType::genericIf(PtrInterface* object, bool isConst) {
+    return new GenericIfPtrInterface(object, isConst);
+}
+
+Ptr<GenericIf> VelType::genericIfListConstructor(const GenericIf*) const {
+    GenericIf::throwTypeException(qualifiedName_);
+}
+
+Ptr<GenericIf> VelType::newGenericIf() const { GenericIf::throwTypeException(qualifiedName_); }
 
 } // namespace Vel

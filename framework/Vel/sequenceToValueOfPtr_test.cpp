@@ -15,7 +15,7 @@ public:
     using Entity::Entity;
 
     VelType* fwkType() const override {
-        static const Ptr<VelType> type = new VelType("Port", nullptr);
+        static const Ptr<VelType> type = new VelType("Port", nullptr, nullptr, VelTypeFlags());
         return type.ptr();
     }
 };

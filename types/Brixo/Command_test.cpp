@@ -14,7 +14,7 @@ TEST(Command, ConvertsFromAndToItsNames) {
 }
 
 TEST(Command, HasOneDescriptorWithoutABase) {
-    EXPECT_STREQ(_fwkType_Command()->name(), "Brixo::Command");
+    EXPECT_EQ(_fwkType_Command()->qualifiedName(), "Brixo::Command");
     EXPECT_EQ(_fwkType_Command(), _fwkType_Command());
     EXPECT_EQ(_fwkType_Command()->base(), nullptr);
 }

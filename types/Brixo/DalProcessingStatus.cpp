@@ -1,6 +1,10 @@
 #include <Brixo/DalProcessingStatus.h>
 
+#include <Vel/value/ObjectType.h>
+
 namespace Brixo {
+
+VEL_DEFINE_ENTITY(DalProcessingStatus)
 
 using Vel::U32;
 using Vel::U64;

@@ -17,12 +17,15 @@
 #include <Vel/Notifiee.h>
 #include <Vel/Notifier.h>
 #include <Vel/Ptr.h>
+#include <Vel/value/DeclareEntity.h>
 #include <Vel/value/Schema.h>
 
 namespace Brixo {
 
 class BRIXO_API DalProcessingStatus : public Vel::Notifier<DalProcessingStatus, Vel::MapLink> {
 public:
+    VEL_ENTITY(DalProcessingStatus)
+
     using Key = DalId;
     using Value = Vel::Ptr<DalProcessingStatus>;
 
@@ -139,10 +142,13 @@ BRIXO_API Vel::Ptr<DalProcessingStatus> dalProcessingStatusFactory(DalId dalId);
 constexpr auto DalProcessingStatus::schema() {
     return Vel::entitySchema<DalProcessingStatus>("Brixo::DalProcessingStatus")
         .stored(130, "dalId", &DalProcessingStatus::dalId_)
-        .stored(131, "lastEnqueuedCmdIndex", &DalProcessingStatus::lastEnqueuedCmdIndex_)
+        .stored(131, "lastEnqueuedCmdIndex", &DalProcessingStatus::lastEnqueuedCmdIndex_,
+                &DalProcessingStatus::lastEnqueuedCmdIndexIs)
         .stored(lastProcessedCmdIndexId, "lastProcessedCmdIndex",
-                &DalProcessingStatus::lastProcessedCmdIndex_)
-        .stored(133, "trackErrors", &DalProcessingStatus::trackErrors_)
+                &DalProcessingStatus::lastProcessedCmdIndex_,
+                &DalProcessingStatus::lastProcessedCmdIndexIs)
+        .stored(133, "trackErrors", &DalProcessingStatus::trackErrors_,
+                &DalProcessingStatus::trackErrorsIs)
         .collection(134, "errorCode", &DalProcessingStatus::errorCode_)
         .collection(135, "errorBucket", &DalProcessingStatus::errorBucket_)
         .computed(0, "fwkKey", &DalProcessingStatus::fwkKey, Vel::Introspection::plain)

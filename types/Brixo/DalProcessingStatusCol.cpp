@@ -1,9 +1,12 @@
 #include <Brixo/DalProcessingStatusCol.h>
 
 #include <Vel/RangeException.h>
+#include <Vel/value/ObjectType.h>
 #include <vector>
 
 namespace Brixo {
+
+VEL_DEFINE_ENTITY(DalProcessingStatusCol)
 
 using Vel::Ptr;
 
@@ -42,7 +45,7 @@ Ptr<DalProcessingStatus> DalProcessingStatusCol::processingStatusDel(DalId dalId
 
 Ptr<DalProcessingStatus> DalProcessingStatusCol::processingStatusDel(
     ProcessingStatus::Iterator& position) {
-    const Ptr<DalProcessingStatus> status = position.entry();
+    Ptr<DalProcessingStatus> status = position.entry();
     processingStatus_.del(position);
     processingStatusNotify(status->dalId());
     return status;

@@ -13,12 +13,15 @@
 #include <Vel/Notifiee.h>
 #include <Vel/Notifier.h>
 #include <Vel/Ptr.h>
+#include <Vel/value/DeclareEntity.h>
 #include <Vel/value/Schema.h>
 
 namespace Brixo {
 
 class BRIXO_API DalProcessingStatusCol : public Vel::Notifier<DalProcessingStatusCol> {
 public:
+    VEL_ENTITY(DalProcessingStatusCol)
+
     // Who wants to know which statuses there are. Each does nothing unless overridden.
     class BRIXO_API NotifieeConst : public Vel::Notifiee<DalProcessingStatusCol> {
     public:
@@ -72,9 +75,12 @@ private:
 };
 
 constexpr auto DalProcessingStatusCol::schema() {
-    return Vel::entitySchema<DalProcessingStatusCol>("Brixo::DalProcessingStatusCol")
-        .collection(processingStatusId, "processingStatus",
-                    &DalProcessingStatusCol::processingStatus_);
+    using Self = DalProcessingStatusCol;
+    using Delete = Vel::Ptr<DalProcessingStatus> (Self::*)(DalId);
+    return Vel::entitySchema<Self>("Brixo::DalProcessingStatusCol")
+        .collection(processingStatusId, "processingStatus", &Self::processingStatus_,
+                    &Self::processingStatusIs, Delete(&Self::processingStatusDel),
+                    &Self::processingStatusDelAll);
 }
 
 } // namespace Brixo

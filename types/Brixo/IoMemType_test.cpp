@@ -12,7 +12,7 @@ TEST(IoMemType, ConvertsFromAndToItsNames) {
 }
 
 TEST(IoMemType, HasOneDescriptorWithoutABase) {
-    EXPECT_STREQ(_fwkType_IoMemType()->name(), "Brixo::IoMemType");
+    EXPECT_EQ(_fwkType_IoMemType()->qualifiedName(), "Brixo::IoMemType");
     EXPECT_EQ(_fwkType_IoMemType(), _fwkType_IoMemType());
     EXPECT_EQ(_fwkType_IoMemType()->base(), nullptr);
 }

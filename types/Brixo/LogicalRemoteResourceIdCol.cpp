@@ -1,6 +1,10 @@
 #include <Brixo/LogicalRemoteResourceIdCol.h>
 
+#include <Vel/value/ObjectType.h>
+
 namespace Brixo {
+
+VEL_DEFINE_ENTITY(LogicalRemoteResourceIdCol)
 
 LogicalRemoteResourceIdCol::LogicalRemoteResourceIdCol() = default;
 

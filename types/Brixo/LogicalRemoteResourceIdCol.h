@@ -15,12 +15,15 @@
 #include <Vel/MapMember.h>
 #include <Vel/Ptr.h>
 #include <Vel/PtrInterface.h>
+#include <Vel/value/DeclareEntity.h>
 #include <Vel/value/Schema.h>
 
 namespace Brixo {
 
 class BRIXO_API LogicalRemoteResourceIdCol : public Vel::PtrInterface {
 public:
+    VEL_ENTITY(LogicalRemoteResourceIdCol)
+
     class BRIXO_API VelResourceId final
         : public Vel::MapMember<LogicalResourceId, LogicalRemoteResourceId> {
     public:

@@ -1,6 +1,10 @@
 #include <Brixo/PhysicalResourceIdCol.h>
 
+#include <Vel/value/ObjectType.h>
+
 namespace Brixo {
+
+VEL_DEFINE_ENTITY(PhysicalResourceIdCol)
 
 PhysicalResourceIdCol::PhysicalResourceIdCol() = default;
 

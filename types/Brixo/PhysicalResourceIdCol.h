@@ -11,12 +11,15 @@
 #include <Vel/MapMember.h>
 #include <Vel/Ptr.h>
 #include <Vel/PtrInterface.h>
+#include <Vel/value/DeclareEntity.h>
 #include <Vel/value/Schema.h>
 
 namespace Brixo {
 
 class BRIXO_API PhysicalResourceIdCol : public Vel::PtrInterface {
 public:
+    VEL_ENTITY(PhysicalResourceIdCol)
+
     class BRIXO_API VelResourceId final : public Vel::MapMember<Vel::U64, PhysicalResourceId> {
     public:
         explicit VelResourceId(const PhysicalResourceId& value) : MapMember(keyOf(value), value) {}

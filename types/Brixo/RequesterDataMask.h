@@ -62,7 +62,7 @@ public:
 
     static constexpr auto schema() {
         return Vel::valueSchema<RequesterDataMask>("Brixo::RequesterDataMask")
-            .stored(2, "valid", &RequesterDataMask::valid_)
+            .stored(2, "valid", &RequesterDataMask::valid_, &RequesterDataMask::validIs)
             .collection(3, "mask", &RequesterDataMask::mask_)
             .function(4, "setBitRange", &RequesterDataMask::setBitRange, "start", "end")
             .function(5, "setBitOffsetAndLength", &RequesterDataMask::setBitOffsetAndLength,

@@ -1,6 +1,10 @@
 #include <Brixo/ResourceIdToDataMaskMap.h>
 
+#include <Vel/value/ObjectType.h>
+
 namespace Brixo {
+
+VEL_DEFINE_ENTITY(ResourceIdToDataMaskMap)
 
 ResourceIdToDataMaskMap::ResourceIdToDataMaskMap() = default;
 

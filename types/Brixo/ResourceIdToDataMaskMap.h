@@ -12,12 +12,15 @@
 #include <Vel/MapMember.h>
 #include <Vel/Ptr.h>
 #include <Vel/PtrInterface.h>
+#include <Vel/value/DeclareEntity.h>
 #include <Vel/value/Schema.h>
 
 namespace Brixo {
 
 class BRIXO_API ResourceIdToDataMaskMap : public Vel::PtrInterface {
 public:
+    VEL_ENTITY(ResourceIdToDataMaskMap)
+
     class BRIXO_API VelDataMask final
         : public Vel::MapMember<PhysicalResourceId, RequesterDataMask> {
     public:

@@ -13,7 +13,7 @@ TEST(ResourceType, ConvertsFromAndToItsNames) {
 }
 
 TEST(ResourceType, HasOneDescriptorWithoutABase) {
-    EXPECT_STREQ(_fwkType_ResourceType()->name(), "Brixo::ResourceType");
+    EXPECT_EQ(_fwkType_ResourceType()->qualifiedName(), "Brixo::ResourceType");
     EXPECT_EQ(_fwkType_ResourceType(), _fwkType_ResourceType());
     EXPECT_EQ(_fwkType_ResourceType()->base(), nullptr);
 }

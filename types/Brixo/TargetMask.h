@@ -54,7 +54,7 @@ public:
             .function(130, "maskFromDevId", &TargetMask::maskFromDevId, "devId")
             .computed(131, "targets", &TargetMask::targets)
             .keyed(132, "targetId", &TargetMask::targetId, &TargetMask::targetIdIs,
-                   &TargetMask::targetIdDel)
+                   &TargetMask::targetIdDel, &TargetMask::targets, &TargetMask::nextTargetId)
             .function(133, "nextTargetId", &TargetMask::nextTargetId, "targetId")
             .constructedFrom("value");
     }

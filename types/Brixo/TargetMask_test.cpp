@@ -158,7 +158,7 @@ TEST(TargetMask, PrintsReadsAndLogsItsValue) {
 }
 
 TEST(TargetMask, ItsTypeHasNoBase) {
-    EXPECT_STREQ(TargetMask::_fwkType()->name(), "Brixo::TargetMask");
+    EXPECT_EQ(TargetMask::_fwkType()->qualifiedName(), "Brixo::TargetMask");
     EXPECT_EQ(TargetMask::_fwkType()->base(), nullptr);
 }
 

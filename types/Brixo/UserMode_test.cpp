@@ -12,7 +12,7 @@ TEST(UserMode, ConvertsFromAndToItsNames) {
 }
 
 TEST(UserMode, HasOneDescriptorWithoutABase) {
-    EXPECT_STREQ(_fwkType_UserMode()->name(), "Brixo::UserMode");
+    EXPECT_EQ(_fwkType_UserMode()->qualifiedName(), "Brixo::UserMode");
     EXPECT_EQ(_fwkType_UserMode(), _fwkType_UserMode());
     EXPECT_EQ(_fwkType_UserMode()->base(), nullptr);
 }

@@ -4,6 +4,7 @@
 #include <Vel/RangeException.h>
 #include <Vel/sequenceToValue.h>
 #include <Vel/value/EnumFunctions.h>
+#include <Vel/value/ValueType.h>
 #include <Vel/value/WriteStrep.h>
 #include <algorithm>
 #include <array>
@@ -49,17 +50,6 @@ E readEnum(String8::IteratorConst& pos, const String8::IteratorConst& end, E* va
     return read;
 }
 
-// The descriptor of an enumeration; one for each, never destroyed.
-template <DeclaredEnum E>
-VelType* enumType() {
-    static VelType* const type = [] {
-        auto* made = new VelType(enumSchema<E>.qualifiedName().data(), nullptr);
-        made->referencesLeak();
-        return made;
-    }();
-    return type;
-}
-
 } // namespace Vel::detail
 
 #define VEL_DEFINE_ENUM(E)                                                                         \
@@ -74,4 +64,4 @@ VelType* enumType() {
     std::ostream& operator<<(std::ostream& out, const E& value) {                                  \
         return out << ::Vel::detail::enumName(value);                                              \
     }                                                                                              \
-    ::Vel::VelType* _fwkType_##E() { return ::Vel::detail::enumType<E>(); }
+    ::Vel::VelType* _fwkType_##E() { return ::Vel::ValueType<E>::instance(); }

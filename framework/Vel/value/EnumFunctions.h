@@ -38,4 +38,6 @@ void strepToValue(const String8& text, E* value) {
     API ::Vel::String8 valueToStrep(const E& value);                                               \
     /* The bare name. */                                                                           \
     API std::ostream& operator<<(std::ostream& out, const E& value);                               \
-    API ::Vel::VelType* _fwkType_##E()
+    API ::Vel::VelType* _fwkType_##E();                                                            \
+    inline ::Vel::VelType* velEnumType(E) { return _fwkType_##E(); }                               \
+    static_assert(true)

@@ -31,7 +31,7 @@ enum class AttributeKind : U8 {
     constant,   // a value that a static function gives
     function,   // takes arguments, or acts
     collection, // a KeyedCollection that the object holds
-    keyed,      // values by key that the object computes: a reader, a writer and a deleter
+    keyed,      // values by key that the object computes: KeyedAccess
 };
 
 // How a text form looks: the bare value of the one field, or Value('Name', ** {...}).
@@ -51,15 +51,36 @@ struct Introspection {
     static constexpr U8 procedural = 8;
 };
 
-template <AttributeKind Kind, class Access, std::size_t argumentCount = 0>
+template <AttributeKind Kind, class Access, std::size_t argumentCount = 0,
+          class Writer = std::nullptr_t>
 struct Attribute {
     static constexpr AttributeKind kind = Kind;
 
     AttributeId id;
     std::string_view name;
-    Access access; // pointer to member, function, or a tuple of three for keyed attributes
+    Access access; // pointer to member, function, or KeyedAccess
     U8 introspection;
     std::array<std::string_view, argumentCount> arguments;
+    Writer
+        writer{}; // a member function, or MemberWriters; null for what the field's own operations write
+};
+
+// How the values of a keyed attribute are reached: member functions of the object.
+template <class Reader, class Writer, class Deleter, class Counter, class Next>
+struct KeyedAccess {
+    Reader reader;   // Value (Key) const
+    Writer writer;   // void (Key, Value)
+    Deleter deleter; // (Key)
+    Counter counter; // U32 () const
+    Next next;       // Key (Key) const: the key behind one, from and to Key::null()
+};
+
+// How a collection is written when more has to happen than the collection does by itself.
+template <class Inserter, class Deleter, class Emptier>
+struct MemberWriters {
+    Inserter inserter; // (Key)
+    Deleter deleter;   // (Key)
+    Emptier emptier;   // ()
 };
 
 // Whether an attribute is part of the value: compared, hashed, printed and logged.
@@ -103,6 +124,14 @@ public:
         return with<AttributeKind::stored>(id, name, field, Introspection::stored);
     }
 
+    // The same for an attribute with a writer, xIs().
+    template <class Owner, class Field, class Writer>
+    constexpr auto stored(AttributeId id, std::string_view name, Field Owner::*field,
+                          Writer writer) const {
+        return add(Attribute<AttributeKind::stored, Field Owner::*, 0, Writer>{
+            id, name, field, Introspection::stored, {}, writer});
+    }
+
     template <class Getter>
     constexpr auto computed(AttributeId id, std::string_view name, Getter getter,
                             U8 introspection = Introspection::procedural) const {
@@ -132,10 +161,20 @@ public:
         return with<AttributeKind::collection>(id, name, field, Introspection::stored);
     }
 
-    template <class Reader, class Writer, class Deleter>
+    // The same for a collection with writers of its own: xIs(key), xDel(key), xDelAll().
+    template <class Owner, class Field, class Inserter, class Deleter, class Emptier>
+    constexpr auto collection(AttributeId id, std::string_view name, Field Owner::*field,
+                              Inserter inserter, Deleter deleter, Emptier emptier) const {
+        using Writers = MemberWriters<Inserter, Deleter, Emptier>;
+        return add(Attribute<AttributeKind::collection, Field Owner::*, 0, Writers>{
+            id, name, field, Introspection::stored, {}, {inserter, deleter, emptier}});
+    }
+
+    template <class Reader, class Writer, class Deleter, class Counter, class Next>
     constexpr auto keyed(AttributeId id, std::string_view name, Reader reader, Writer writer,
-                         Deleter deleter) const {
-        return with<AttributeKind::keyed>(id, name, std::tuple(reader, writer, deleter),
+                         Deleter deleter, Counter counter, Next next) const {
+        using Access = KeyedAccess<Reader, Writer, Deleter, Counter, Next>;
+        return with<AttributeKind::keyed>(id, name, Access{reader, writer, deleter, counter, next},
                                           Introspection::plain);
     }
 
@@ -180,13 +219,14 @@ private:
     template <AttributeKind kind, class Access, class... Names>
     constexpr auto with(AttributeId id, std::string_view name, Access access, U8 introspection,
                         Names... arguments) const {
-        using Added = Attribute<kind, Access, sizeof...(Names)>;
-        return Schema<T, Base, inherited, constructorArguments, Attributes..., Added>{
-            qualifiedName, form,
+        return add(Attribute<kind, Access, sizeof...(Names)>{
+            id, name, access, introspection, {arguments...}, {}});
+    }
 
-            hash, constructor,
-            std::tuple_cat(attributes,
-                           std::tuple(Added{id, name, access, introspection, {arguments...}}))};
+    template <class Added>
+    constexpr auto add(const Added& added) const {
+        return Schema<T, Base, inherited, constructorArguments, Attributes..., Added>{
+            qualifiedName, form, hash, constructor, std::tuple_cat(attributes, std::tuple(added))};
     }
 };
 

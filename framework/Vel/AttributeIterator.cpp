@@ -1,0 +1,7 @@
+#include <Vel/AttributeIterator.h>
+
+namespace Vel {
+
+AttributeIterator::~AttributeIterator() = default;
+
+} // namespace Vel

@@ -1,0 +1,59 @@
+// DefineModule.h - VEL_MODULE: what a module's source file says; see Module.h.
+#pragma once
+
+#include <Vel/Module.h>
+#include <Vel/Name.h>
+#include <Vel/value/Describe.h>
+#include <array>
+#include <cstddef>
+#include <ios>
+
+namespace Vel::detail {
+
+template <class... Types>
+inline constexpr std::array<const TypeDescription*, sizeof...(Types)> moduleTypes{
+    &descriptionOf<Types>...};
+
+// The names of a module's types as the section holds them.
+template <class... Types>
+class ModuleNames {
+    static constexpr std::size_t size = (0 + ... + (qualifiedNameOf<Types>().size() + 1));
+
+public:
+    constexpr ModuleNames() {
+        constexpr auto& types = moduleTypes<Types...>;
+        std::size_t at = 0;
+        for (std::size_t first = 0, last = 0; first < types.size(); first = last) {
+            while (last < types.size() && types[last]->nameSpace() == types[first]->nameSpace())
+                ++last;
+            for (std::size_t i = last; i > first; --i) {
+                for (const char c : types[i - 1]->qualifiedName) chars_[at++] = c;
+                chars_[at++] = '\0';
+            }
+        }
+    }
+
+private:
+    char chars_[size]{};
+};
+
+// Loads a module with its library.
+class ModuleLoader {
+public:
+    explicit ModuleLoader(Module& module) { module.load(); }
+
+private:
+    std::ios_base::Init stream_; // before any type may write to a stream
+};
+
+} // namespace Vel::detail
+
+// The section is kept when the linker drops what nothing refers to; a module's names start on a boundary of their own.
+#define VEL_MODULE(routine, ...)                                                                   \
+    namespace {                                                                                    \
+    [[gnu::section(".vel.type"), gnu::used,                                                        \
+      gnu::retain]] alignas(16) constinit ::Vel::detail::ModuleNames<__VA_ARGS__> routine##Names;  \
+    constinit ::Vel::Module routine##Module(::Vel::detail::moduleTypes<__VA_ARGS__>);              \
+    const ::Vel::detail::ModuleLoader routine##Loader(routine##Module);                            \
+    }                                                                                              \
+    extern "C" void routine() { routine##Module.registerTypes(); }

@@ -1,0 +1,7 @@
+#include <Vel/ReflectionException.h>
+
+namespace Vel {
+
+ReflectionException::~ReflectionException() = default;
+
+} // namespace Vel

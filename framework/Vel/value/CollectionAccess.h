@@ -1,0 +1,136 @@
+// CollectionAccess.h - the members of a collection attribute of an object, whether it holds a KeyedCollection or computes
+// its values: the same operations for both.
+#pragma once
+
+#include <Vel/Integers.h>
+#include <Vel/value/AttributeTraits.h>
+#include <functional>
+#include <type_traits>
+#include <utility>
+
+namespace Vel {
+
+template <class T, std::size_t index, AttributeKind kind = kindAt<T, index>>
+class CollectionAccess;
+
+template <class T, std::size_t index>
+class CollectionAccess<T, index, AttributeKind::collection> {
+    using Traits = AttributeTraits<T, index>;
+    using Collection = typename Traits::Collection;
+    static constexpr const auto& writers = attributeAt<T, index>.writer;
+    static constexpr bool hasWriters = !std::is_null_pointer_v<WriterAt<T, index>>;
+
+public:
+    using Key = typename Traits::Key;
+    using Value = typename Traits::Value;
+    using Position = typename Collection::Iterator;
+
+    explicit CollectionAccess(T& object) noexcept : object_(object) {}
+
+    Value value(const Key& key) const { return collection().value(key); }
+
+    bool has(const Key& key) const { return collection().find(key) != nullptr; }
+
+    U32 count() const { return collection().count(); }
+
+    void set(const Key& key, const Value& value) { collection().set(key, value); }
+
+    // A value that holds its key.
+    void set(const Value& value) { collection().set(value); }
+
+    // An object that is its own member: made if it is not there yet.
+    void insert(const Key& key) {
+        if constexpr (hasWriters)
+            std::invoke(writers.inserter, object_, key);
+        else if (!has(key))
+            collection().create(key);
+    }
+
+    void del(const Key& key) {
+        if constexpr (hasWriters)
+            std::invoke(writers.deleter, object_, key);
+        else
+            collection().del(key);
+    }
+
+    void delAll() {
+        if constexpr (hasWriters)
+            std::invoke(writers.emptier, object_);
+        else
+            collection().delAll();
+    }
+
+    Position begin() const { return collection().begin(); }
+
+    static bool isAtEnd(const Position& position) { return !position; }
+
+    Key keyAt(const Position& position) const { return position.key(); }
+
+    Value valueAt(const Position& position) const { return (*position).second; }
+
+    void advance(Position& position) const { position.advance(); }
+
+    // Stands on the next member before the one it stood on goes.
+    void del(Position& position) {
+        const Key key = keyAt(position);
+        advance(position);
+        del(key);
+    }
+
+private:
+    Collection& collection() const noexcept { return object_.*(attributeAt<T, index>.access); }
+
+    T& object_;
+};
+
+template <class T, std::size_t index>
+class CollectionAccess<T, index, AttributeKind::keyed> {
+    using Traits = AttributeTraits<T, index>;
+    static constexpr const auto& access = attributeAt<T, index>.access;
+
+public:
+    using Key = typename Traits::Key;
+    using Value = typename Traits::Value;
+    using Position = Key; // Key::null() behind the last
+
+    explicit CollectionAccess(T& object) noexcept : object_(object) {}
+
+    Value value(const Key& key) const { return std::invoke(access.reader, object_, key); }
+
+    bool has(const Key& key) const { return static_cast<bool>(value(key)); }
+
+    U32 count() const { return std::invoke(access.counter, object_); }
+
+    void set(const Key& key, const Value& value) {
+        std::invoke(access.writer, object_, key, value);
+    }
+
+    void del(const Key& key) { std::invoke(access.deleter, object_, key); }
+
+    void delAll() {
+        for (Position at = begin(); !isAtEnd(at);) del(at);
+    }
+
+    Position begin() const { return std::invoke(access.next, object_, Key(Key::null())); }
+
+    static bool isAtEnd(const Position& position) { return position == Key(Key::null()); }
+
+    Key keyAt(const Position& position) const { return position; }
+
+    Value valueAt(const Position& position) const { return value(position); }
+
+    void advance(Position& position) const {
+        position = std::invoke(access.next, object_, position);
+    }
+
+    void del(Position& position) {
+        const Key key = position;
+        advance(position);
+        del(key);
+    }
+
+private:
+    T& object_;
+};
+
+} // namespace Vel

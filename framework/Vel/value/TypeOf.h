@@ -1,0 +1,82 @@
+// TypeOf.h - from a C++ type to its descriptor and its name, whatever kind of type it is.
+#pragma once
+
+#include <Vel/Builtin.h>
+#include <Vel/Integers.h>
+#include <Vel/Name.h>
+#include <Vel/Ptr.h>
+#include <Vel/VelType.h>
+#include <Vel/value/Enum.h>
+#include <Vel/value/Schema.h>
+#include <cstddef>
+#include <type_traits>
+
+namespace Vel {
+
+namespace detail {
+
+template <class T>
+struct Unqualified {
+    using Type = T;
+};
+
+// Bytes are bytes, whether the one who takes them may write them or not.
+template <>
+struct Unqualified<const unsigned char*> {
+    using Type = BytePtr;
+};
+
+template <class T>
+inline constexpr bool isReference = false;
+template <class T>
+inline constexpr bool isReference<Ptr<T>> = true;
+
+template <class T>
+struct Pointed {
+    using Type = T;
+};
+
+template <class T>
+struct Pointed<Ptr<T>> {
+    using Type = T;
+};
+
+} // namespace detail
+
+// The type as reflection sees it: without const, without reference.
+template <class T>
+using ReflectedType = typename detail::Unqualified<std::remove_cvref_t<T>>::Type;
+
+template <class T>
+concept BuiltinType = std::is_same_v<T, bool> || std::is_same_v<T, int> || std::is_same_v<T, U8> ||
+    std::is_same_v<T, U16> || std::is_same_v<T, U32> || std::is_same_v<T, U64> ||
+    std::is_same_v<T, BytePtr> || std::is_same_v<T, void*>;
+
+template <class T>
+VelType* typeOf() {
+    if constexpr (BuiltinType<T>)
+        return Builtin<T>::_fwkType();
+    else if constexpr (DeclaredEnum<T>)
+        return velEnumType(T());
+    else
+        return detail::Pointed<T>::Type::_fwkType();
+}
+
+// "Net::DeviceId"
+template <class T>
+constexpr Name qualifiedNameOf() {
+    if constexpr (DeclaredEnum<T>)
+        return enumSchema<T>.qualifiedName();
+    else
+        return schemaOf<T>.qualifiedName;
+}
+
+template <class T>
+constexpr Name shortNameOf() {
+    if constexpr (DeclaredEnum<T>)
+        return enumSchema<T>.shortName();
+    else
+        return schemaOf<T>.shortName();
+}
+
+} // namespace Vel

@@ -1,0 +1,7 @@
+// BrixoTypesModule.h - registers the ids, enumerations, resource names, target masks, status and collections.
+#pragma once
+
+#include <Brixo/Export.h>
+
+// Runs when the library is loaded; effective once. Does nothing, and can be called again, while the registrar is inactive.
+extern "C" BRIXO_API void velInitBrixoTypes();
