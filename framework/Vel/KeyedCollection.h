@@ -68,11 +68,7 @@ public:
     }
 
     // Removes the member with the key and returns it; null if there is none.
-    Ptr<Entry> del(const Key& key) {
-        Ptr<Entry> entry = map_.find(key);
-        if (entry) map_.remove(*entry);
-        return entry;
-    }
+    Ptr<Entry> del(const Key& key) { return map_.take(key); }
 
     // Removes the member that the iterator stands on; the iterator goes on to the next.
     void del(Iterator& position) {
