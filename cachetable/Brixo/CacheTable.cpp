@@ -165,9 +165,8 @@ void CacheTable::entryIs(DeviceOffset key, const unsigned char* data) {
 // The first one in the map's order.
 U32 CacheTable::takeFreeIndex() {
     VEL_ASSERT_AS("freeIndexs() > 0", freeIndexs() > 0);
-    FreeIndex::Iterator first = freeIndex_.begin();
-    const U32 index = first.key();
-    freeIndexDel(first);
+    const U32 index = freeIndex_.first()->key();
+    freeIndexDel(index);
     return index;
 }
 
