@@ -6,6 +6,8 @@
 // region of the same kind and layout, and a stack of free slots. `scan` only reads the key words of the region, `set` fills
 // a std::unordered_set with the slot numbers; Reserved: the peer asked for its room beforehand. LMDB works in memory,
 // unsynchronised, in one transaction a pass. Times are of one operation.
+#include "keys.h"
+
 #include <Brixo/CacheTable.h>
 #include <Brixo/RegionLayout.h>
 #include <algorithm>
@@ -276,7 +278,8 @@ enum class Keys { random, stride4 };
 // `2 * slots` distinct keys; a table holds half of them.
 std::vector<U32> makeKeys(Keys kind, U32 slots) {
     std::vector<U32> keys(std::size_t{2} * slots);
-    for (U32 i = 0; i < keys.size(); ++i) keys[i] = kind == Keys::random ? i * 0x9E3779B1U : i * 4;
+    for (U32 i = 0; i < keys.size(); ++i)
+        keys[i] = kind == Keys::random ? Bench::scattered(i) : i * 4;
     return keys;
 }
 

@@ -3,6 +3,8 @@
 // Grow/WHO/SIZE inserts SIZE random keys without reserve, GrownHit/WHO/SIZE finds them in random order; times are of one
 // operation. SlowestInsert/WHO/SIZE is the insert of the whole growth that took longest, in microseconds of the thread's
 // own time (the counter "us"), so that who else runs does not count. TableFill and SlowestWrite are the same of a table.
+#include "keys.h"
+
 #include <Brixo/CacheTable.h>
 #include <Vel/KeyedCollection.h>
 #include <Vel/MapMember.h>
@@ -85,8 +87,6 @@ private:
     Vel::Ptr<Brixo::CacheTable> table_;
 };
 
-U32 keyOf(U32 i) { return (i ^ 0x5bd1e995U) * 0x9E3779B1U; }
-
 std::int64_t threadNanoseconds() {
     timespec time{};
     ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
@@ -99,7 +99,7 @@ void grow(benchmark::State& state, U32 size) {
         state.PauseTiming();
         auto map = std::make_unique<Map>(size);
         state.ResumeTiming();
-        for (U32 i = 0; i < size; ++i) map->insert(keyOf(i));
+        for (U32 i = 0; i < size; ++i) map->insert(Bench::scattered(i));
         state.PauseTiming();
         map.reset();
         state.ResumeTiming();
@@ -111,7 +111,7 @@ template <class Map>
 void grownHit(benchmark::State& state, U32 size) {
     Map map(size);
     std::vector<U32> keys(size);
-    for (U32 i = 0; i < size; ++i) map.insert(keys[i] = keyOf(i));
+    for (U32 i = 0; i < size; ++i) map.insert(keys[i] = Bench::scattered(i));
     std::mt19937 random(3);
     std::ranges::shuffle(keys, random);
     for (auto _ : state)
@@ -126,7 +126,7 @@ void slowestInsert(benchmark::State& state, U32 size) {
         Map map(size);
         std::int64_t before = threadNanoseconds();
         for (U32 i = 0; i < size; ++i) {
-            map.insert(keyOf(i));
+            map.insert(Bench::scattered(i));
             const std::int64_t now = threadNanoseconds();
             slowest = std::max(slowest, now - before);
             before = now;

@@ -3,6 +3,8 @@
 // MapMember/WHO/KEYS/SIZE and TableSlot/WHO/STATE/SIZE: what a child process grows by while it fills one, divided by SIZE;
 // whole pages, so the sizes are large. A slot's key word and data in the region are not counted. The figure is the counter
 // "bytes"; the times mean nothing. `hand` is cachetable_bench's table by hand.
+#include "keys.h"
+
 #include <Brixo/DeviceOffset.h>
 #include <Vel/KeyedCollection.h>
 #include <Vel/MapMember.h>
@@ -65,8 +67,6 @@ void measure(benchmark::State& state, Fill fill, U32 count) {
     state.counters["bytes"] = bytes / count;
 }
 
-U32 keyOf(U32 i) { return i * 0x9E3779B1U; }
-
 class Member final : public Vel::MapMember<U32, U32> {
 public:
     using MapMember::MapMember;
@@ -84,20 +84,20 @@ public:
 
 void fillOurs(U32 count) {
     auto& map = *new Vel::KeyedCollection<Member>;
-    for (U32 i = 0; i < count; ++i) map.create(keyOf(i), i);
+    for (U32 i = 0; i < count; ++i) map.create(Bench::scattered(i), i);
 }
 
 template <class Map>
 void fillPeer(U32 count) {
     auto& map = *new Map;
-    for (U32 i = 0; i < count; ++i) map.emplace(keyOf(i), i);
+    for (U32 i = 0; i < count; ++i) map.emplace(Bench::scattered(i), i);
 }
 
 // The maps of a cache table, as recovery leaves them.
 void fillFullTable(U32 count) {
     auto& slots = *new Vel::KeyedCollection<KeyToIndex>;
     slots.reserve(count);
-    for (U32 i = 0; i < count; ++i) slots.create(Brixo::DeviceOffset(keyOf(i)), i);
+    for (U32 i = 0; i < count; ++i) slots.create(Brixo::DeviceOffset(Bench::scattered(i)), i);
 }
 
 void fillEmptyTable(U32 count) {
