@@ -4,6 +4,8 @@
 // EraseInsert replaces a random member; Iterate walks all; Teardown drops a full map; DrainFirst takes the first member
 // until none is left (std and absl: erase(begin())). Times are of one operation. The peers run on random and sequential
 // keys; ours on every family, which must cost about what random keys cost.
+#include "keys.h"
+
 #include <Vel/HashMap.h>
 #include <Vel/MapMember.h>
 #include <algorithm>
@@ -105,13 +107,6 @@ constexpr std::pair<Keys, const char*> keyNames[] = {
     {Keys::stride4096, "stride4096"},  {Keys::interleaved, "interleaved"},
     {Keys::equalHashes, "equalHashes"}};
 
-// Distinct for distinct n, and without any pattern left: multiples of an odd number alone would fill the buckets evenly.
-constexpr U32 scattered(U32 n) {
-    n = (n ^ n >> 16) * 0x85ebca6bU;
-    n = (n ^ n >> 13) * 0xc2b2ae35U;
-    return n ^ n >> 16;
-}
-
 // `2 * count` distinct keys; the second half is for misses.
 template <class K>
 std::vector<K> makeKeys(Keys kind, std::size_t count) {
@@ -119,7 +114,7 @@ std::vector<K> makeKeys(Keys kind, std::size_t count) {
     for (std::size_t i = 0; i < keys.size(); ++i) {
         const auto n = static_cast<U32>(i);
         switch (kind) {
-        case Keys::random: keys[i] = scattered(n); break;
+        case Keys::random: keys[i] = Bench::scattered(n); break;
         case Keys::sequential: keys[i] = n; break;
         case Keys::stride4: keys[i] = static_cast<K>(n) * 4; break;
         case Keys::stride64: keys[i] = static_cast<K>(n) * 64; break;
