@@ -28,9 +28,11 @@ void GenericIf::attributeOp(const AttributeOp& op, const Ptr<const GenericIf>& i
     const_cast<GenericIf*>(this)->attributeOp(op, index, result);
 }
 
-AttributeId GenericIf::attributeId(String8 name) const {
-    const VelAttr* const attr = type()->attr(name.view());
-    if (attr == nullptr) throwUnknownAttrException(type(), name.view());
+AttributeId GenericIf::attributeId(String8 name) const { return idOf(type(), name.view()); }
+
+AttributeId GenericIf::idOf(const VelType* type, Name name) {
+    const VelAttr* const attr = type->attr(name);
+    if (attr == nullptr) throwUnknownAttrException(type, name);
     return attr->id();
 }
 

@@ -104,6 +104,9 @@ public:
     [[noreturn]] static void throwUnknownAttrException(const VelType* type, AttributeId attribute);
 
 protected:
+    // attributeId() of an adapter of that type.
+    static AttributeId idOf(const VelType* type, Name name);
+
     void isConstIs(bool isConst) noexcept { isConst_ = isConst; }
 
     // Throws if the adapter is const and the operation would modify.

@@ -40,6 +40,10 @@ public:
         GenericIfPtrInterface::attributeOp(op, index, result);
     }
 
+    AttributeId attributeId(String8 name) const override {
+        return idOf(typeOf<T>(), name.view());
+    }
+
     Ptr<GenericIf> clone() override { return new ObjectGenericIf(object(), isConst()); }
 
     Ptr<const GenericIf> clone() const override { return new ObjectGenericIf(object(), isConst()); }

@@ -52,14 +52,25 @@ concept BuiltinType = std::is_same_v<T, bool> || std::is_same_v<T, int> || std::
     std::is_same_v<T, U16> || std::is_same_v<T, U32> || std::is_same_v<T, U64> ||
     std::is_same_v<T, BytePtr> || std::is_same_v<T, void*>;
 
+namespace detail {
+
 template <class T>
-VelType* typeOf() {
+VelType* findTypeOf() {
     if constexpr (BuiltinType<T>)
         return Builtin<T>::_fwkType();
     else if constexpr (DeclaredEnum<T>)
         return velEnumType(T());
     else
-        return detail::Pointed<T>::Type::_fwkType();
+        return Pointed<T>::Type::_fwkType();
+}
+
+} // namespace detail
+
+// Kept where it is used: a descriptor never changes its place, and finding it is a call into another library.
+template <class T>
+VelType* typeOf() {
+    static VelType* const type = detail::findTypeOf<T>();
+    return type;
 }
 
 // "Net::DeviceId"

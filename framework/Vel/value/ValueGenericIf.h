@@ -43,6 +43,10 @@ public:
         GenericIf::attributeOp(op, index, result);
     }
 
+    AttributeId attributeId(String8 name) const override {
+        return idOf(typeOf<T>(), name.view());
+    }
+
     Ptr<GenericIf> clone() override { return new ValueGenericIf(value_, isConst()); }
 
     Ptr<const GenericIf> clone() const override { return new ValueGenericIf(value_, isConst()); }
