@@ -5,7 +5,6 @@
 #include <Brixo/CacheTableModule.h>
 #include <Orn/BitmaskModule.h>
 #include <Vel/IntrospectionReactor.h>
-#include <Vel/TypeSection.h>
 #include <Vel/VelType.h>
 #include <gtest/gtest.h>
 #include <map>
@@ -122,43 +121,6 @@ TEST(Schema, AnEnumeratorsIdIsItsNumber) {
         for (const VelAttr* attr : type->attrs()) EXPECT_EQ(attr->id(), number++);
         EXPECT_GE(number, 2u);
     }
-}
-
-TEST(Schema, TheLibraryNamesItsTypesInItsFile) {
-    const std::vector<Vel::String8> names = Vel::typeSectionOfFile(BRIXO_LIBRARY);
-    std::vector<std::string> found;
-    for (const Vel::String8& name : names) found.emplace_back(name.view());
-    const std::vector<std::string> expected = {
-        "PhysicalAddr",
-        "Brixo::IoMemType",
-        "Brixo::TargetMask",
-        "Brixo::TargetId",
-        "Brixo::Command",
-        "Brixo::UserMode",
-        "Brixo::AgentId",
-        "Brixo::ResourceIdToDataMaskMap",
-        "Brixo::PhysicalResourceIdCol",
-        "Brixo::LogicalRemoteResourceIdCol",
-        "Brixo::LogicalRemoteResourceId",
-        "Brixo::RequesterDataMask",
-        "Brixo::PhysicalRegisterId",
-        "Brixo::LogicalRegisterId",
-        "Brixo::PhysicalTableId",
-        "Brixo::LogicalTableId",
-        "Brixo::DalProcessingStatusCol",
-        "Brixo::DalProcessingStatus",
-        "Brixo::DalId",
-        "Brixo::PhysicalResourceId",
-        "Brixo::LogicalResourceId",
-        "Brixo::ResourceType",
-        "Brixo::DeviceOffset",
-        "Brixo::DeviceId",
-        "Orn::U64Bitmask",
-        "Orn::BitId",
-        "Brixo::CacheTable",
-        "Brixo::CacheTableIndex",
-    };
-    EXPECT_EQ(found, expected);
 }
 
 } // namespace
