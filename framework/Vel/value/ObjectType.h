@@ -40,9 +40,7 @@ public:
         GenericIfPtrInterface::attributeOp(op, index, result);
     }
 
-    AttributeId attributeId(String8 name) const override {
-        return idOf(typeOf<T>(), name.view());
-    }
+    AttributeId attributeId(String8 name) const override { return idOf(typeOf<T>(), name.view()); }
 
     Ptr<GenericIf> clone() override { return new ObjectGenericIf(object(), isConst()); }
 

@@ -43,9 +43,7 @@ public:
         GenericIf::attributeOp(op, index, result);
     }
 
-    AttributeId attributeId(String8 name) const override {
-        return idOf(typeOf<T>(), name.view());
-    }
+    AttributeId attributeId(String8 name) const override { return idOf(typeOf<T>(), name.view()); }
 
     Ptr<GenericIf> clone() override { return new ValueGenericIf(value_, isConst()); }
 
