@@ -1,9 +1,10 @@
 #include <Orn/U64BitmaskIter.h>
 
-#include <ios>
+#include <Vel/Module.h>
 
 namespace {
 
-const std::ios_base::Init stream; // the iterator's module has no type to register
+// The iterator's module has no type to register.
+[[gnu::constructor]] void holdStreams() { Vel::Module::holdStreams(); }
 
 } // namespace

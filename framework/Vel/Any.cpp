@@ -103,7 +103,7 @@ bool Any::operator==(const Any& other) const {
     return Any(result).as<bool>();
 }
 
-const VelAttr& Any::attribute(Name name) const {
+const VelAttr& Any::attributeNamed(Name name) const {
     if (const VelAttr* const attr = type().attr(name)) return *attr;
     std::vector<Name> known;
     forEachAttribute([&known](const VelAttr& attr) { known.push_back(attr.name()); });
@@ -137,50 +137,51 @@ VelType& valueTypeOf(const VelAttr& attribute) {
 
 } // namespace
 
-Any Any::get(Name name) const {
-    const VelAttr& attr = attribute(name);
+Any Any::get(Name attribute) const {
+    const VelAttr& attr = attributeNamed(attribute);
     return ask(attr, AttributeOp::read, attr.type(), nullptr);
 }
 
-Any Any::get(Name name, const Operand& key) const {
-    const VelAttr& attr = attribute(name);
+Any Any::get(Name attribute, const Operand& key) const {
+    const VelAttr& attr = attributeNamed(attribute);
     return ask(attr, AttributeOp::read, attr.type(), key.as(keyTypeOf(attr)));
 }
 
-bool Any::has(Name name, const Operand& key) const {
-    const VelAttr& attr = attribute(name);
+bool Any::has(Name attribute, const Operand& key) const {
+    const VelAttr& attr = attributeNamed(attribute);
     return ask(attr, AttributeOp::has, Builtin<bool>::_fwkType(), key.as(keyTypeOf(attr)))
         .as<bool>();
 }
 
-U32 Any::count(Name name) const {
-    return ask(attribute(name), AttributeOp::count, Builtin<U32>::_fwkType(), nullptr).as<U32>();
+U32 Any::count(Name attribute) const {
+    return ask(attributeNamed(attribute), AttributeOp::count, Builtin<U32>::_fwkType(), nullptr)
+        .as<U32>();
 }
 
-void Any::set(Name name, const Operand& value) {
-    const VelAttr& attr = attribute(name);
+void Any::set(Name attribute, const Operand& value) {
+    const VelAttr& attr = attributeNamed(attribute);
     const Ptr<GenericIf> written = value.as(valueTypeOf(attr));
     adapter_->attributeOp({attr.id(), AttributeOp::set, written.ptr()}, nullptr, nullptr);
 }
 
-void Any::set(Name name, const Operand& key, const Operand& value) {
-    const VelAttr& attr = attribute(name);
+void Any::set(Name attribute, const Operand& key, const Operand& value) {
+    const VelAttr& attr = attributeNamed(attribute);
     const Ptr<GenericIf> at = key.as(keyTypeOf(attr));
     const Ptr<GenericIf> written = value.as(valueTypeOf(attr));
     adapter_->attributeOp({attr.id(), AttributeOp::set, written.ptr()}, at, nullptr);
 }
 
-void Any::del(Name name, const Operand& key) {
-    const VelAttr& attr = attribute(name);
+void Any::del(Name attribute, const Operand& key) {
+    const VelAttr& attr = attributeNamed(attribute);
     adapter_->attributeOp({attr.id(), AttributeOp::del}, key.as(keyTypeOf(attr)), nullptr);
 }
 
-void Any::delAll(Name name) {
-    adapter_->attributeOp({attribute(name).id(), AttributeOp::delAll}, nullptr, nullptr);
+void Any::delAll(Name attribute) {
+    adapter_->attributeOp({attributeNamed(attribute).id(), AttributeOp::delAll}, nullptr, nullptr);
 }
 
-void Any::insert(Name name, std::initializer_list<Operand> arguments) {
-    const VelAttr& attr = attribute(name);
+void Any::insert(Name attribute, std::initializer_list<Operand> arguments) {
+    const VelAttr& attr = attributeNamed(attribute);
     Ptr<GenericIf::List> list = new GenericIf::List;
     const bool isMember = arguments.size() == 1 && arguments.begin()->adapter() &&
                           arguments.begin()->adapter()->type()->isKindOf(attr.type());
@@ -200,8 +201,8 @@ void Any::insert(Name name, std::initializer_list<Operand> arguments) {
     adapter_->attributeOp({attr.id(), AttributeOp::set, list.ptr()}, nullptr, nullptr);
 }
 
-std::optional<Any> Any::call(Name name, std::initializer_list<Operand> arguments) {
-    const VelAttr& attr = attribute(name);
+std::optional<Any> Any::call(Name attribute, std::initializer_list<Operand> arguments) {
+    const VelAttr& attr = attributeNamed(attribute);
     const Ptr<GenericIf::List> list =
         positionalList(String8(attr.name()), attr.arguments(), arguments);
     const bool changes = attr.flags().has(VelAttr::AttrFlags::changing);
@@ -212,16 +213,17 @@ std::optional<Any> Any::call(Name name, std::initializer_list<Operand> arguments
 }
 
 void Any::forEachAttribute(const std::function<void(const VelAttr&)>& visit) const {
-    std::vector<const VelType*> chain;
-    for (const VelType* at = &type(); at != nullptr; at = at->base()) chain.push_back(at);
-    for (auto at = chain.rbegin(); at != chain.rend(); ++at)
-        for (const VelAttr* const attr : (*at)->attrs()) visit(*attr);
+    std::vector<const VelType*> chain; // from the last base down
+    for (const VelType* at = &type(); at != nullptr; at = at->base())
+        chain.insert(chain.begin(), at);
+    for (const VelType* const at : chain)
+        for (const VelAttr* const attr : at->attrs()) visit(*attr);
 }
 
-void Any::forEachMember(Name name,
+void Any::forEachMember(Name attribute,
                         const std::function<void(const Any& key, const Any& value)>& visit) const {
     GenericIf& adapter = *adapter_;
-    const Ptr<AttributeIterator> at = adapter.attributeIterator(attribute(name).id());
+    const Ptr<AttributeIterator> at = adapter.attributeIterator(attributeNamed(attribute).id());
     while (adapter.attributeIterator_nonNull(at)) {
         const Any key(adapter.attributeIterator_iterKey(at));
         const Any value(adapter.attributeIterator_iterObj(at));

@@ -95,7 +95,7 @@ public:
                        const std::function<void(const Any& key, const Any& value)>& visit) const;
 
 private:
-    const VelAttr& attribute(Name name) const;
+    const VelAttr& attributeNamed(Name name) const;
     Any ask(const VelAttr& attribute, AttributeOp::Operation operation, VelType* resultType,
             const Ptr<const GenericIf>& index) const;
 

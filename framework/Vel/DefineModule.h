@@ -6,7 +6,6 @@
 #include <Vel/value/Describe.h>
 #include <array>
 #include <cstddef>
-#include <ios>
 
 namespace Vel::detail {
 
@@ -37,15 +36,6 @@ private:
     char chars_[size]{};
 };
 
-// Loads a module with its library.
-class ModuleLoader {
-public:
-    explicit ModuleLoader(Module& module) { module.load(); }
-
-private:
-    std::ios_base::Init stream_; // before any type may write to a stream
-};
-
 } // namespace Vel::detail
 
 // The section is kept when the linker drops what nothing refers to; a module's names start on a boundary of their own.
@@ -54,6 +44,6 @@ private:
     [[gnu::section(".vel.type"), gnu::used,                                                        \
       gnu::retain]] alignas(16) constinit ::Vel::detail::ModuleNames<__VA_ARGS__> routine##Names;  \
     constinit ::Vel::Module routine##Module(::Vel::detail::moduleTypes<__VA_ARGS__>);              \
-    const ::Vel::detail::ModuleLoader routine##Loader(routine##Module);                            \
+    [[gnu::constructor]] void routine##AtLoad() { routine##Module.load(); }                        \
     }                                                                                              \
     extern "C" void routine() { routine##Module.registerTypes(); }

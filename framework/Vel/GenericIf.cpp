@@ -10,7 +10,7 @@ namespace Vel {
 namespace {
 
 // A name views characters that need not end in a NUL.
-String8 text(Name name) { return String8(name); }
+String8 asText(Name name) { return String8(name); }
 
 } // namespace
 
@@ -79,38 +79,39 @@ Ptr<AttributeIterator> GenericIf::attributeIterator_iterClone(
     return iterator->clone();
 }
 
-void GenericIf::throwConstException(const char* words) {
-    throw ReflectionException(words, Exception::Id::constant);
+void GenericIf::throwConstException(const char* text) {
+    throw ReflectionException(text, Exception::Id::constant);
 }
 
 void GenericIf::throwBadIndexAttrException(Name attribute) {
-    throw ReflectionException("attribute " + text(attribute) + " takes no index",
+    throw ReflectionException("attribute " + asText(attribute) + " takes no index",
                               Exception::Id::attribute);
 }
 
 void GenericIf::throwOpNotSupportedException(Name attribute, AttributeOp::Operation operation,
                                              bool isCollection) {
-    throw ReflectionException((isCollection ? "collection " : "attribute ") + text(attribute) +
+    throw ReflectionException((isCollection ? "collection " : "attribute ") + asText(attribute) +
                                   format(" does not support operation %u", operation),
                               Exception::Id::operation);
 }
 
 void GenericIf::throwTypeException(Name argument) {
-    throw ReflectionException("argument " + text(argument) + " is missing or of another type",
+    throw ReflectionException("argument " + asText(argument) + " is missing or of another type",
                               Exception::Id::type);
 }
 
 void GenericIf::throwUnknownArgException(Name attribute) {
-    throw ReflectionException(text(attribute) + " takes no more arguments", Exception::Id::type);
+    throw ReflectionException(asText(attribute) + " takes no more arguments", Exception::Id::type);
 }
 
 void GenericIf::throwUnknownAttrException(const VelType* type, Name attribute) {
-    throw ReflectionException(text(type->qualifiedName()) + " has no attribute " + text(attribute),
+    throw ReflectionException(asText(type->qualifiedName()) + " has no attribute " +
+                                  asText(attribute),
                               Exception::Id::attribute);
 }
 
 void GenericIf::throwUnknownAttrException(const VelType* type, AttributeId attribute) {
-    throw ReflectionException(text(type->qualifiedName()) +
+    throw ReflectionException(asText(type->qualifiedName()) +
                                   format(" has no attribute %u", attribute),
                               Exception::Id::attribute);
 }

@@ -32,6 +32,7 @@ public:
     explicit GenericIf(bool isConst) noexcept : isConst_(isConst) {}
 
     // A copy wraps the same and listens to nobody.
+    // NOLINTNEXTLINE(bugprone-copy-constructor-init): what a notifiee listens to is not copied
     GenericIf(const GenericIf& other) : NotifieeConst(), isConst_(other.isConst_) {}
 
     GenericIf& operator=(const GenericIf&) = delete;

@@ -36,8 +36,8 @@ String8 GenericIfPtrInterface::strRep() const {
     return valueToStrepOfRawPtr(object_.ptr(), typeid(PtrInterface));
 }
 
-const void* GenericIfPtrInterface::voidPtr(const VelType* as) const {
-    return type()->isKindOf(as) ? object_.ptr() : nullptr;
+const void* GenericIfPtrInterface::voidPtr(const VelType* type) const {
+    return this->type()->isKindOf(type) ? object_.ptr() : nullptr;
 }
 
 void GenericIfPtrInterface::voidPtrIs(const void* value, const VelType* type) {

@@ -98,11 +98,14 @@ public:
 
     friend bool operator==(const KeyedCollection& a, const KeyedCollection& b) {
         if (a.count() != b.count()) return false;
-        for (const auto& [key, value] : a) {
+        const auto isInB = [&b](const Iterator& at) {
+            const auto [key, value] = *at;
             Entry* const other = b.find(key);
-            if (other == nullptr || !(valueOf(other) == value)) return false;
-        }
-        return true;
+            return other != nullptr && valueOf(other) == value;
+        };
+        auto at = a.begin();
+        while (at != a.end() && isInB(at)) ++at;
+        return at == a.end();
     }
 
     friend bool operator<(const KeyedCollection& a, const KeyedCollection& b) {

@@ -1,8 +1,11 @@
 #include <Vel/Module.h>
 
+#include <Vel/Assert.h>
 #include <Vel/IntrospectionReactor.h>
 #include <Vel/VelType.h>
 #include <cstddef>
+#include <cstdlib>
+#include <ios>
 #include <string>
 #include <utility>
 
@@ -32,7 +35,16 @@ private:
 
 } // namespace
 
+void Module::holdStreams() {
+    static const std::ios_base::Init* const streams = [] {
+        std::atexit([] { delete streams; });
+        return new std::ios_base::Init;
+    }();
+    VEL_ASSERT(streams != nullptr);
+}
+
 void Module::load() {
+    holdStreams();
     if (!isPending_) {
         isPending_ = true;
         nextPending_ = std::exchange(firstPending, this);

@@ -30,8 +30,11 @@ public:
     Module(const Module&) = delete;
     Module& operator=(const Module&) = delete;
 
-    // What a static initialiser does: makes the types known by their names, then registers them.
+    // What a static initialiser does: holdStreams(), then makes the types known by their names, then registers them.
     void load();
+
+    // Makes the standard streams ready before any type may write to one, and flushes them when the process ends.
+    static void holdStreams();
 
     // The registration routine. What a registrar throws leaves the guard set.
     void registerTypes();

@@ -12,6 +12,7 @@
 #include <Vel/value/CollectionAccess.h>
 #include <cstddef>
 #include <functional>
+#include <optional>
 #include <tuple>
 #include <type_traits>
 #include <utility>
@@ -92,14 +93,12 @@ void callFunction(T& object, const GenericIf* list, const Ptr<GenericIf>& result
     using Function = AccessAt<T, index>;
     using Value = typename AttributeTraits<T, index>::Value;
     constexpr const auto& attribute = attributeAt<T, index>;
-    std::tuple<ReflectedType<ArgumentOf<Function, i>>...> arguments;
-    if (sizeof...(i) != 0 || list != nullptr) {
-        ListReader reader(list);
-        (void)((std::get<i>(arguments) =
-                    reader.next<ReflectedType<ArgumentOf<Function, i>>>(attribute.arguments[i])),
-               ...);
-        reader.end(attribute.name);
-    }
+    std::optional<ListReader> reader;
+    if (sizeof...(i) != 0 || list != nullptr) reader.emplace(list);
+    // Braces: the arguments are read from the left.
+    const std::tuple<ReflectedType<ArgumentOf<Function, i>>...> arguments{
+        reader->template next<ReflectedType<ArgumentOf<Function, i>>>(attribute.arguments[i])...};
+    if (reader) reader->end(attribute.name);
     const auto call = [&]() -> decltype(auto) {
         if constexpr (std::is_member_function_pointer_v<Function>)
             return std::invoke(attribute.access, object, std::get<i>(arguments)...);
@@ -140,7 +139,7 @@ void insertFromList(CollectionAccess<T, index>& members, const GenericIf* argume
         members.insert(key);
     } else if constexpr (Traits::holdsKey) {
         if (list.peek() != nullptr && list.peek()->voidPtr(typeOf<Value>()) != nullptr) {
-            const Value value = list.next<Value>(name);
+            const auto value = list.next<Value>(name);
             list.end(name);
             members.set(value);
         } else {
@@ -149,7 +148,7 @@ void insertFromList(CollectionAccess<T, index>& members, const GenericIf* argume
         }
     } else {
         const auto key = list.next<typename Traits::Key>(Traits::keyName());
-        const Value value = list.next<Value>("value");
+        const auto value = list.next<Value>("value");
         list.end(name);
         members.set(key, value);
     }
@@ -185,7 +184,7 @@ void runCollection(T& object, const AttributeOp& op, const GenericIf* key,
     CollectionAccess<T, index> members(object);
     const auto at = [key] { return argumentFrom<typename Traits::Key>(key, Traits::keyName()); };
     const auto whole = [key] {
-        if (key != nullptr) GenericIf::throwBadIndexAttrException(name);
+        if (key != nullptr) GenericIf::throwBadIndexAttrException(attributeAt<T, index>.name);
     };
     switch (op.operation()) {
     case AttributeOp::read: return answer(result, members.value(at()));
