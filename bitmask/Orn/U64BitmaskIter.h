@@ -9,18 +9,23 @@
 #include <Orn/BitId.h>
 #include <Orn/U64Bitmask.h>
 #include <Vel/Assert.h>
+#include <Vel/Integers.h>
+#include <bit>
 
 namespace Orn {
 
 class U64BitmaskIter {
 public:
     // Stands on the lowest member at once, or is finished if there is none.
-    constexpr explicit U64BitmaskIter(const U64Bitmask& mask) noexcept : mask_(mask) { ++*this; }
+    constexpr explicit U64BitmaskIter(const U64Bitmask& mask) noexcept : left_(mask.value()) {
+        ++*this;
+    }
 
     // Goes on to the next member; does nothing once finished.
     constexpr U64BitmaskIter& operator++() noexcept {
         if (finished_) return *this;
-        current_ = mask_.nextBitId(current_);
+        current_ = lowest();
+        left_ &= left_ - 1;
         finished_ = !inRange();
         return *this;
     }
@@ -42,7 +47,16 @@ public:
     }
 
 private:
-    U64Bitmask mask_;
+    // Of what is left, or null. A 32-bit processor scans the halves, as the mask does.
+    constexpr BitId lowest() const noexcept {
+        if constexpr (sizeof(void*) < sizeof(left_))
+            return U64Bitmask(left_).nextBitId(BitId(BitId::null()));
+        else
+            return BitId(left_ == 0 ? BitId::null()
+                                    : static_cast<Vel::U8>(std::countr_zero(left_)));
+    }
+
+    Vel::U64 left_; // the members behind the one it stands on
     BitId current_{BitId::null()};
     bool finished_ = false;
 };
