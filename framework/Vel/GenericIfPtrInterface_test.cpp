@@ -27,6 +27,16 @@ TEST(GenericIfPtrInterface, KeepsItsObjectAlive) {
     EXPECT_EQ(object->references(), 1u);
 }
 
+TEST(GenericIfPtrInterface, ATypeThatIsNoClassOfObjectsWrapsNone) {
+    const Ptr<Plain> object = new Plain;
+    EXPECT_THROW((void)Builtin<U16>::_fwkType()->genericIf(object.ptr(), false),
+                 ReflectionException);
+    EXPECT_THROW(
+        (void)Builtin<U16>::_fwkType()->genericIf(static_cast<PtrInterface*>(nullptr), false),
+        ReflectionException);
+    EXPECT_EQ(object->references(), 1u);
+}
+
 TEST(GenericIfPtrInterface, MayReferToNothing) {
     const Ptr<GenericIf> adapter = wrap(nullptr);
     EXPECT_EQ(adapter->strRep(), "None");

@@ -91,6 +91,9 @@ Ptr<GenericIf> VelType::genericIf(GenericIf* other, bool isConst) {
 }
 
 Ptr<GenericIf> VelType::genericIf(PtrInterface* object, bool isConst) {
+    const VelType* const held = object != nullptr ? object->fwkType() : this;
+    if (!held->isKindOf(this) || !isKindOf(PtrInterface::_fwkType()))
+        GenericIf::throwTypeException(qualifiedName_);
     return new GenericIfPtrInterface(object, isConst);
 }
 

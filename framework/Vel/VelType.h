@@ -111,7 +111,7 @@ public:
     // Of what another adapter of the same type holds, or of a refinement; null for an adapter of another type.
     virtual Ptr<GenericIf> genericIf(const GenericIf* other, bool isConst) const;
     Ptr<GenericIf> genericIf(GenericIf* other, bool isConst);
-    // Of an object, which it keeps alive.
+    // Of an object of this class, which it keeps alive; null for none. Refused by a type that is no class of objects.
     virtual Ptr<GenericIf> genericIf(PtrInterface* object, bool isConst);
     // Of a new instance from constructor arguments, a GenericIf::List; throws naming the argument that is missing, of
     // another type, or too many.
