@@ -388,7 +388,8 @@ TEST(GenericIf, WrapsByAddressTextAdapterAndObject) {
     EXPECT_EQ(read<U16>(routes->genericIf(route.ptr(), true), 130), "5");
     EXPECT_EQ(read<U16>(routes->genericIf(routes->genericIf(route.ptr(), true).ptr(), false), 130),
               "5");
-    EXPECT_THROW((void)routes->genericIf(new Net::Table(1), false), ReflectionException);
+    const Ptr<Net::Table> noRoute = new Net::Table(1);
+    EXPECT_THROW((void)routes->genericIf(noRoute.ptr(), false), ReflectionException);
     EXPECT_EQ(routes->genericIf(String8("None"), false)->strRep(), "None");
     EXPECT_THROW((void)routes->genericIf(String8("7"), false), RangeException);
 }

@@ -1,6 +1,7 @@
 // VelAttr.h - run-time description of one attribute of a type: its name, its id, what its value is, how it may be used.
 //
-// Lifetime: that of the process, also when another attribute has taken its place: what was looked up once stays valid.
+// Lifetime: that of its type, so of the process, also when another attribute has taken its place: what was looked up
+//           once stays valid.
 // Threads:  written while one thread registers; reading is free for all after that.
 #pragma once
 

@@ -168,7 +168,8 @@ TEST_P(Walk, EachFunctionIsCalled) {
                   "argument List is missing or of another type");
         EXPECT_EQ(refusal(made, {attr->id(), call, made.ptr()}, nullptr, result),
                   "argument Vel::GenericIf::List_ is missing or of another type");
-        EXPECT_EQ(refusal(made, {attr->id(), call, new GenericIf::List}, nullptr, result),
+        const Ptr<GenericIf::List> none = new GenericIf::List;
+        EXPECT_EQ(refusal(made, {attr->id(), call, none.ptr()}, nullptr, result),
                   "argument " + std::string(attr->arguments().name(0)) +
                       " is missing or of another type");
     }

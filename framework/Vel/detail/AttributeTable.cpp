@@ -19,8 +19,8 @@ bool standsBefore(const VelAttr* a, const VelAttr* b) noexcept {
 } // namespace
 
 void AttributeTable::add(VelAttr& attr) {
+    owned_.emplace_back(&attr);
     attrs_.insert(std::ranges::upper_bound(attrs_, &attr, standsBefore), &attr);
-    attr.referencesLeak();
     index();
 }
 

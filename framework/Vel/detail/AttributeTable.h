@@ -2,12 +2,13 @@
 // an array.
 //
 // Order: by id, the key attribute behind all others.
-// Owns:  a reference to each that is never given back: a descriptor lives as long as the process.
+// Owns:  a reference to each that was ever added: one that was removed stays valid for who has looked it up before.
 #pragma once
 
 #include <Vel/AttributeId.h>
 #include <Vel/Integers.h>
 #include <Vel/Name.h>
+#include <Vel/Ptr.h>
 #include <Vel/VelAttr.h>
 #include <span>
 #include <vector>
@@ -36,6 +37,7 @@ public:
 private:
     void index();
 
+    std::vector<Ptr<VelAttr>> owned_;
     std::vector<VelAttr*> attrs_;
     std::vector<VelAttr*> slots_; // by nameHash, open addressing; a power of two, at most half full
     std::vector<VelAttr*> byId_;
