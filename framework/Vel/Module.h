@@ -30,7 +30,8 @@ public:
     Module(const Module&) = delete;
     Module& operator=(const Module&) = delete;
 
-    // What a static initialiser does, for a module that lives as long as the process: holdStreams(), then makes the types known by their names, then registers them.
+    // What a static initialiser does, for a module that lives as long as the process: holdStreams(), then makes the types
+    // known by their names, then registers them.
     void load();
 
     // Makes the standard streams ready before any type may write to one, and flushes them when the process ends.
