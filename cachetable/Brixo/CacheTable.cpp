@@ -104,12 +104,9 @@ void CacheTable::doRestart() {
                                 "doRestart");
     keyToIndexDelAll();
     freeIndexDelAll();
-    // A glance at the key words is cheap beside maps that grow while they are filled.
-    U32 free = 0;
-    for (U32 index = 0; index < size_; ++index)
-        if (RegionLayout::readKeyWord(entryPtr(index)) == RegionLayout::unusedKeyWord) ++free;
-    keyToIndex_.reserve(size_ - free);
-    freeIndex_.reserve(free);
+    // Either may come to hold every slot; room that nobody takes is not touched.
+    keyToIndex_.reserve(size_);
+    freeIndex_.reserve(size_);
     for (U32 index = 0; index < size_; ++index) recoverSlot(index);
     VEL_ASSERT_AS("keyToIndexs() + freeIndexs() == size()", keyToIndexs() + freeIndexs() == size(),
                   keyToIndexs(), freeIndexs(), size());
