@@ -1,5 +1,6 @@
 #include <Vel/detail/ObjectHeap.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <mutex>
 #include <new>
@@ -8,18 +9,37 @@
 #include <sys/mman.h>
 #include <utility>
 
+// A sanitizer watches each object if it comes from the general allocator.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    #define VEL_OBJECTS_ARE_WATCHED 1
+#elif defined(__has_feature)
+    #if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer) ||                     \
+        __has_feature(memory_sanitizer)
+        #define VEL_OBJECTS_ARE_WATCHED 1
+    #endif
+#endif
+
 namespace Vel::detail {
 
 namespace {
 
 constexpr std::size_t chunkBytes = 16 * ObjectHeap::pageBytes;
 
+// So much of a page is made into free places at a time: what the kernel hands out at a time.
+constexpr std::size_t carvedBytes = 4096;
+
+#ifdef VEL_OBJECTS_ARE_WATCHED
+constexpr bool isOffByDefault = true;
+#else
+constexpr bool isOffByDefault = false;
+#endif
+
 // The calling thread has handed its heap on.
 constinit thread_local bool isThreadOver = false;
 
 } // namespace
 
-thread_local constinit ObjectHeap* ObjectHeap::current_ = nullptr;
+thread_local constinit ObjectPages* ObjectPages::current_ = nullptr;
 
 // What all heaps share. Asked when a thread makes its first object, when it ends, and when a heap needs memory.
 class ObjectHeap::Registry {
@@ -77,7 +97,8 @@ public:
 private:
     Registry() noexcept {
         const char* const setting = std::getenv("VEL_OBJECT_HEAP");
-        isOff_ = setting != nullptr && std::string_view(setting) == "off";
+        const std::string_view wish = setting == nullptr ? "" : setting;
+        isOff_ = isOffByDefault ? wish != "on" : wish == "off";
         pthread_key_create(&threadEnd_, [](void* heap) {
             isThreadOver = true;
             current_ = nullptr;
@@ -96,19 +117,27 @@ private:
     bool isOff_ = false;
 };
 
-void* ObjectHeap::allocateElsewhere(std::size_t size) {
-    Registry& registry = Registry::only();
-    if (size > largest || registry.isOff()) return ::operator new(size);
-    const std::size_t granules = (size + granule - 1) / granule;
+constinit ObjectHeap::Page ObjectHeap::full_ = {};
+
+ObjectHeap::ObjectHeap() noexcept {
+    for (Page*& first : roomy_) first = &full_;
+}
+
+void* ObjectPages::allocateElsewhere(std::size_t size) {
+    if (size > largest) return ::operator new(size);
+    const std::size_t granules = size == 0 ? 1 : granulesOf(size);
+    if (current_ != nullptr) return ObjectHeap::current()->allocateSlowly(granules);
+    ObjectHeap::Registry& registry = ObjectHeap::Registry::only();
+    if (registry.isOff()) return ::operator new(size);
     ObjectHeap* const heap = registry.take();
     if (!isThreadOver) {
         registry.threadHas(heap);
         current_ = heap;
-        return heap->allocateHere(granules);
+        return heap->allocateSlowly(granules);
     }
     // A destructor that runs later still: the heap serves this one call.
     try {
-        void* const object = heap->allocateHere(granules);
+        void* const object = heap->allocateSlowly(granules);
         registry.giveBack(heap);
         return object;
     } catch (...) {
@@ -117,23 +146,24 @@ void* ObjectHeap::allocateElsewhere(std::size_t size) {
     }
 }
 
-void ObjectHeap::deallocateElsewhere(void* object, std::size_t size) noexcept {
+void ObjectPages::deallocateElsewhere(void* object, std::size_t size) noexcept {
     if (object == nullptr) return;
-    if (size > largest || Registry::only().isOff())
+    if (size > largest || (current_ == nullptr && ObjectHeap::Registry::only().isOff()))
         ::operator delete(object);
     else
-        pageOf(object)->owner->post(static_cast<Place*>(object));
+        ObjectHeap::ownerOf(pageOf(object)).post(object);
 }
 
+void ObjectPages::roomMade(Page* page) noexcept { ObjectHeap::ownerOf(page).lookAfter(page); }
+
 void* ObjectHeap::allocateSlowly(std::size_t granules) {
-    if (granules == 0) granules = 1;
     emptyInbox();
     for (;;) {
-        Page* const page = roomy_[granules] != nullptr ? roomy_[granules] : newPage(granules);
-        if (page->free != nullptr ||
-            static_cast<std::size_t>(page->end - page->fresh) >= granules * granule)
-            return allocateHere(granules);
-        unlist(page); // full: listed again when something in it is freed
+        Page* const page = roomy_[granules] != &full_ ? roomy_[granules] : newPage(granules);
+        if (page->free == nullptr) carve(page);
+        if (page->free != nullptr) return page->take();
+        unlist(page);
+        page->usedAndParked = std::exchange(page->used, 1); // so that the next free tells
     }
 }
 
@@ -142,17 +172,19 @@ void ObjectHeap::emptyInbox() noexcept {
     Place* place = inbox_.exchange(nullptr, std::memory_order_acquire);
     while (place != nullptr) {
         Place* const next = place->next;
-        deallocateHere(pageOf(place), place);
+        Page* const page = pageOf(place);
+        if (page->give(place)) lookAfter(page);
         place = next;
     }
 }
 
-void ObjectHeap::roomMade(Page* page) noexcept {
-    if (page->used != 0) {
+void ObjectHeap::lookAfter(Page* page) noexcept {
+    if (page->usedAndParked != 0) {
+        page->used = std::exchange(page->usedAndParked, 0) - 1;
         enlist(page);
         return;
     }
-    if (page->isListed) unlist(page);
+    unlist(page);
     page->next = std::exchange(empty_, page);
 }
 
@@ -161,8 +193,7 @@ ObjectHeap::Page* ObjectHeap::newPage(std::size_t granules) {
     if (page != nullptr)
         empty_ = std::exchange(page->next, nullptr);
     else
-        page = ::new (pageOf(Registry::only().page()))
-            Page{this, nullptr, nullptr, nullptr, nullptr, nullptr, 0, 0, false};
+        page = ::new (pageOf(Registry::only().page())) Page{.owner = this};
     layOut(page, granules);
     enlist(page);
     return page;
@@ -176,12 +207,23 @@ void ObjectHeap::layOut(Page* page, std::size_t granules) noexcept {
     page->granules = static_cast<U32>(granules);
 }
 
+// Free places from the front of what was never used, in the order of their addresses; none if there is no room.
+void ObjectHeap::carve(Page* page) noexcept {
+    const std::size_t bytes = page->granules * granule;
+    const std::size_t room = static_cast<std::size_t>(page->end - page->fresh) / bytes;
+    Place** end = &page->free;
+    for (std::size_t left = std::min(room, carvedBytes / bytes); left > 0; --left) {
+        *end = ::new (page->fresh) Place{nullptr};
+        end = &(*end)->next;
+        page->fresh += bytes;
+    }
+}
+
 // Behind the first page, whose places are in use: it keeps its mark.
 void ObjectHeap::enlist(Page* page) noexcept {
-    page->isListed = true;
-    Page* const first = roomy_[page->granules];
-    if (first == nullptr) {
-        roomy_[page->granules] = page;
+    Page*& first = roomy_[page->granules];
+    if (first == &full_) {
+        first = page;
         ++page->used;
         return;
     }
@@ -191,7 +233,6 @@ void ObjectHeap::enlist(Page* page) noexcept {
 }
 
 void ObjectHeap::unlist(Page* page) noexcept {
-    page->isListed = false;
     Page* const next = std::exchange(page->next, nullptr);
     Page* const previous = std::exchange(page->previous, nullptr);
     if (next != nullptr) next->previous = previous;
@@ -200,14 +241,14 @@ void ObjectHeap::unlist(Page* page) noexcept {
         return;
     }
     --page->used;
-    roomy_[page->granules] = next;
+    roomy_[page->granules] = next != nullptr ? next : &full_;
     if (next != nullptr) ++next->used;
 }
 
 std::size_t ObjectHeap::reservedBytes() noexcept { return Registry::only().reserved(); }
 
 void ObjectHeap::collect() noexcept {
-    if (current_ != nullptr) current_->emptyInbox();
+    if (current_ != nullptr) current()->emptyInbox();
 }
 
 } // namespace Vel::detail

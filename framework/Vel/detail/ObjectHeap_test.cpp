@@ -20,6 +20,9 @@ namespace {
 
 constexpr std::size_t pageBytes = ObjectHeap::pageBytes;
 
+// A library built with a sanitizer leaves its heap off otherwise. The setting is read at the first object.
+[[gnu::constructor]] void switchOn() { ::setenv("VEL_OBJECT_HEAP", "on", 0); }
+
 std::uintptr_t address(const void* object) { return reinterpret_cast<std::uintptr_t>(object); }
 
 std::uintptr_t pageOf(const void* object) { return address(object) / pageBytes; }
@@ -101,6 +104,22 @@ TEST(ObjectHeap, OneObjectThatComesAndGoesFindsItsPlace) {
         EXPECT_EQ(object, first);
         ObjectHeap::deallocate(object, 72);
     }
+}
+
+TEST(ObjectHeap, FullPagesServeAgainOnceSomethingInThemIsFree) {
+    std::thread([] {
+        std::vector<void*> objects = allocated(10 * pageBytes / 128, 128);
+        const std::size_t before = ObjectHeap::reservedBytes();
+        for (std::size_t round = 0; round < 3; ++round) {
+            for (std::size_t i = round; i < objects.size(); i += 100)
+                ObjectHeap::deallocate(objects[i], 128);
+            for (std::size_t i = round; i < objects.size(); i += 100)
+                objects[i] = ObjectHeap::allocate(128);
+        }
+        EXPECT_EQ(ObjectHeap::reservedBytes(), before);
+        EXPECT_EQ(std::set<void*>(objects.begin(), objects.end()).size(), objects.size());
+        free(objects, 128);
+    }).join();
 }
 
 TEST(ObjectHeap, LargeObjectsComeFromTheGeneralAllocator) {
@@ -214,7 +233,7 @@ TEST(ObjectHeapDeathTest, CanBeSwitchedOff) {
             ::_exit(ObjectHeap::reservedBytes() == 0 ? 0 : 1);
         },
         testing::ExitedWithCode(0), "");
-    ::unsetenv("VEL_OBJECT_HEAP");
+    ::setenv("VEL_OBJECT_HEAP", "on", 1);
 }
 
 } // namespace
