@@ -71,7 +71,7 @@ Vel::Ptr<Object> makeOurs() { return new Object; }
 
 void copyOurs(benchmark::State& state, bool isAtomic) {
     const CountingMode mode(isAtomic);
-    copy(state, makeOurs());
+    copy(state, Vel::Ptr<Object>(new Object));
 }
 
 void makeOursIn(benchmark::State& state, bool isAtomic) {

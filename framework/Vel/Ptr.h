@@ -45,7 +45,7 @@ public:
     noexcept : target_(other.release()) {}
 
     ~Ptr() {
-        if (target_ != nullptr) target_->referencesDec();
+        if (target_ != nullptr) dec(target_);
     }
 
     Ptr& operator=(const Ptr& other) {
@@ -70,7 +70,7 @@ public:
         if (target == target_) return;
         if (target != nullptr) target->referencesInc();
         T* old = std::exchange(target_, target);
-        if (old != nullptr) old->referencesDec();
+        if (old != nullptr) dec(old);
     }
 
     // The raw object; the Ptr keeps its reference.
@@ -104,6 +104,14 @@ public:
 private:
     void inc() const noexcept {
         if (target_ != nullptr) target_->referencesInc();
+    }
+
+    // A class that knows a shorter way for those who know it brings referencesDec(const T&).
+    static void dec(T* target) {
+        if constexpr (requires { referencesDec(*target); })
+            referencesDec(*target);
+        else
+            target->referencesDec();
     }
 
     T* target_ = nullptr;

@@ -9,7 +9,7 @@
 //           reference is never deleted.
 // Copying:  copies what a subclass holds, never the count or the flags: the copy is born with
 //           count 0.
-// Memory:   operator new takes from per-thread lists by size class; see detail/ObjectHeap.h.
+// Memory:   operator new takes from per-thread lists by size class; see VFPtrInterface.h.
 // Threads:  counts and flags change by plain stores, or by atomic read-modify-writes with full
 //           ordering while VFPtrInterface::enableThreadSafePointers is set.
 #pragma once
@@ -18,7 +18,9 @@
 #include <Vel/Integers.h>
 #include <Vel/VFPtrInterface.h>
 #include <atomic>
+#include <concepts>
 #include <cstddef>
+#include <type_traits>
 
 namespace Vel {
 
@@ -83,6 +85,19 @@ protected:
     void flagIs(U32 bit, bool value) noexcept;
 
 private:
+    template <std::derived_from<PtrInterface> T>
+    friend void referencesDec(const T& object);
+
+    // Counts one down; whether that was the last.
+    [[gnu::always_inline]] bool isLastDec() const noexcept {
+        U32 left = 0;
+        if (enableThreadSafePointers) [[unlikely]]
+            left = word().fetch_sub(1) - 1;
+        else
+            left = --word_;
+        return (left & referencesMask) == 0;
+    }
+
     std::atomic_ref<U32> word() const noexcept { return std::atomic_ref<U32>(word_); }
 
     mutable U32 word_ = 0;
@@ -96,8 +111,29 @@ inline void PtrInterface::referencesInc() const noexcept {
 }
 
 inline void PtrInterface::referencesDec() const {
-    const U32 left = enableThreadSafePointers ? word().fetch_sub(1) - 1 : --word_;
-    if ((left & referencesMask) == 0) const_cast<PtrInterface*>(this)->handleZeroRef();
+    if (isLastDec()) const_cast<PtrInterface*>(this)->handleZeroRef();
+}
+
+namespace detail {
+
+// An object of this class is no object of a class derived from it, and its end is that of PtrInterface: told to nobody.
+template <class T>
+concept EndsPlainly = std::is_final_v<T> && std::destructible<T> && requires {
+    { &T::handleZeroRef } -> std::same_as<void (PtrInterface::*)()>;
+    { &T::zeroReferencesIs } -> std::same_as<void (PtrInterface::*)(bool)>;
+};
+
+} // namespace detail
+
+// object.referencesDec(), by one who knows the object's class: where nobody can be told of its end, the object is deleted
+// without a virtual call.
+template <std::derived_from<PtrInterface> T>
+[[gnu::always_inline]] inline void referencesDec(const T& object) {
+    if constexpr (detail::EndsPlainly<T>) {
+        if (object.isLastDec()) delete &object;
+    } else {
+        object.PtrInterface::referencesDec();
+    }
 }
 
 } // namespace Vel

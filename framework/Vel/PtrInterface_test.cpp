@@ -32,6 +32,22 @@ public:
     }
 };
 
+class LastThing final : public Thing {};
+
+class LastSurvivor final : public Survivor {};
+
+// Nobody may call its hook but through PtrInterface.
+class Reserved final : public Thing {
+public:
+    static inline int ended = 0;
+
+private:
+    void handleZeroRef() override {
+        ++ended;
+        PtrInterface::handleZeroRef();
+    }
+};
+
 U32 wordOf(const PtrInterface& object) {
     U32 word;
     std::memcpy(&word, reinterpret_cast<const char*>(&object) + sizeof(void*), sizeof(word));
@@ -89,6 +105,33 @@ TEST_P(BothModes, AnObjectThatIsTakenUpAgainLivesOn) {
     EXPECT_EQ(rescuer->told, 1);
     rescuer->rescuer = nullptr;
     rescuer = nullptr;
+    EXPECT_EQ(alive, 0);
+}
+
+TEST_P(BothModes, ClassesThatNobodyDerivesFromEndAsOthersDo) {
+    static_assert(detail::EndsPlainly<LastThing> && !detail::EndsPlainly<Thing>);
+    {
+        const Ptr<LastThing> thing = new LastThing;
+        const Ptr<const LastThing> copy = thing;
+        EXPECT_EQ(alive, 1);
+    }
+    EXPECT_EQ(alive, 0);
+
+    static_assert(!detail::EndsPlainly<LastSurvivor>);
+    Ptr<Survivor> rescuer;
+    auto* const survivor = new LastSurvivor;
+    survivor->rescuer = &rescuer;
+    Ptr<LastSurvivor>{survivor} = nullptr;
+    EXPECT_EQ(survivor->told, 1);
+    EXPECT_EQ(survivor->references(), 1u);
+    survivor->rescuer = nullptr;
+    rescuer = nullptr;
+    EXPECT_EQ(alive, 0);
+
+    static_assert(!detail::EndsPlainly<Reserved>);
+    const int ended = Reserved::ended;
+    Ptr<Reserved>{new Reserved} = nullptr;
+    EXPECT_EQ(Reserved::ended, ended + 1);
     EXPECT_EQ(alive, 0);
 }
 
