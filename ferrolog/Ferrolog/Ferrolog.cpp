@@ -22,6 +22,23 @@ constinit std::atomic<Recorder*> recorder = nullptr;
 constinit U32 epochs = firstEpoch;
 pthread_key_t threadEnd;
 
+// ferrolog_state in the upper half of a word, as tickets have it. The library's own: the other may lie in the executable,
+// which costs a look-up.
+constinit U32 presentTickets = stateUnknown << 16;
+
+U32 state() { return load(presentTickets) >> 16; }
+
+// The call sites' copy last when it turns tracing on, first when it turns it off.
+void stateIs(U32 value) {
+    if (value == stateOff) {
+        storeLast(ferrolog_state, value);
+    }
+    storeLast(presentTickets, value << 16);
+    if (value != stateOff) {
+        storeLast(ferrolog_state, value);
+    }
+}
+
 // In the static block of the thread, so that reaching it is no call.
 [[gnu::tls_model("initial-exec")]] constinit thread_local Lane thisThread;
 
@@ -54,7 +71,7 @@ int openLocked(char const* path, U32 ringBytes) {
     }
     watchThreadsAndForks();
     recorder = new Recorder(file, epochs, recorder);
-    storeLast(ferrolog_state, epochs);
+    stateIs(epochs);
     epochs = epochs == lastEpoch ? firstEpoch : epochs + 1;
     return 0;
 }
@@ -77,21 +94,21 @@ U32 ringBytesOfEnvironment() {
 void openFromEnvironment() {
     // Never wait: the caller may be a signal handler that interrupted the one who opens.
     std::unique_lock const lock(openingMutex, std::try_to_lock);
-    if (!lock || load(ferrolog_state) != stateUnknown) {
+    if (!lock || state() != stateUnknown) {
         return;
     }
     char const* const path = secure_getenv("FERROLOG_FILE");
     if (path == nullptr || *path == '\0' || openLocked(path, ringBytesOfEnvironment()) != 0) {
-        storeLast(ferrolog_state, stateOff);
+        stateIs(stateOff);
     }
 }
 
 // The recorder of the open file; null: tracing is off.
 Recorder* openRecorder() {
-    if (load(ferrolog_state) == stateUnknown) {
+    if (state() == stateUnknown) {
         openFromEnvironment();
     }
-    return load(ferrolog_state) < firstEpoch ? nullptr : recorder.load();
+    return state() < firstEpoch ? nullptr : recorder.load();
 }
 
 [[gnu::noinline, gnu::cold]] void appendSlowly(ferrolog_site& site, U32 const* words) {
@@ -110,14 +127,22 @@ Recorder* openRecorder() {
     errno = savedErrno;
 }
 
-// Where there is no time stamp counter that one can trust. Apart, like the slow way, so that the
-// usual way needs no stack frame: both are jumped to.
-[[gnu::noinline]] void appendByMonotonicClock(ferrolog_site& site, U32 const* words) {
-    U32 const tag = load(site.ticket) & 0xFFFF;
-    if (thisThread.tryAppend(tag, words, ticksNow(ClockKind::monotonicNs))) [[likely]] {
-        return;
+// The usual way, if the site and the lane are of the present opening and the lane goes by the clock that `laneTickets` and
+// `kind` say; else, or when something must be prepared first, false.
+template <ClockKind kind>
+bool tryAppend(Lane& lane, U32 const& laneTickets, ferrolog_site const& site, U32 const* words) {
+    U32 const tickets = load(presentTickets);
+    U32 const tag = load(site.ticket) ^ tickets;
+    return laneTickets == tickets && tag <= 0xFFFF && lane.tryAppend(tag, words, ticksNow(kind));
+}
+
+// Where there is no time stamp counter that one can trust, and where something must be prepared. Apart, so that the usual
+// way needs no stack frame: this is jumped to.
+[[gnu::noinline]] void appendOtherwise(ferrolog_site& site, U32 const* words) {
+    Lane& lane = thisThread;
+    if (!tryAppend<ClockKind::monotonicNs>(lane, lane.monotonicTickets, site, words)) {
+        appendSlowly(site, words);
     }
-    appendSlowly(site, words);
 }
 
 } // namespace
@@ -126,7 +151,7 @@ constinit uint32_t ferrolog_state = stateUnknown;
 
 int ferrolog_open(char const* path, uint32_t ringBytes) {
     std::lock_guard const lock(openingMutex);
-    if (load(ferrolog_state) >= firstEpoch) {
+    if (state() >= firstEpoch) {
         complain("cannot open \"%s\": a trace file is open already", path);
         return EBUSY;
     }
@@ -135,8 +160,8 @@ int ferrolog_open(char const* path, uint32_t ringBytes) {
 
 void ferrolog_close() {
     std::lock_guard const lock(openingMutex);
-    bool const wasOpen = load(ferrolog_state) >= firstEpoch;
-    storeLast(ferrolog_state, stateOff);
+    bool const wasOpen = state() >= firstEpoch;
+    stateIs(stateOff);
     if (wasOpen) {
         recorder.load()->close();
     }
@@ -151,16 +176,7 @@ int ferrolog_register(ferrolog_site* site) {
 
 void ferrolog_append(ferrolog_site* site, uint32_t const* words) {
     Lane& lane = thisThread;
-    U32 const epoch = load(ferrolog_state);
-    U32 const ticket = load(site->ticket);
-    if (ticket >> 16 != epoch || lane.epoch != epoch) [[unlikely]] {
-        return appendSlowly(*site, words);
-    }
-    if (lane.clock != ClockKind::timeStampCounter) [[unlikely]] {
-        return appendByMonotonicClock(*site, words);
-    }
-    U64 const now = ticksNow(ClockKind::timeStampCounter);
-    if (!lane.tryAppend(ticket & 0xFFFF, words, now)) [[unlikely]] {
-        appendSlowly(*site, words);
+    if (!tryAppend<ClockKind::timeStampCounter>(lane, lane.tickets, *site, words)) [[unlikely]] {
+        appendOtherwise(*site, words);
     }
 }

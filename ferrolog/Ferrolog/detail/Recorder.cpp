@@ -17,9 +17,11 @@ std::string_view orEmpty(char const* text) { return text == nullptr ? "" : text;
 constexpr U32 ownerTag = messageTag(ownerSiteId, ownerArgumentWords);
 constexpr U32 ownerRecordWords = messageHeadWords + ownerArgumentWords;
 
+U32 threadNow() { return static_cast<U32>(::gettid()); }
+
 // Says in the chunk who wrote the messages that follow.
-void writeOwner(U32* to, U64 age, U32 life) {
-    U32 const who[ownerArgumentWords] = {life, static_cast<U32>(::gettid())};
+void writeOwner(U32* to, U64 age, U32 life, U32 thread) {
+    U32 const who[ownerArgumentWords] = {life, thread};
     writeMessage(to, ownerTag, age, who, [] { return 0U; });
 }
 
@@ -72,7 +74,7 @@ void Recorder::append(Lane& lane, U32 tag, U32 const* arguments) {
     bool stored = false;
     if (!lane.busy) {
         lane.busy = true;
-        lane.epoch = Lane::notReady;
+        lane.tickets = lane.monotonicTickets = Lane::notReady;
         std::atomic_signal_fence(std::memory_order_seq_cst);
         // A second time only if a second of preemption went by between preparing and appending.
         for (int attempt = 0; attempt < 2 && !stored; ++attempt) {
@@ -83,7 +85,8 @@ void Recorder::append(Lane& lane, U32 tag, U32 const* arguments) {
         }
         std::atomic_signal_fence(std::memory_order_seq_cst);
         if (stored) {
-            lane.epoch = epoch_;
+            (clock_ == ClockKind::timeStampCounter ? lane.tickets : lane.monotonicTickets) = epoch_
+                                                                                             << 16;
         }
         lane.busy = false;
     }
@@ -122,7 +125,7 @@ bool Recorder::borrow(Lane& lane) {
     }
     lane.recorder = this;
     lane.number = number;
-    lane.clock = clock_;
+    lane.thread = threadNow();
     lane.counters = file_.counters(number);
     lane.chunkWords = file_.layout().chunkWords();
     lane.chunk = nullptr;
@@ -136,9 +139,9 @@ bool Recorder::borrow(Lane& lane) {
     lane.chunk = &chunk;
     lane.baseTicks = chunk.baseTicks;
     U64 const age = ticksNow(clock_) - lane.baseTicks;
-    U32 const at = addAsOnlyWriter(chunk.usedWords, ownerRecordWords);
+    std::size_t const at = addAsOnlyWriter(chunk.usedWords, ownerRecordWords);
     if (age >> ageBits == 0 && at + ownerRecordWords <= lane.chunkWords) {
-        writeOwner(wordsOf(chunk) + at, age, life());
+        writeOwner(wordsOf(chunk) + at, age, life(), lane.thread);
     } else {
         addAsOnlyWriter(chunk.usedWords, lane.chunkWords); // full for everybody
     }
@@ -199,7 +202,7 @@ bool Recorder::renewChunk(Lane& lane) {
         storeLast(record.chunk, 0);
         release(old);
     }
-    lane.chunk = takeChunk(lane.number);
+    lane.chunk = takeChunk(lane.number, lane.thread);
     if (lane.chunk == nullptr) {
         return false;
     }
@@ -212,7 +215,7 @@ bool Recorder::renewChunk(Lane& lane) {
 
 // The oldest chunk that nobody fills. What it held is lost from here on; the counters tell how much
 // that was.
-ChunkHeader* Recorder::takeChunk(U32 lane) {
+ChunkHeader* Recorder::takeChunk(U32 lane, U32 thread) {
     Layout const& layout = file_.layout();
     for (U32 attempt = 0; attempt < layout.chunks; ++attempt) {
         U64 const ordinal = addShared(file_.header().nextChunk, 1);
@@ -229,7 +232,7 @@ ChunkHeader* Recorder::takeChunk(U32 lane) {
         std::memset(wordsOf(chunk), 0, layout.chunkWords() * sizeof(U32));
         chunk.baseTicks = ticksNow(clock_);
         chunk.lane = lane;
-        writeOwner(wordsOf(chunk), 0, life());
+        writeOwner(wordsOf(chunk), 0, life(), thread);
         store(chunk.usedWords, ownerRecordWords);
         storeLast(chunk.ordinal, ordinal);
         return &chunk;
@@ -333,14 +336,14 @@ bool Recorder::tryAppendShared(ChunkHeader& chunk, U32 tag, U32 const* arguments
         return false;
     }
     U32* const to = wordsOf(chunk) + at;
-    writeOwner(to, age, life());
+    writeOwner(to, age, life(), threadNow());
     writeMessage(to + ownerRecordWords, tag, age, arguments,
                  [&] { return static_cast<U32>(addShared(file_.counters(0)[tagSite(tag)], 1)); });
     return true;
 }
 
 void Recorder::replaceSharedChunk(ChunkHeader* full) {
-    ChunkHeader* const fresh = takeChunk(0);
+    ChunkHeader* const fresh = takeChunk(0, threadNow());
     if (fresh == nullptr) {
         return;
     }

@@ -45,7 +45,7 @@ private:
     U32 claimLane();
     bool isOfDeadProcess(U32 lifeNumber) const;
     bool renewChunk(Lane& lane);
-    ChunkHeader* takeChunk(U32 lane);
+    ChunkHeader* takeChunk(U32 lane, U32 thread);
     void release(ChunkHeader& chunk) const;
     U32 life();
     U32 beginLife();

@@ -37,13 +37,14 @@ inline bool replace(U32& word, U32 expected, U32 value) {
 }
 
 // Adds to a word that one thread alone writes; the value before. One instruction without a lock
-// prefix, so a signal handler of the same thread may do the same at any moment.
-inline U32 addAsOnlyWriter(U32& word, U32 count) {
+// prefix, so a signal handler of the same thread may do the same at any moment. The value comes as wide as an index, for
+// the instruction clears the upper half anyway.
+inline std::size_t addAsOnlyWriter(U32& word, std::size_t count) {
 #if defined(__x86_64__) || defined(__i386__)
-    __asm__ volatile("xaddl %0, %1" : "+r"(count), "+m"(word) : : "memory", "cc");
+    __asm__ volatile("xaddl %k0, %1" : "+r"(count), "+m"(word) : : "memory", "cc");
     return count;
 #else
-    return std::atomic_ref<U32>(word).fetch_add(count, std::memory_order_relaxed);
+    return std::atomic_ref<U32>(word).fetch_add(static_cast<U32>(count), std::memory_order_relaxed);
 #endif
 }
 
