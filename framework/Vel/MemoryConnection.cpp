@@ -1,6 +1,7 @@
 #include <Vel/MemoryConnection.h>
 
 #include <algorithm>
+#include <cstring>
 
 namespace Vel {
 
@@ -9,7 +10,7 @@ MemoryConnection::Out::~Out() = default;
 
 std::size_t MemoryConnection::In::read(std::span<U8> room) {
     const std::span<const U8> given = left_.first(std::min(left_.size(), room.size()));
-    std::ranges::copy(given, room.begin());
+    if (!given.empty()) std::memcpy(room.data(), given.data(), given.size());
     left_ = left_.subspan(given.size());
     return given.size();
 }

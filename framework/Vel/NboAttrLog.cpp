@@ -11,6 +11,7 @@ namespace Vel {
 namespace {
 
 constexpr std::size_t bufferSize = std::size_t{64} << 10;
+static_assert(NboAttrLog::lengthSize + NboAttrLog::fixedMax <= bufferSize);
 
 [[noreturn]] void throwBroken(const String8& text) {
     throw Exception(text, Exception::Id::connection);
@@ -31,7 +32,7 @@ NboAttrLog::Out::~Out() {
 
 // Moves what is written so far into a buffer of `capacity`.
 void NboAttrLog::Out::capacityIs(std::size_t capacity) {
-    auto buffer = std::make_unique<U8[]>(capacity);
+    auto buffer = std::make_unique_for_overwrite<U8[]>(capacity);
     const std::size_t used = offset();
     if (used != 0) std::memcpy(buffer.get(), buffer_.get(), used);
     buffer_ = std::move(buffer);
@@ -39,6 +40,7 @@ void NboAttrLog::Out::capacityIs(std::size_t capacity) {
     limit_ = pos_;
     end_ = buffer_.get() + capacity;
     flushMark_ = buffer_.get() + bufferSize - lengthSize;
+    takeMark_ = depth_ == 0 ? flushMark_ : buffer_.get();
 }
 
 void NboAttrLog::Out::makeRoom(std::size_t size) {
@@ -60,8 +62,9 @@ void NboAttrLog::Out::writeString8(const String8& value) {
 }
 
 void NboAttrLog::Out::writeBytes(std::span<const U8> bytes) {
-    if (static_cast<std::size_t>(limit_ - pos_) < bytes.size()) makeRoom(bytes.size());
-    pos_ = std::ranges::copy(bytes, pos_).out;
+    if (limit_ - pos_ < static_cast<std::ptrdiff_t>(bytes.size())) makeRoom(bytes.size());
+    if (!bytes.empty()) std::memcpy(pos_, bytes.data(), bytes.size());
+    pos_ += bytes.size();
 }
 
 void NboAttrLog::Out::flush() {
@@ -75,12 +78,12 @@ void NboAttrLog::Out::flush() {
 }
 
 NboAttrLog::In::In(const Ptr<ByteConnection::In>& connection)
-    : connection_(connection), buffer_(std::make_unique<U8[]>(bufferSize)), capacity_(bufferSize),
-      pos_(buffer_.get()), limit_(pos_), end_(pos_), record_(pos_) {}
+    : connection_(connection), buffer_(std::make_unique_for_overwrite<U8[]>(bufferSize)),
+      capacity_(bufferSize), pos_(buffer_.get()), limit_(pos_), end_(pos_), record_(pos_) {}
 
 NboAttrLog::In::~In() = default;
 
-bool NboAttrLog::In::atEnd() {
+bool NboAttrLog::In::nothingLeft() {
     VEL_ASSERT(depth_ == 0, depth_);
     return buffered() == 0 && !readMore(lengthSize);
 }
@@ -115,7 +118,7 @@ bool NboAttrLog::In::readMore(std::size_t wanted) {
     // The buffer grows as bytes arrive, not because a length announces them.
     if (held == capacity_) {
         capacity_ = std::min(2 * capacity_, std::max(wanted, capacity_ + 1));
-        auto larger = std::make_unique<U8[]>(capacity_);
+        auto larger = std::make_unique_for_overwrite<U8[]>(capacity_);
         std::memcpy(larger.get(), pos_, held);
         buffer_ = std::move(larger);
     } else if (held != 0) {

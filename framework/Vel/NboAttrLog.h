@@ -16,7 +16,8 @@
 // Errors:  Exception with Id::connection: what the connection throws, a log that ends inside a
 //          record, a record that holds more or less than its value. Nothing is read behind the end
 //          of a record. Using the fields' functions while no record is open is an assertion.
-// Cost:    a field is a compare, a byte swap and a store; the connection is called once per 64 KiB.
+// Cost:    a field is a compare, a byte swap and a store; fields that together have a length known beforehand share one
+//          compare (Fixed). The connection is called once per 64 KiB.
 // Threads: one log belongs to one thread.
 #pragma once
 
@@ -30,7 +31,7 @@
 #include <cstddef>
 #include <memory>
 #include <span>
-#include <type_traits>
+#include <utility>
 
 namespace Vel {
 
@@ -44,6 +45,9 @@ public:
     // Bytes of a record's length, and the longest payload that is written or believed.
     static constexpr std::size_t lengthSize = 4;
     static constexpr std::size_t payloadMax = std::size_t{16} << 20;
+
+    // The most bytes that a Fixed takes at once.
+    static constexpr std::size_t fixedMax = 4096;
 };
 
 // NboAttrLog::Out - the writing end.
@@ -54,6 +58,7 @@ public:
 class VEL_API NboAttrLog::Out : public PtrInterface {
 public:
     class Record;
+    class Fixed;
 
     explicit Out(const Ptr<ByteConnection::Out>& connection);
     ~Out() override;
@@ -87,19 +92,20 @@ public:
 private:
     template <class T>
     void write(T value) {
-        if (static_cast<std::size_t>(limit_ - pos_) < sizeof value) [[unlikely]]
+        if (limit_ - pos_ < static_cast<std::ptrdiff_t>(sizeof value)) [[unlikely]]
             makeRoom(sizeof value);
         storeNetworkOrdered(pos_, value);
         pos_ += sizeof value;
     }
 
-    // Starts a record: leaves room for its length.
-    void begin() {
-        if (pos_ >= flushMark_) [[unlikely]]
+    // Starts a record: leaves room for its length. `expected` bytes of fields will come, or more.
+    void begin(std::size_t expected) {
+        if (flushMark_ - pos_ <= static_cast<std::ptrdiff_t>(expected)) [[unlikely]]
             flush();
         recordOffset_ = offset();
         pos_ += lengthSize;
         limit_ = end_;
+        takeMark_ = pos_;
     }
 
     // Ends the record and states its length.
@@ -108,7 +114,24 @@ private:
         if (length > payloadMax) [[unlikely]]
             tooLong();
         storeNetworkOrdered(buffer_.get() + recordOffset_, static_cast<U32>(length));
+        closed();
+    }
+
+    // No record is open any more.
+    void closed() noexcept {
         limit_ = pos_;
+        takeMark_ = flushMark_;
+    }
+
+    // Room for a record of `size` bytes, its length stated; the caller writes them before it does anything else. Null, and
+    // nothing taken, while a record is open and where there is no room.
+    U8* take(std::size_t size) noexcept {
+        U8* const start = pos_;
+        if (takeMark_ - start <= static_cast<std::ptrdiff_t>(size)) [[unlikely]]
+            return nullptr;
+        pos_ = start + lengthSize + size; // limit_ stays: before pos_ is as good as there
+        storeNetworkOrdered(start, static_cast<U32>(size));
+        return start + lengthSize;
     }
 
     std::size_t offset() const noexcept { return static_cast<std::size_t>(pos_ - buffer_.get()); }
@@ -121,9 +144,10 @@ private:
     Ptr<ByteConnection::Out> connection_;
     std::unique_ptr<U8[]> buffer_;
     U8* pos_ = nullptr;       // where the next field goes
-    U8* limit_ = nullptr;     // how far fields may go: pos_ while no record is open
+    U8* limit_ = nullptr;     // how far fields may go: not behind pos_ while no record is open
     U8* end_ = nullptr;       // of the buffer
     U8* flushMark_ = nullptr; // a record does not begin here or behind it
+    U8* takeMark_ = nullptr;  // the same while no record is open; then one does not begin at all
     std::size_t recordOffset_ = 0;
     U32 depth_ = 0; // records open within each other
 };
@@ -141,8 +165,9 @@ private:
 // What is not closed, because something threw, leaves no byte in the log.
 class NboAttrLog::Out::Record {
 public:
-    explicit Record(Out& out) : out_(out) {
-        if (out.depth_ == 0) out.begin();
+    // Where `expected` bytes of fields do not fit behind the records that wait, these are handed on first.
+    explicit Record(Out& out, std::size_t expected = 0) : out_(out) {
+        if (out.depth_ == 0) out.begin(expected);
         ++out.depth_;
         start_ = out.offset();
     }
@@ -152,7 +177,7 @@ public:
         out_.pos_ = out_.buffer_.get() + start_;
         if (--out_.depth_ != 0) return;
         out_.pos_ -= lengthSize;
-        out_.limit_ = out_.pos_;
+        out_.closed();
     }
 
     Record(const Record&) = delete;
@@ -172,6 +197,45 @@ private:
     bool closed_ = false;
 };
 
+// The fields of a value that has the same number of bytes always, at most fixedMax: their room is checked once, and their
+// length is stated before the first of them.
+//
+//     if (NboAttrLog::Out::Fixed fields(*out, 2 * sizeof(U16)); fields) {
+//         fields.writeU16(value.first);
+//         fields.writeU16(value.last);
+//     } else {
+//         NboAttrLog::Out::Record record(*out, 2 * sizeof(U16));
+//         ...
+class NboAttrLog::Out::Fixed {
+public:
+    Fixed(Out& out, std::size_t size) noexcept : at_(out.take(size)) {}
+
+    // Whether there is a record of its own for them: the caller writes `size` bytes before it uses the log again.
+    // Otherwise nothing has happened.
+    explicit operator bool() const noexcept { return at_ != nullptr; }
+
+    void writeU8(U8 value) noexcept { write(value); }
+
+    void writeU16(U16 value) noexcept { write(value); }
+
+    void writeU32(U32 value) noexcept { write(value); }
+
+    void writeU64(U64 value) noexcept { write(value); }
+
+    void writeS32(S32 value) noexcept { write(static_cast<U32>(value)); }
+
+    void writeBool(bool value) noexcept { write(static_cast<U8>(value)); }
+
+private:
+    template <class T>
+    void write(T value) noexcept {
+        storeNetworkOrdered(at_, value);
+        at_ += sizeof value;
+    }
+
+    U8* at_;
+};
+
 // NboAttrLog::In - the reading end.
 //
 // Resuming: a malformed record is left behind as a whole: the next value comes from the next
@@ -179,6 +243,7 @@ private:
 class VEL_API NboAttrLog::In : public PtrInterface {
 public:
     class Record;
+    class Fixed;
 
     explicit In(const Ptr<ByteConnection::In>& connection);
     ~In() override;
@@ -187,7 +252,11 @@ public:
 
     // Whether the connection has no byte more, after a whole record. May wait for the connection.
     // Not while a record is open.
-    bool atEnd();
+    bool atEnd() {
+        if (depth_ == 0 && pos_ != end_) [[likely]]
+            return false;
+        return nothingLeft();
+    }
 
     // One field each, as the writer of the same name wrote it. A bool that is neither 0 nor 1 is
     // malformed.
@@ -216,7 +285,9 @@ public:
 
     // Bytes of the open record that no field has taken yet; 0 while no record is open. A collection
     // that stands last in its record learns from it how many entries there are.
-    std::size_t remaining() const noexcept { return static_cast<std::size_t>(limit_ - pos_); }
+    std::size_t remaining() const noexcept {
+        return limit_ > pos_ ? static_cast<std::size_t>(limit_ - pos_) : 0;
+    }
 
     // For types: the open record is not what they write. `reason` completes the sentence
     //     attribute log record at byte 36 is malformed: <reason>
@@ -226,12 +297,26 @@ public:
 private:
     template <class T>
     T next() {
-        if (remaining() < sizeof(T)) [[unlikely]]
+        if (limit_ - pos_ < static_cast<std::ptrdiff_t>(sizeof(T))) [[unlikely]]
             tooShort(sizeof(T));
         const T value = loadNetworkOrdered<T>(pos_);
         pos_ += sizeof(T);
         return value;
     }
+
+    // The fields of the next record, which has `size` bytes of them. Null, and nothing taken, while a record is open, and
+    // unless the whole record is in the buffer and its length is right.
+    const U8* take(std::size_t size) noexcept {
+        const U8* const start = pos_;
+        if (depth_ != 0 || static_cast<std::size_t>(end_ - start) < lengthSize + size ||
+            loadNetworkOrdered<U32>(start) != size) [[unlikely]]
+            return nullptr;
+        record_ = start;
+        pos_ = start + lengthSize + size; // limit_ stays: before pos_ is as good as there
+        return start + lengthSize;
+    }
+
+    bool nothingLeft();
 
     std::size_t buffered() const noexcept { return static_cast<std::size_t>(end_ - pos_); }
 
@@ -266,7 +351,7 @@ private:
     std::unique_ptr<U8[]> buffer_;
     std::size_t capacity_;
     const U8* pos_;       // the next field, or the next record's length
-    const U8* limit_;     // end of the open record; pos_ while none is open
+    const U8* limit_;     // end of the open record; not behind pos_ while none is open
     const U8* end_;       // of what is buffered
     const U8* record_;    // length of the open record
     U64 bufferPlace_ = 0; // bytes of the log that came before the buffer
@@ -309,6 +394,44 @@ public:
 private:
     In& in_;
     bool closed_ = false;
+};
+
+// The fields of a value that has the same number of bytes always: their room is checked once. When it is not there, the
+// record is read as any other, which says what is wrong with it.
+class NboAttrLog::In::Fixed {
+public:
+    Fixed(In& in, std::size_t size) noexcept : in_(in), at_(in.take(size)) {}
+
+    // Whether the fields are there: the caller reads `size` bytes of them. Otherwise nothing is taken.
+    explicit operator bool() const noexcept { return at_ != nullptr; }
+
+    U8 nextU8() noexcept { return next<U8>(); }
+
+    U16 nextU16() noexcept { return next<U16>(); }
+
+    U32 nextU32() noexcept { return next<U32>(); }
+
+    U64 nextU64() noexcept { return next<U64>(); }
+
+    S32 nextS32() noexcept { return static_cast<S32>(next<U32>()); }
+
+    bool nextBool() {
+        const U8 byte = next<U8>();
+        if (byte > 1) [[unlikely]]
+            in_.noTruthValue(byte);
+        return byte != 0;
+    }
+
+private:
+    template <class T>
+    T next() noexcept {
+        const T value = loadNetworkOrdered<T>(at_);
+        at_ += sizeof(T);
+        return value;
+    }
+
+    In& in_;
+    const U8* at_;
 };
 
 } // namespace Vel

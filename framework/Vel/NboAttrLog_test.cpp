@@ -187,11 +187,130 @@ TEST(NboAttrLog, CarriesManyRecordsOfAllSizes) {
     EXPECT_TRUE(in.atEnd());
 }
 
+TEST(NboAttrLog, FixedFieldsAreARecord) {
+    const Ptr<MemoryConnection::Out> bytes = new MemoryConnection::Out;
+    NboAttrLog::Out out(bytes);
+    NboAttrLog::Out::Fixed fields(out, 16);
+    ASSERT_TRUE(fields);
+    fields.writeU8(1);
+    fields.writeU16(0x0203);
+    fields.writeU64(0x0405060708090a0b);
+    fields.writeS32(-2);
+    fields.writeBool(true);
+    out.flush();
+    const Bytes expected{0, 0, 0, 16, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 0xff, 0xff, 0xff, 0xfe, 1};
+    EXPECT_EQ(Bytes(bytes->bytes().begin(), bytes->bytes().end()), expected);
+
+    NboAttrLog::In in(new MemoryConnection::In(expected));
+    ASSERT_FALSE(in.atEnd());
+    NboAttrLog::In::Fixed read(in, 16);
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read.nextU8(), 1u);
+    EXPECT_EQ(read.nextU16(), 0x0203u);
+    EXPECT_EQ(read.nextU64(), 0x0405060708090a0bu);
+    EXPECT_EQ(read.nextS32(), -2);
+    EXPECT_TRUE(read.nextBool());
+    EXPECT_EQ(in.remaining(), 0u);
+    EXPECT_TRUE(in.atEnd());
+}
+
+TEST(NboAttrLog, FixedFieldsAreRefusedInAnOpenRecord) {
+    const Bytes bytes = written([](NboAttrLog::Out& out) {
+        out.writeU8(1);
+        EXPECT_FALSE(NboAttrLog::Out::Fixed(out, 1));
+        out.writeU8(2);
+    });
+    EXPECT_EQ(bytes, (Bytes{0, 0, 0, 2, 1, 2}));
+    EXPECT_EQ(errorOf(bytes,
+                      [](NboAttrLog::In& in) {
+                          EXPECT_FALSE(NboAttrLog::In::Fixed(in, 1));
+                          EXPECT_EQ(in.nextU16(), 0x0102u);
+                      }),
+              "");
+}
+
+TEST(NboAttrLog, FixedFieldsAreRefusedUnlessTheRecordIsThereAndOfThatLength) {
+    const Bytes bytes{0, 0, 0, 2, 7, 8};
+    NboAttrLog::In in(new MemoryConnection::In(bytes));
+    EXPECT_FALSE(NboAttrLog::In::Fixed(in, 2)) << "nothing is in the buffer yet";
+    ASSERT_FALSE(in.atEnd());
+    EXPECT_FALSE(NboAttrLog::In::Fixed(in, 1));
+    EXPECT_FALSE(NboAttrLog::In::Fixed(in, 3));
+    EXPECT_TRUE(NboAttrLog::In::Fixed(in, 2));
+    EXPECT_TRUE(in.atEnd());
+
+    NboAttrLog::In cut(new MemoryConnection::In(std::span(bytes).first(5)));
+    ASSERT_FALSE(cut.atEnd());
+    EXPECT_FALSE(NboAttrLog::In::Fixed(cut, 2));
+}
+
+TEST(NboAttrLog, ATruthValueAmongFixedFieldsIsCheckedToo) {
+    const Bytes bytes{0, 0, 0, 1, 0, 0, 0, 0, 1, 2};
+    NboAttrLog::In in(new MemoryConnection::In(bytes));
+    ASSERT_FALSE(in.atEnd());
+    EXPECT_FALSE(NboAttrLog::In::Fixed(in, 1).nextBool());
+    try {
+        NboAttrLog::In::Fixed(in, 1).nextBool();
+        ADD_FAILURE() << "2 was read";
+    } catch (const Exception& error) {
+        EXPECT_STREQ(error.what(),
+                     "attribute log record at byte 5 is malformed: 2 is no truth value");
+    }
+    EXPECT_TRUE(in.atEnd());
+}
+
+TEST(NboAttrLog, FixedFieldsAndOthersTakeTurnsAcrossTheBuffersEnd) {
+    constexpr U32 count = 20'000;
+    const Ptr<MemoryConnection::Out> bytes = new MemoryConnection::Out;
+    NboAttrLog::Out out(bytes);
+    U32 refused = 0;
+    for (U32 i = 0; i < count; ++i) {
+        if (i % 3 == 0) {
+            NboAttrLog::Out::Record record(out);
+            out.writeString8("between");
+            record.close();
+        }
+        if (NboAttrLog::Out::Fixed fields(out, sizeof i); fields) {
+            fields.writeU32(i);
+        } else {
+            ++refused;
+            NboAttrLog::Out::Record record(out, sizeof i);
+            out.writeU32(i);
+            record.close();
+        }
+    }
+    out.flush();
+    EXPECT_GT(refused, 0u);
+    EXPECT_LT(refused, 10u);
+
+    NboAttrLog::In in(new Trickle({bytes->bytes().begin(), bytes->bytes().end()}, 5));
+    U32 next = 0;
+    while (!in.atEnd()) {
+        if (NboAttrLog::In::Fixed fields(in, sizeof next); fields) {
+            ASSERT_EQ(fields.nextU32(), next++);
+            continue;
+        }
+        NboAttrLog::In::Record record(in);
+        if (in.remaining() == sizeof next)
+            ASSERT_EQ(in.nextU32(), next++);
+        else
+            ASSERT_EQ(in.nextString8(), "between");
+        record.close();
+    }
+    EXPECT_EQ(next, count);
+}
+
 TEST(NboAttrLogDeathTest, FieldsWithoutARecordAreAnAssertion) {
     NboAttrLog::Out out(new MemoryConnection::Out);
     EXPECT_DEATH(out.writeU8(1), "assertion failed: depth_ > 0");
-    const Bytes none;
-    NboAttrLog::In in(new MemoryConnection::In(none));
+    NboAttrLog::Out::Fixed(out, 1).writeU8(1);
+    EXPECT_DEATH(out.writeU8(1), "assertion failed: depth_ > 0");
+    EXPECT_DEATH(out.writeString8(""), "assertion failed: depth_ > 0");
+    const Bytes one{0, 0, 0, 1, 1};
+    NboAttrLog::In in(new MemoryConnection::In(one));
+    EXPECT_DEATH(in.nextU8(), "assertion failed: depth_ > 0");
+    ASSERT_FALSE(in.atEnd());
+    ASSERT_TRUE(NboAttrLog::In::Fixed(in, 1));
     EXPECT_DEATH(in.nextU8(), "assertion failed: depth_ > 0");
 }
 

@@ -1,4 +1,6 @@
 // Define.h - what a value type's or an enumeration's .cpp says: its exported functions, each one line over the facets.
+//
+// Flattened: the fields of values within a value take no call each; what is rare says itself that it stays apart.
 #pragma once
 
 #include <Vel/Value.h>
@@ -12,13 +14,15 @@
     T::T(::Vel::String8::IteratorConst& pos, const ::Vel::String8::IteratorConst& end) {           \
         ::Vel::parseValue(pos, end, *this);                                                        \
     }                                                                                              \
-    T::T(::Vel::NboAttrLog::In* in, ::Vel::StreamBogon) { ::Vel::readLogValue(*in, *this); }       \
+    [[gnu::flatten]] T::T(::Vel::NboAttrLog::In* in, ::Vel::StreamBogon) {                         \
+        ::Vel::readLogValue(*in, *this);                                                           \
+    }                                                                                              \
     ::Vel::VelType* T::_fwkType() { return ::Vel::ValueType<T>::instance(); }                      \
-    ::Vel::String8 valueToStrep(const T& value) { return ::Vel::strepOf(value); }                  \
+    [[gnu::flatten]] ::Vel::String8 valueToStrep(const T& value) { return ::Vel::strepOf(value); } \
     std::ostream& operator<<(std::ostream& out, const T& value) {                                  \
         return out << ::Vel::strepOf(value);                                                       \
     }                                                                                              \
-    const ::Vel::Ptr<::Vel::NboAttrLog::Out>& operator<<(                                          \
+    [[gnu::flatten]] const ::Vel::Ptr<::Vel::NboAttrLog::Out>& operator<<(                         \
         const ::Vel::Ptr<::Vel::NboAttrLog::Out>& out, const T& value) {                           \
         ::Vel::logValue(*out, value);                                                              \
         return out;                                                                                \

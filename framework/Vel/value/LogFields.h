@@ -17,8 +17,9 @@ namespace detail {
 
 inline constexpr std::size_t endMarkBytes = 4;
 
-template <class Field>
-void logField(NboAttrLog::Out& out, const Field& field) {
+// Out, In: the log itself, or its Fixed.
+template <class Out, class Field>
+void logField(Out& out, const Field& field) {
     if constexpr (std::same_as<Field, bool>)
         out.writeBool(field);
     else if constexpr (std::is_enum_v<Field>)
@@ -37,8 +38,8 @@ void logField(NboAttrLog::Out& out, const Field& field) {
         logFields(out, field);
 }
 
-template <class Field>
-void readLogField(NboAttrLog::In& in, Field& field) {
+template <class In, class Field>
+void readLogField(In& in, Field& field) {
     if constexpr (std::same_as<Field, bool>)
         field = in.nextBool();
     else if constexpr (std::is_enum_v<Field>)
@@ -85,11 +86,32 @@ void readLogCollection(NboAttrLog::In& in, Collection& collection) {
     if (in.nextS32() != 0) in.malformed("the end mark of a collection is not 0");
 }
 
+// Bytes of a field or of a value's fields; 0 for a value whose length depends on what a collection in it holds.
+template <class Field>
+constexpr std::size_t fixedLogBytes() {
+    if constexpr (std::integral<Field> || std::is_enum_v<Field>) {
+        return sizeof(Field);
+    } else {
+        std::size_t sum = 0;
+        bool isFixed = true;
+        forEachField<Field>([&]<std::size_t i>() {
+            if constexpr (isCollectionField<Field, i>) {
+                isFixed = false;
+            } else {
+                constexpr std::size_t bytes = fixedLogBytes<FieldType<Field, i>>();
+                isFixed = isFixed && bytes != 0;
+                sum += bytes;
+            }
+        });
+        return isFixed && sum <= NboAttrLog::fixedMax ? sum : 0;
+    }
+}
+
 } // namespace detail
 
 // The fields alone, into the open record.
-template <class T>
-void logFields(NboAttrLog::Out& out, const T& value) {
+template <class Out, class T>
+void logFields(Out& out, const T& value) {
     forEachField<T>([&]<std::size_t i>() {
         constexpr auto field = attributeAt<T, i>.access;
         if constexpr (isCollectionField<T, i>)
@@ -99,8 +121,8 @@ void logFields(NboAttrLog::Out& out, const T& value) {
     });
 }
 
-template <class T>
-void readLogFields(NboAttrLog::In& in, T& value) {
+template <class In, class T>
+void readLogFields(In& in, T& value) {
     forEachField<T>([&]<std::size_t i>() {
         constexpr auto field = attributeAt<T, i>.access;
         if constexpr (isCollectionField<T, i>)
@@ -110,19 +132,39 @@ void readLogFields(NboAttrLog::In& in, T& value) {
     });
 }
 
-// One record, or a part of the one that is open.
+namespace detail {
+
 template <class T>
-void logValue(NboAttrLog::Out& out, const T& value) {
-    NboAttrLog::Out::Record record(out);
+[[gnu::noinline]] void logRecord(NboAttrLog::Out& out, const T& value) {
+    NboAttrLog::Out::Record record(out, fixedLogBytes<T>());
     logFields(out, value);
     record.close();
 }
 
 template <class T>
-void readLogValue(NboAttrLog::In& in, T& value) {
+[[gnu::noinline]] void readLogRecord(NboAttrLog::In& in, T& value) {
     NboAttrLog::In::Record record(in);
     readLogFields(in, value);
     record.close();
+}
+
+} // namespace detail
+
+// One record, or a part of the one that is open.
+template <class T>
+[[gnu::always_inline]] inline void logValue(NboAttrLog::Out& out, const T& value) {
+    if constexpr (constexpr std::size_t bytes = detail::fixedLogBytes<T>(); bytes != 0)
+        if (NboAttrLog::Out::Fixed fields(out, bytes); fields) [[likely]]
+            return logFields(fields, value);
+    detail::logRecord(out, value);
+}
+
+template <class T>
+[[gnu::always_inline]] inline void readLogValue(NboAttrLog::In& in, T& value) {
+    if constexpr (constexpr std::size_t bytes = detail::fixedLogBytes<T>(); bytes != 0)
+        if (NboAttrLog::In::Fixed fields(in, bytes); fields) [[likely]]
+            return readLogFields(fields, value);
+    detail::readLogRecord(in, value);
 }
 
 } // namespace Vel
