@@ -14,9 +14,13 @@ constinit typename StringN<Char>::Data StringN<Char>::nullStringData_{0, 0, 0};
 template <class Char>
 typename StringN<Char>::Data* StringN<Char>::Data::make(std::size_t capacity) {
     VEL_ASSERT(capacity <= capacityMax, capacity);
-    const std::size_t room = capacity + 1 > sizeof(chars_) ? capacity + 1 : sizeof(chars_);
-    void* place = ::operator new(sizeof(Data) - sizeof(chars_) + room);
-    return new (place) Data(1, 0, static_cast<U32>(capacity));
+    return ::new (detail::ObjectPages::allocate(bytesOf(capacity)))
+        Data(1, 0, static_cast<U32>(capacity));
+}
+
+template <class Char>
+void StringN<Char>::Data::operator delete(Data* data, std::destroying_delete_t) noexcept {
+    detail::ObjectPages::deallocate(data, bytesOf(data->capacity()));
 }
 
 template <class Char>
@@ -27,13 +31,6 @@ typename StringN<Char>::Data* StringN<Char>::filled(std::string_view text, std::
     if (!text.empty()) std::memcpy(data->chars(), text.data(), text.size());
     data->lengthIs(text.size());
     return data;
-}
-
-template <class Char>
-StringN<Char> StringN<Char>::eternal(std::string_view text) {
-    StringN string(text);
-    if (!text.empty()) string.data_->becomeEternal();
-    return string;
 }
 
 template <class Char>

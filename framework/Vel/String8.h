@@ -7,6 +7,7 @@
 //            does not count.
 // Copying:   one increment. A string is written only while nobody shares its data: appending copies
 //            shared data first.
+// Memory:    data of up to 512 bytes come from the per-thread lists of detail/ObjectHeap.h, as objects do.
 // Cost:      appending is amortised O(1) a character: capacity doubles.
 // Threads:   as for Ptr: one String8 belongs to one thread; data may be shared between threads only
 //            while VFPtrInterface::enableThreadSafePointers is set.
@@ -24,6 +25,7 @@
 #include <functional>
 #include <iosfwd>
 #include <iterator>
+#include <new>
 #include <string_view>
 #include <utility>
 
@@ -74,9 +76,22 @@ public:
         return text;
     }
 
-    // A string whose data lives as long as the process and is never counted, so that copies cost nothing and threads may
-    // share them in either counting mode: for names that were known when the program was written.
-    static StringN eternal(std::string_view text);
+    // A string of at most `most` characters, more than 0: `write` is given the place of the first and returns where it
+    // stopped. It has room for `most`.
+    template <class Write>
+    static StringN written(std::size_t most, Write write) {
+        StringN text(Data::make(most));
+        char* const chars = text.data_->chars();
+        text.data_->lengthIs(static_cast<std::size_t>(write(chars) - chars));
+        return text;
+    }
+
+    // A string of data that live as long as the process and are never counted, so that copies cost nothing and threads may
+    // share them in either counting mode: for names that were known when the program was written, see value/EnumNames.h.
+    static StringN ofEternal(const Data* data) noexcept {
+        asm("" : "+r"(data)); // the characters go on behind the object, which GCC would not believe
+        return StringN(const_cast<Data*>(data));
+    }
 
     // Makes the string `length` characters of `text`, which may be its own, with room for `capacity`
     // before the next growth. `length` <= `capacity`; `text` may be null if `length` is 0.
@@ -169,9 +184,16 @@ public:
     // What a string that grows gets at least: with it, the data fill two 16-byte units.
     static constexpr std::size_t capacityGrown = 19;
 
+    // How many characters stand within the object; more follow behind it.
+    static constexpr std::size_t charsWithin = 4;
+
+    // `text` gives the characters within, as far as it goes.
     // Always inline: GCC 12 emits no constexpr constructor for the explicit instantiation below.
-    [[gnu::always_inline]] constexpr Data(U32 references, U32 length, U32 capacity) noexcept
-        : references_(references), length_(length), capacity_(capacity) {}
+    [[gnu::always_inline]] constexpr Data(U32 references, U32 length, U32 capacity,
+                                          std::string_view text = {}) noexcept
+        : references_(references), length_(length), capacity_(capacity) {
+        for (std::size_t i = 0; i < charsWithin && i < text.size(); ++i) chars_[i] = text[i];
+    }
 
     Data(const Data&) = delete;
     Data& operator=(const Data&) = delete;
@@ -187,6 +209,9 @@ public:
             ++references_;
     }
 
+    // Plain delete gives the memory back to where make() has it from.
+    static void operator delete(Data* data, std::destroying_delete_t) noexcept;
+
     // Frees the data with plain delete when the count reaches 0.
     void referencesDec() noexcept {
         if (isEternal()) return;
@@ -195,16 +220,14 @@ public:
         if ((left & referencesMask) == 0) {
             // By another way, or GCC warns of freeing nullStringData_ wherever it sees that a
             // string may hold it: of its capacity, which forbids that, it knows nothing.
-            void* memory = this;
-            asm("" : "+r"(memory));
-            ::operator delete(memory);
+            Data* data = this;
+            asm("" : "+r"(data));
+            delete data;
         }
     }
 
     // Nobody counts or frees the data, and nobody writes it: it has no room.
     bool isEternal() const noexcept { return capacity_ == 0; }
-
-    void becomeEternal() noexcept { references_ = capacity_ = 0; }
 
     // An answer of 1 comes after everything that former sharers in other threads read from the data:
     // the only owner left may write it.
@@ -227,12 +250,17 @@ public:
     }
 
 private:
+    static std::size_t bytesOf(std::size_t capacity) noexcept {
+        return offsetof(Data, chars_) +
+               (capacity < charsWithin ? charsWithin : capacity + 1); // with the NUL
+    }
+
     std::atomic_ref<U32> count() noexcept { return std::atomic_ref<U32>(references_); }
 
     U32 references_;
     U32 length_;
     U32 capacity_;
-    char chars_[4] = {}; // as many as the allocation holds; always at least the NUL
+    char chars_[charsWithin] = {}; // as many as the allocation holds; always at least the NUL
 };
 
 // IteratorConst - a read cursor on a string; every parser takes one and leaves it behind what it

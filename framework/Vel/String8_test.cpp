@@ -1,6 +1,10 @@
 #include <Vel/String8.h>
 
+#include <Vel/value/EnumNames.h>
+#include <cstring>
 #include <gtest/gtest.h>
+#include <string>
+#include <thread>
 #include <vector>
 
 namespace Vel {
@@ -32,10 +36,11 @@ TEST(String8, GrowsInAVectorWithoutAWarningOfTheOptimiser) {
 TEST(String8, EternalDataAreSharedAndNeverCounted) {
     for (const bool isAtomic : {false, true}) {
         VFPtrInterface::enableThreadSafePointers = isAtomic;
-        static const String8* const name = new String8(String8::eternal("readCmd"));
-        std::vector<String8> copies(1000, *name);
+        static constexpr EternalText<7> text("readCmd");
+        const String8 name = String8::ofEternal(text.data());
+        std::vector<String8> copies(1000, name);
         for (const String8& copy : copies) {
-            EXPECT_EQ(copy.charPtr(), name->charPtr());
+            EXPECT_EQ(copy.charPtr(), name.charPtr());
             EXPECT_EQ(copy, "readCmd");
         }
         copies[0] += "2";
@@ -43,11 +48,42 @@ TEST(String8, EternalDataAreSharedAndNeverCounted) {
         copies[1] += "3";
         EXPECT_EQ(copies[0], "readCmd2");
         EXPECT_EQ(copies[1], "readCmd3");
-        EXPECT_EQ(*name, "readCmd");
-        EXPECT_EQ(*name + "4", "readCmd4");
+        EXPECT_EQ(name, "readCmd");
+        EXPECT_EQ(name + "4", "readCmd4");
     }
     VFPtrInterface::enableThreadSafePointers = false;
-    EXPECT_EQ(String8::eternal("").charPtr(), String8().charPtr());
+}
+
+TEST(String8, IsWrittenWhereItStays) {
+    for (const std::size_t most : {1U, 3U, 4U, 5U, 19U, 20U, 499U, 500U, 501U, 5000U}) {
+        for (const std::size_t length : {std::size_t{0}, most / 2, most}) {
+            String8 text = String8::written(most, [length](char* out) {
+                std::memset(out, 'x', length);
+                return out + length;
+            });
+            const std::string expected(length, 'x');
+            EXPECT_EQ(text.view(), expected);
+            EXPECT_EQ(std::strlen(text.charPtr()), length);
+            EXPECT_EQ(text.references(), 1u);
+            EXPECT_EQ(text.capacity(), most);
+            text += "yz";
+            EXPECT_EQ(text.view(), expected + "yz");
+        }
+    }
+}
+
+TEST(String8, DataComeAndGoInAnyThread) {
+    VFPtrInterface::enableThreadSafePointers = true;
+    std::vector<String8> texts;
+    std::thread maker([&texts] {
+        for (std::size_t i = 0; i < 2000; ++i)
+            texts.emplace_back(std::string(i % 700, 'a').c_str());
+    });
+    maker.join();
+    for (std::size_t i = 0; i < texts.size(); ++i) ASSERT_EQ(texts[i].length(), i % 700);
+    std::thread breaker([&texts] { texts.clear(); });
+    breaker.join();
+    VFPtrInterface::enableThreadSafePointers = false;
 }
 
 } // namespace

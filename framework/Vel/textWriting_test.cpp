@@ -47,6 +47,21 @@ TEST(TextWriting, PowersOfTenAndTheirNeighboursHaveTheirDigits) {
     }
 }
 
+TEST(TextWriting, NumbersOfEveryWidthHaveTheirDigits) {
+    EXPECT_EQ(number(U32{0}), "0");
+    for (unsigned bits = 0; bits < 64; ++bits) {
+        const U64 power = U64{1} << bits;
+        // Ones and zeros in the groups of digits that are written at once.
+        for (const U64 value : {power - 1, power, power + 1, power / 100000000 * 100000000,
+                                power / 10000 * 10000, ~power}) {
+            EXPECT_EQ(number(value), std::to_string(value));
+            EXPECT_EQ(number(static_cast<U32>(value)), std::to_string(static_cast<U32>(value)));
+            EXPECT_EQ(number(static_cast<S64>(value)), std::to_string(static_cast<S64>(value)));
+        }
+    }
+    for (U32 value = 0; value < 20000; ++value) EXPECT_EQ(number(value), std::to_string(value));
+}
+
 TEST(TextWriting, TruthValuesAreWordsOfPython) {
     char buffer[truthMax];
     EXPECT_EQ(std::string(buffer, writeTruth(buffer, true)), "True");

@@ -6,23 +6,15 @@
 #include <Vel/value/EnumFunctions.h>
 #include <Vel/value/ValueType.h>
 #include <Vel/value/WriteStrep.h>
-#include <algorithm>
-#include <array>
+#include <cstddef>
 #include <ostream>
+#include <string_view>
 
 namespace Vel::detail {
 
-// A declared enumerator's name is made once and shared from then on.
 template <DeclaredEnum E>
-String8 enumName(E value) {
-    static const auto* const names = [] {
-        auto* made = new std::array<String8, enumSchema<E>.names().size()>;
-        std::ranges::transform(enumSchema<E>.names(), made->begin(), String8::eternal);
-        return made;
-    }();
-    if (const auto number = static_cast<U32>(value); number < names->size())
-        return (*names)[number];
-    char buffer[enumSchema<E>.longest()];
+String8 enumText(E value) {
+    char buffer[enumNameMax<E>];
     const char* end = writeEnumName(buffer, value);
     return String8(std::string_view(buffer, static_cast<std::size_t>(end - buffer)));
 }
@@ -36,7 +28,7 @@ E enumOfNumber(unsigned number) {
 
 template <DeclaredEnum E>
 E enumOfName(std::string_view name) {
-    const S32 number = enumSchema<E>.number(name);
+    const S32 number = enumNumber<E>(name);
     if (number < 0) throwRangeException(String8(enumSchema<E>.shortName()));
     return static_cast<E>(number);
 }
@@ -53,15 +45,19 @@ E readEnum(String8::IteratorConst& pos, const String8::IteratorConst& end, E* va
 } // namespace Vel::detail
 
 #define VEL_DEFINE_ENUM(E)                                                                         \
-    ::Vel::String8 stringValue(E value) { return ::Vel::detail::enumName(value); }                 \
+    constinit const ::Vel::EnumNames<E> velNamesOf##E = ::Vel::enumNames<E>();                     \
+    /* The inline functions stand in the library, too, for who has linked them there. */           \
+    [[gnu::used]] static constexpr ::Vel::String8 (*velKeepsText##E)(E) = stringValue;             \
+    [[gnu::used]] static constexpr E (*velKeepsInstance##E)(::Vel::String8) = E##Instance;         \
+    ::Vel::String8 velEnumText(E value) { return ::Vel::detail::enumText(value); }                 \
+    E velEnumNamed(std::string_view name, E) { return ::Vel::detail::enumOfName<E>(name); }        \
     E E##Instance(unsigned number) { return ::Vel::detail::enumOfNumber<E>(number); }              \
-    E E##Instance(::Vel::String8 name) { return ::Vel::detail::enumOfName<E>(name.view()); }       \
     E sequenceToValue(::Vel::String8::IteratorConst& pos,                                          \
                       const ::Vel::String8::IteratorConst& end, E* value) {                        \
         return ::Vel::detail::readEnum(pos, end, value);                                           \
     }                                                                                              \
     ::Vel::String8 valueToStrep(const E& value) { return ::Vel::strepOf(value); }                  \
     std::ostream& operator<<(std::ostream& out, const E& value) {                                  \
-        return out << ::Vel::detail::enumName(value);                                              \
+        return out << stringValue(value);                                                          \
     }                                                                                              \
     ::Vel::VelType* _fwkType_##E() { return ::Vel::ValueType<E>::instance(); }

@@ -51,11 +51,17 @@ public:
         return -1;
     }
 
-    // Characters of the longest text form between its quotes, an undeclared number's included.
-    constexpr std::size_t longest() const {
-        std::size_t most = shortName_.size() + std::string_view("(-2147483648)").size();
+    // Characters of the longest name.
+    constexpr std::size_t longestName() const {
+        std::size_t most = 0;
         for (const std::string_view name : names_) most = name.size() > most ? name.size() : most;
         return most;
+    }
+
+    // Characters of the longest text form between its quotes, an undeclared number's included.
+    constexpr std::size_t longest() const {
+        const std::size_t undeclared = shortName_.size() + std::string_view("(-2147483648)").size();
+        return longestName() > undeclared ? longestName() : undeclared;
     }
 
 private:

@@ -9,7 +9,9 @@
 #include <Vel/VelType.h>
 #include <Vel/needString.h>
 #include <Vel/value/Enum.h>
+#include <Vel/value/EnumNames.h>
 #include <iosfwd>
+#include <string_view>
 
 namespace Vel {
 
@@ -25,12 +27,24 @@ void strepToValue(const String8& text, E* value) {
 
 } // namespace Vel
 
+// What the header knows is inline. For any other number or name the library is asked: it may be newer.
 #define VEL_ENUM_FUNCTIONS(API, E)                                                                 \
+    API extern const ::Vel::EnumNames<E> velNamesOf##E;                                            \
+    API ::Vel::String8 velEnumText(E value);                                                       \
+    API E velEnumNamed(std::string_view name, E);                                                  \
     /* The name; E(number) for an undeclared number. */                                            \
-    API ::Vel::String8 stringValue(E value);                                                       \
+    API inline ::Vel::String8 stringValue(E value) {                                               \
+        const auto number = static_cast<::Vel::U32>(value);                                        \
+        if (number < velNamesOf##E.size()) [[likely]]                                              \
+            return ::Vel::String8::ofEternal(velNamesOf##E[number]);                               \
+        return velEnumText(value);                                                                 \
+    }                                                                                              \
     /* The declared enumerator of that number or exact name; throws Vel::RangeException. */        \
     API E E##Instance(unsigned number);                                                            \
-    API E E##Instance(::Vel::String8 name);                                                        \
+    API inline E E##Instance(::Vel::String8 name) {                                                \
+        const ::Vel::S32 number = ::Vel::enumNumber<E>(name);                                      \
+        return number >= 0 ? static_cast<E>(number) : velEnumNamed(name, E());                     \
+    }                                                                                              \
     /* Reads one quoted name; stores it through `value` unless that is null, and returns it. */    \
     API E sequenceToValue(::Vel::String8::IteratorConst& pos,                                      \
                           const ::Vel::String8::IteratorConst& end, E* value);                     \

@@ -16,6 +16,7 @@
 #include <Vel/needString.h>
 #include <Vel/sequenceToValue.h>
 #include <Vel/textReading.h>
+#include <Vel/value/EnumNames.h>
 #include <Vel/value/WriteStrep.h>
 
 namespace Vel {
@@ -47,7 +48,7 @@ bool readPrinted(const char*& pos, const char* end, T& value) noexcept {
     } else if constexpr (DeclaredEnum<T>) {
         std::string_view name;
         if (!Text::readPlainQuoted(pos, end, name)) return false;
-        const S32 number = enumSchema<T>.number(name);
+        const S32 number = enumNumber<T>(name);
         value = static_cast<T>(number);
         return number >= 0;
     } else if constexpr (schemaOf<T>.form == Form::scalar) {

@@ -8,8 +8,10 @@
 #include <Vel/textWriting.h>
 #include <Vel/value/Enum.h>
 #include <Vel/value/Fields.h>
+#include <algorithm>
 #include <array>
 #include <concepts>
+#include <cstring>
 #include <type_traits>
 
 namespace Vel {
@@ -52,6 +54,27 @@ inline constexpr auto beforeField = joinLiteral<[] {
 inline constexpr std::string_view afterFields = "})";
 inline constexpr std::string_view collectionText = "None";
 
+// Names stand at the start of as many characters as are copied at once, which is quicker than to copy what there is.
+template <DeclaredEnum E>
+inline constexpr std::size_t nameStep = (enumSchema<E>.longestName() + 7) / 8 * 8;
+
+template <DeclaredEnum E>
+struct PaddedName {
+    std::array<char, nameStep<E>> chars{};
+    std::size_t length = 0;
+};
+
+template <DeclaredEnum E>
+inline constexpr auto paddedNames = [] {
+    std::array<PaddedName<E>, enumSchema<E>.names().size()> padded{};
+    for (std::size_t i = 0; i < padded.size(); ++i) {
+        const std::string_view name = enumSchema<E>.names()[i];
+        for (std::size_t at = 0; at < name.size(); ++at) padded[i].chars[at] = name[at];
+        padded[i].length = name.size();
+    }
+    return padded;
+}();
+
 template <class T>
 inline constexpr std::size_t firstField = [
 ]<std::size_t i, std::size_t... rest>(std::index_sequence<i, rest...>) {
@@ -62,6 +85,10 @@ inline constexpr std::size_t firstField = [
 
 } // namespace detail
 
+// Room for writeEnumName().
+template <DeclaredEnum E>
+inline constexpr std::size_t enumNameMax = std::max(enumSchema<E>.longest(), detail::nameStep<E>);
+
 template <class T>
 constexpr std::size_t strepMaxOf() {
     if constexpr (std::same_as<T, bool>) {
@@ -69,7 +96,7 @@ constexpr std::size_t strepMaxOf() {
     } else if constexpr (std::integral<T>) {
         return Text::numberMax;
     } else if constexpr (DeclaredEnum<T>) {
-        return enumSchema<T>.longest() + 2;
+        return enumNameMax<T> + 2;
     } else if constexpr (schemaOf<T>.form == Form::scalar) {
         return Text::numberMax;
     } else {
@@ -88,16 +115,28 @@ constexpr std::size_t strepMaxOf() {
 template <class T>
 inline constexpr std::size_t strepMax = strepMaxOf<T>();
 
-// The enumerator's name, or Command(9) for an undeclared number; without quotes.
+namespace detail {
+
 template <DeclaredEnum E>
-char* writeEnumName(char* out, E value) noexcept {
-    const std::string_view name = enumSchema<E>.name(static_cast<S32>(value));
-    if (!name.empty()) return Text::writePlain(out, name);
+[[gnu::noinline]] char* writeUndeclared(char* out, E value) noexcept {
     out = Text::writePlain(out, enumSchema<E>.shortName());
     *out++ = '(';
     out = Text::writeNumber(out, static_cast<S64>(value));
     *out++ = ')';
     return out;
+}
+
+} // namespace detail
+
+// The enumerator's name, or Command(9) for an undeclared number; without quotes. May write behind its end, see enumNameMax.
+template <DeclaredEnum E>
+char* writeEnumName(char* out, E value) noexcept {
+    const auto number = static_cast<U32>(value);
+    if (number >= enumSchema<E>.names().size()) [[unlikely]]
+        return detail::writeUndeclared(out, value);
+    const auto& name = detail::paddedNames<E>[number];
+    std::memcpy(out, name.chars.data(), name.chars.size());
+    return out + name.length;
 }
 
 // Writes the text form from `out` on and returns its end.
@@ -132,12 +171,10 @@ char* writeStrep(char* out, const T& value) noexcept {
     }
 }
 
-// The text form as a string, with one allocation.
+// The text form as a string, written where it stays: there is room behind it for the longest text of a T.
 template <class T>
 String8 strepOf(const T& value) {
-    char buffer[strepMax<T>];
-    const char* end = writeStrep(buffer, value);
-    return String8(std::string_view(buffer, static_cast<std::size_t>(end - buffer)));
+    return String8::written(strepMax<T>, [&value](char* out) { return writeStrep(out, value); });
 }
 
 } // namespace Vel

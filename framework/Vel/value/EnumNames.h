@@ -1,0 +1,75 @@
+// EnumNames.h - an enumeration's names as strings that the compiler makes, and from a name to its number.
+//
+// Strings: eternal, see String8::ofEternal(): handing one out is one load, and nobody counts or frees it.
+// Numbers: a name is compared with those of its length alone, as a few words each.
+#pragma once
+
+#include <Vel/Integers.h>
+#include <Vel/String8.h>
+#include <Vel/value/Enum.h>
+#include <array>
+#include <cstddef>
+#include <cstring>
+#include <string_view>
+#include <utility>
+
+namespace Vel {
+
+// EternalText - the data of a string, without an allocation.
+template <std::size_t length>
+class EternalText {
+public:
+    // `text` has `length` characters.
+    constexpr explicit EternalText(std::string_view text) : data_(0, length, 0, text) {
+        for (std::size_t i = String8::Data::charsWithin; i < length; ++i)
+            more_[i - String8::Data::charsWithin] = text[i];
+    }
+
+    constexpr const String8::Data* data() const noexcept { return &data_; }
+
+private:
+    static constexpr std::size_t size = length + 1; // with the NUL
+
+    String8::Data data_;
+    char more_[size > String8::Data::charsWithin ? size - String8::Data::charsWithin : 1] = {};
+};
+
+// In numeric order.
+template <DeclaredEnum E>
+using EnumNames = std::array<const String8::Data*, enumSchema<E>.names().size()>;
+
+namespace detail {
+
+template <DeclaredEnum E, std::size_t number>
+inline constexpr EternalText<enumSchema<E>.names()[number].size()> nameText(
+    enumSchema<E>.names()[number]);
+
+template <DeclaredEnum E, std::size_t number>
+bool isNameOf(std::string_view text) noexcept {
+    constexpr std::string_view name = enumSchema<E>.names()[number];
+    return text.size() == name.size() && std::memcmp(text.data(), name.data(), name.size()) == 0;
+}
+
+} // namespace detail
+
+template <DeclaredEnum E>
+constexpr EnumNames<E> enumNames() {
+    return []<std::size_t... number>(std::index_sequence<number...>) {
+        return EnumNames<E>{detail::nameText<E, number>.data()...};
+    }
+    (std::make_index_sequence<enumSchema<E>.names().size()>());
+}
+
+// The number of a name, exactly as written; -1 for any other text.
+template <DeclaredEnum E>
+S32 enumNumber(std::string_view name) noexcept {
+    return [name]<std::size_t... number>(std::index_sequence<number...>) {
+        S32 found = -1;
+        static_cast<void>(
+            ((detail::isNameOf<E, number>(name) && ((found = S32{number}), true)) || ...));
+        return found;
+    }
+    (std::make_index_sequence<enumSchema<E>.names().size()>());
+}
+
+} // namespace Vel
