@@ -70,6 +70,12 @@ public:
     // Holds a copy of the value at the address instead, or refers to the object there. Throws if `type` is not type().
     virtual void voidPtrIs(const void* value, const VelType* type) = 0;
 
+    // Whether a value of exactly that type lies at held(), as voidPtr() and voidPtrIs() would use it, but without a virtual
+    // call. Not for an object, nor for an adapter that does not say, nor for a type of null.
+    bool holds(const VelType* type) const noexcept { return heldType_ == type; }
+
+    void* held() const noexcept { return held_; }
+
     // Marks the adapter for deletion, or takes the mark back; as it is already, nothing happens.
     virtual void velDoZombieReactors(bool v);
 
@@ -110,6 +116,12 @@ protected:
 
     void isConstIs(bool isConst) noexcept { isConst_ = isConst; }
 
+    // For adapters of values, once: what holds() and held() answer. Such an adapter's voidPtr() and voidPtrIs() are final.
+    void heldIs(void* value, const VelType* type) noexcept {
+        held_ = value;
+        heldType_ = type;
+    }
+
     // Throws if the adapter is const and the operation would modify.
     void refuseIfConst(const AttributeOp& op) const {
         if (op.modifies() && isConst_) [[unlikely]]
@@ -117,6 +129,8 @@ protected:
     }
 
 private:
+    void* held_ = nullptr;
+    const void* heldType_ = this; // which is no type
     bool isConst_;
 };
 

@@ -97,6 +97,53 @@ TEST(GenericIf, TheAnswerNeedsAnAdapterOfItsType) {
     EXPECT_THROW(port(443)->attributeOp({2, Op::read}, nullptr, nullptr), ReflectionException);
 }
 
+// Holds a number, and does not say where.
+class Discreet final : public GenericIf {
+public:
+    explicit Discreet(U16 number) : GenericIf(false), number_(number) {}
+
+    U16 number() const { return number_; }
+
+    VelType* type() const override { return typeOf<U16>(); }
+
+    Ptr<GenericIf> clone() override { return new Discreet(number_); }
+
+    Ptr<const GenericIf> clone() const override { return new Discreet(number_); }
+
+    String8 strRep() const override { return "discreet"; }
+
+    const void* voidPtr(const VelType* type) const override {
+        return type == typeOf<U16>() ? &number_ : nullptr;
+    }
+
+    void voidPtrIs(const void* value, const VelType* type) override {
+        ASSERT_EQ(type, typeOf<U16>());
+        number_ = *static_cast<const U16*>(value);
+    }
+
+private:
+    U16 number_;
+};
+
+TEST(GenericIf, AnAdapterNeedNotSayWhereItsValueIs) {
+    for (int i = 0; i < 2; ++i) { // the first time, types are looked up
+        const Ptr<Discreet> result = new Discreet(1);
+        port(443)->attributeOp({2, Op::read}, nullptr, result);
+        EXPECT_EQ(result->number(), 443u);
+        EXPECT_FALSE(result->holds(typeOf<U16>()));
+        EXPECT_FALSE(result->holds(nullptr));
+    }
+    const Ptr<GenericIf> adapter = table();
+    const Ptr<GenericIf> number = u16(7);
+    EXPECT_TRUE(number->holds(typeOf<U16>()));
+    EXPECT_FALSE(number->holds(typeOf<U32>()));
+    EXPECT_FALSE(number->holds(nullptr));
+    EXPECT_FALSE(adapter->holds(adapter->type())) << "objects are not held by value";
+    const Ptr<GenericIf> copy = number->clone();
+    EXPECT_NE(copy->held(), number->held());
+    EXPECT_EQ(*static_cast<const U16*>(copy->held()), 7u);
+}
+
 TEST(GenericIf, ComparesWithAnAdapterOfTheSameType) {
     const auto compare = [](const Ptr<GenericIf>& a, const Ptr<GenericIf>& b) {
         return run(a, 0, Op::compare, Builtin<bool>::genericIf(false), nullptr, b);

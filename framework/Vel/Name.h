@@ -4,6 +4,7 @@
 #pragma once
 
 #include <Vel/Integers.h>
+#include <bit>
 #include <cstddef>
 #include <cstring>
 #include <string_view>
@@ -12,28 +13,52 @@ namespace Vel {
 
 using Name = std::string_view;
 
-// 32 bits for a table of a type's own names: both ends of the name and its length, so names of up to 16 characters count
-// whole. Not kept anywhere and not the same in every build.
-inline U32 nameHash(Name name) noexcept {
-    constexpr U32 spread = 0x9e3779b1U;
-    const auto word = [&name](std::size_t at) {
-        U32 bytes = 0;
-        std::memcpy(&bytes, name.data() + at, sizeof bytes);
+// NameKey - a name as a table of a type's own names looks it up: both ends, eight characters each, and the length. Names of
+// up to 16 characters are their key; longer ones are compared between the ends, too.
+class NameKey {
+public:
+    constexpr NameKey() noexcept = default;
+
+    explicit NameKey(Name name) noexcept : chars_(name.data()), size_(name.size()) {
+        if (size_ >= sizeof(U64)) {
+            head_ = word<U64>(0);
+            tail_ = word<U64>(size_ - sizeof(U64));
+        } else if (size_ >= sizeof(U32)) {
+            head_ = word<U32>(0);
+            tail_ = word<U32>(size_ - sizeof(U32));
+        } else if (size_ != 0) { // the first, the middle and the last: all that there are
+            head_ = static_cast<U8>(chars_[0]);
+            tail_ = static_cast<U32>(static_cast<U8>(chars_[size_ / 2])) << 8 |
+                    static_cast<U8>(chars_[size_ - 1]);
+        }
+    }
+
+    // The high bits are the best. Not kept anywhere and not the same in every build.
+    U32 hash() const noexcept {
+        const U64 ends = head_ ^ std::rotl(tail_, 29);
+        return (static_cast<U32>(ends) ^ static_cast<U32>(ends >> 32) ^ static_cast<U32>(size_)) *
+               0x9e3779b1U;
+    }
+
+    bool operator==(const NameKey& other) const noexcept {
+        if (size_ != other.size_ || head_ != other.head_ || tail_ != other.tail_) return false;
+        for (std::size_t at = sizeof(U64); at + sizeof(U64) < size_; at += sizeof(U64))
+            if (word<U64>(at) != other.word<U64>(at)) return false;
+        return true;
+    }
+
+private:
+    template <class Word>
+    Word word(std::size_t at) const noexcept {
+        Word bytes;
+        std::memcpy(&bytes, chars_ + at, sizeof bytes);
         return bytes;
-    };
-    const std::size_t size = name.size();
-    U32 hash = static_cast<U32>(size);
-    if (size < sizeof(U32)) {
-        for (const char c : name) hash = (hash ^ static_cast<unsigned char>(c)) * spread;
-        return hash ^ (hash >> 15);
     }
-    hash = (hash ^ word(0)) * spread;
-    hash = (hash ^ (hash >> 15) ^ word(size - sizeof(U32))) * spread;
-    if (size > 2 * sizeof(U32)) {
-        hash = (hash ^ (hash >> 15) ^ word(sizeof(U32))) * spread;
-        hash = (hash ^ (hash >> 15) ^ word(size - 2 * sizeof(U32))) * spread;
-    }
-    return hash ^ (hash >> 15);
-}
+
+    const char* chars_ = nullptr; // borrowed, as the name
+    std::size_t size_ = 0;
+    U64 head_ = 0;
+    U64 tail_ = 0;
+};
 
 } // namespace Vel

@@ -34,12 +34,15 @@ bool AttributeTable::remove(Name name) {
 
 // A type has a few attributes and is registered once: building both tables anew keeps them plain.
 void AttributeTable::index() {
-    slots_.assign(std::bit_ceil(2 * attrs_.size()), nullptr);
+    const std::size_t count = std::max<std::size_t>(2, std::bit_ceil(2 * attrs_.size()));
+    hashShift_ = static_cast<U32>(32 - std::countr_zero(count));
+    slots_ = std::make_unique<Slot[]>(count + attrs_.size());
     byId_.clear();
     for (VelAttr* const attr : attrs_) {
-        U32 at = nameHash(attr->name());
-        while (slots_[at & (slots_.size() - 1)] != nullptr) ++at;
-        slots_[at & (slots_.size() - 1)] = attr;
+        const NameKey key(attr->name());
+        Slot* slot = slots_.get() + (key.hash() >> hashShift_);
+        while (slot->attr != nullptr) ++slot;
+        *slot = {key, attr};
         if (attr->id() >= byId_.size()) byId_.resize(std::size_t{attr->id()} + 1, nullptr);
         if (byId_[attr->id()] == nullptr) byId_[attr->id()] = attr;
     }

@@ -10,6 +10,7 @@
 #include <Vel/Name.h>
 #include <Vel/Ptr.h>
 #include <Vel/VelAttr.h>
+#include <memory>
 #include <span>
 #include <vector>
 
@@ -20,11 +21,11 @@ public:
     std::span<VelAttr* const> all() const noexcept { return attrs_; }
 
     VelAttr* find(Name name) const noexcept {
-        if (slots_.empty()) return nullptr;
-        for (U32 at = nameHash(name);; ++at) {
-            VelAttr* const attr = slots_[at & (slots_.size() - 1)];
-            if (attr == nullptr || attr->name() == name) return attr;
-        }
+        if (slots_ == nullptr) return nullptr;
+        const NameKey key(name);
+        const Slot* slot = slots_.get() + (key.hash() >> hashShift_);
+        while (slot->attr != nullptr && slot->key != key) ++slot;
+        return slot->attr;
     }
 
     VelAttr* find(AttributeId id) const noexcept { return id < byId_.size() ? byId_[id] : nullptr; }
@@ -35,11 +36,19 @@ public:
     bool remove(Name name);
 
 private:
+    struct Slot {
+        NameKey key;
+        VelAttr* attr = nullptr;
+    };
+
     void index();
 
     std::vector<Ptr<VelAttr>> owned_;
     std::vector<VelAttr*> attrs_;
-    std::vector<VelAttr*> slots_; // by nameHash, open addressing; a power of two, at most half full
+    // By NameKey::hash(), open addressing: a power of two for the hash to name, at most half full, and behind them as many
+    // as there are attributes, so that a search never turns around; the last is empty.
+    std::unique_ptr<Slot[]> slots_;
+    U32 hashShift_ = 0;
     std::vector<VelAttr*> byId_;
 };
 

@@ -7,30 +7,75 @@
 #include <Vel/GenericIf.h>
 #include <Vel/Name.h>
 #include <Vel/value/TypeOf.h>
+#include <atomic>
+#include <type_traits>
 
 namespace Vel {
 
-// T: a value type, enumeration or builtin, or Ptr to a class of objects. What is given is a copy or a reference.
+namespace detail {
+
+// Hidden, so that each library reads its own without a table of addresses.
 template <class T>
-T argumentFrom(const GenericIf* adapter, Name name) {
-    const void* const value = adapter != nullptr ? adapter->voidPtr(typeOf<T>()) : nullptr;
+[[gnu::visibility("hidden")]] inline constinit std::atomic<VelType*> keptType = nullptr;
+
+// typeOf<T>() without a call, once it was asked for here; null before.
+template <class T>
+VelType* keptTypeOf() noexcept {
+    return keptType<T>.load(std::memory_order_acquire);
+}
+
+template <class T>
+VelType* keepTypeOf() {
+    VelType* const type = typeOf<T>();
+    keptType<T>.store(type, std::memory_order_release);
+    return type;
+}
+
+// Of a refinement, or of an adapter that does not tell where its value is.
+template <class T>
+[[gnu::noinline]] T argumentSeenAs(const GenericIf* adapter, Name name) {
+    const void* const value = adapter != nullptr ? adapter->voidPtr(keepTypeOf<T>()) : nullptr;
     if (value == nullptr) GenericIf::throwTypeException(name);
-    if constexpr (detail::isReference<T>) {
+    if constexpr (isReference<T>) {
         auto* object = static_cast<PtrInterface*>(const_cast<void*>(value));
-        return T(static_cast<typename detail::Pointed<T>::Type*>(object));
+        return T(static_cast<typename Pointed<T>::Type*>(object));
     } else {
         return *static_cast<const T*>(value);
     }
 }
 
+template <class T>
+using Passed = std::conditional_t<std::is_scalar_v<T>, T, const T&>;
+
+template <class T>
+[[gnu::noinline]] void answerByCall(GenericIf* result, Passed<T> value) {
+    if (result == nullptr) GenericIf::throwTypeException("result");
+    if constexpr (isReference<T>)
+        result->voidPtrIs(static_cast<const PtrInterface*>(value.ptr()), keepTypeOf<T>());
+    else
+        result->voidPtrIs(&value, keepTypeOf<T>());
+}
+
+} // namespace detail
+
+// T: a value type, enumeration or builtin, or Ptr to a class of objects. What is given is a copy or a reference.
+template <class T>
+[[gnu::always_inline]] inline T argumentFrom(const GenericIf* adapter, Name name) {
+    if constexpr (!detail::isReference<T>)
+        if (adapter != nullptr && adapter->holds(detail::keptTypeOf<T>())) [[likely]]
+            return *static_cast<const T*>(adapter->held());
+    return detail::argumentSeenAs<T>(adapter, name);
+}
+
 // Puts an answer into the adapter that the caller has given for it.
 template <class T>
-void answer(const Ptr<GenericIf>& result, const T& value) {
-    if (!result) GenericIf::throwTypeException("result");
-    if constexpr (detail::isReference<T>)
-        result->voidPtrIs(static_cast<const PtrInterface*>(value.ptr()), typeOf<T>());
-    else
-        result->voidPtrIs(&value, typeOf<T>());
+[[gnu::always_inline]] inline void answer(const Ptr<GenericIf>& result, const T& value) {
+    if constexpr (!detail::isReference<T>)
+        if (result && result->holds(detail::keptTypeOf<T>())) [[likely]] {
+            *static_cast<T*>(result->held()) = value;
+            return;
+        }
+    detail::answerByCall<T>(result.ptr(), value);
 }
 
 // A new adapter of a value, or of the object that is referred to.

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <tuple>
 #include <utility>
 
 namespace Vel::detail {
@@ -23,13 +24,13 @@ public:
 
     // Null for an id that no attribute has.
     static const Entry* find(AttributeId id) noexcept {
-        const std::size_t place = id < places.size() ? places[id] : 0;
-        return place != 0 ? &entries[place - 1] : nullptr;
+        const AttributeId place = id - firstId; // modulo 2^32
+        if (place >= entries.size()) return nullptr;
+        const Entry* const entry = &entries[place];
+        return entry->run != nullptr ? entry : nullptr;
     }
 
 private:
-    static constexpr std::size_t count = attributeCountOf<T>;
-
     template <std::size_t index>
     static constexpr Entry entry() {
         Entry result{&runAttribute<T, index>, nullptr};
@@ -38,31 +39,23 @@ private:
         return result;
     }
 
+    static constexpr AttributeId firstId =
+        std::apply([](const auto&... attribute) { return std::min({attribute.id...}); },
+                   schemaOf<T>.attributes);
+    static constexpr AttributeId lastId =
+        std::apply([](const auto&... attribute) { return std::max({attribute.id...}); },
+                   schemaOf<T>.attributes);
+    static_assert(lastId - firstId < 1024, "ids lie close together");
+
     template <std::size_t... index>
-    static constexpr std::array<Entry, sizeof...(index)> makeEntries(
-        std::index_sequence<index...>) {
-        return {entry<index>()...};
-    }
-
-    static constexpr AttributeId lastId() {
-        return std::apply([](const auto&... attribute) { return std::max({attribute.id...}); },
-                          schemaOf<T>.attributes);
-    }
-
-    template <std::size_t size>
-    static constexpr std::array<U8, size> makePlaces() {
-        std::array<U8, size> result{};
-        std::apply(
-            [&result](const auto&... attribute) {
-                U8 place = 0;
-                ((result[attribute.id] = ++place), ...);
-            },
-            schemaOf<T>.attributes);
+    static constexpr auto makeEntries(std::index_sequence<index...>) {
+        std::array<Entry, lastId - firstId + 1> result{};
+        ((result[attributeAt<T, index>.id - firstId] = entry<index>()), ...);
         return result;
     }
 
-    static constexpr auto entries = makeEntries(std::make_index_sequence<count>());
-    static constexpr auto places = makePlaces<lastId() + 1>(); // behind the entry's, 0 for none
+    // By id, from the first one on; empty between.
+    static constexpr auto entries = makeEntries(std::make_index_sequence<attributeCountOf<T>>());
 };
 
 } // namespace Vel::detail

@@ -61,12 +61,26 @@ auto constructFrom(ListReader& list, Name owner, Make make) {
                             std::make_index_sequence<constructorArgumentCount<T>>());
 }
 
-// One value without an index: read it; write it, if it has a writer.
+// What is not reading, of one value without an index: write it, if it has a writer. Apart from reading, which is done at
+// once.
 template <class T, std::size_t index>
-void runPlain(T& object, const AttributeOp& op, const GenericIf* key,
-              const Ptr<GenericIf>& result) {
+[[gnu::noinline]] void runPlainWriter(T& object, const AttributeOp& op) {
     using Traits = AttributeTraits<T, index>;
-    using Value = typename Traits::Value;
+    constexpr const auto& attribute = attributeAt<T, index>;
+    if constexpr (Traits::isWritable) {
+        if (op.operation() == AttributeOp::set) {
+            std::invoke(attribute.writer, object,
+                        argumentFrom<typename Traits::Value>(op.velOpArg(), attribute.name));
+            return;
+        }
+    }
+    GenericIf::throwOpNotSupportedException(attribute.name, op.operation(), false);
+}
+
+template <class T, std::size_t index>
+[[gnu::always_inline]] inline void runPlain(T& object, const AttributeOp& op, const GenericIf* key,
+                                            const Ptr<GenericIf>& result) {
+    using Value = typename AttributeTraits<T, index>::Value;
     constexpr const auto& attribute = attributeAt<T, index>;
     if (key != nullptr) GenericIf::throwBadIndexAttrException(attribute.name);
     if (op.operation() == AttributeOp::read) {
@@ -77,14 +91,7 @@ void runPlain(T& object, const AttributeOp& op, const GenericIf* key,
                    static_cast<Value>(std::invoke(attribute.access, std::as_const(object))));
         return;
     }
-    if constexpr (Traits::isWritable) {
-        if (op.operation() == AttributeOp::set) {
-            std::invoke(attribute.writer, object,
-                        argumentFrom<Value>(op.velOpArg(), attribute.name));
-            return;
-        }
-    }
-    GenericIf::throwOpNotSupportedException(attribute.name, op.operation(), false);
+    runPlainWriter<T, index>(object, op);
 }
 
 template <class T, std::size_t index, std::size_t... i>

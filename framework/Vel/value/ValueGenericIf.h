@@ -14,7 +14,16 @@ namespace Vel {
 template <class T>
 class ValueGenericIf : public GenericIf {
 public:
-    ValueGenericIf(const T& value, bool isConst) : GenericIf(isConst), value_(value) {}
+    ValueGenericIf(const T& value, bool isConst) : GenericIf(isConst), value_(value) {
+        heldIs(&value_, typeOf<T>());
+    }
+
+    ValueGenericIf(const ValueGenericIf& other) : GenericIf(other), value_(other.value_) {
+        heldIs(&value_, typeOf<T>());
+    }
+
+    ValueGenericIf& operator=(const ValueGenericIf&) = delete;
+    ~ValueGenericIf() override = default;
 
     const T& val() const noexcept { return value_; }
 
@@ -51,10 +60,10 @@ public:
 
     String8 strRep() const override { return wholeText(value_); }
 
-    const void* voidPtr(const VelType* as) const override { return seenAs<T>(as); }
+    const void* voidPtr(const VelType* as) const final { return seenAs<T>(as); }
 
     // Never inlined: GCC guesses a class for the virtual call and warns of the bytes that the wrong guess would read.
-    [[gnu::noinline]] void voidPtrIs(const void* value, const VelType* type) override {
+    [[gnu::noinline]] void voidPtrIs(const void* value, const VelType* type) final {
         if (type != typeOf<T>()) throwTypeException(this->type()->name());
         value_ = *static_cast<const T*>(value);
     }
