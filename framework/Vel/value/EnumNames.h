@@ -7,10 +7,13 @@
 #include <Vel/Integers.h>
 #include <Vel/String8.h>
 #include <Vel/value/Enum.h>
+#include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 
 namespace Vel {
@@ -44,10 +47,32 @@ template <DeclaredEnum E, std::size_t number>
 inline constexpr EternalText<enumSchema<E>.names()[number].size()> nameText(
     enumSchema<E>.names()[number]);
 
+// In words, the last of which may lie over the one before: GCC calls memcmp where the number of characters is odd.
+template <class Word, std::size_t size, std::size_t... word>
+bool sameInWords(const char* a, const char* b, std::index_sequence<word...>) noexcept {
+    const auto same = [a, b](std::size_t at) {
+        Word left;
+        Word right;
+        std::memcpy(&left, a + at, sizeof left);
+        std::memcpy(&right, b + at, sizeof right);
+        return left == right;
+    };
+    return (same(std::min(word * sizeof(Word), size - sizeof(Word))) && ...);
+}
+
+template <std::size_t size>
+bool sameCharacters(const char* a, const char* b) noexcept {
+    using Word = std::conditional_t<
+        size >= sizeof(std::uintptr_t), std::uintptr_t,
+        std::conditional_t<size >= sizeof(U32), U32, std::conditional_t<size >= 2, U16, U8>>>;
+    constexpr std::size_t words = (size + sizeof(Word) - 1) / sizeof(Word);
+    return sameInWords<Word, size>(a, b, std::make_index_sequence<words>());
+}
+
 template <DeclaredEnum E, std::size_t number>
 bool isNameOf(std::string_view text) noexcept {
     constexpr std::string_view name = enumSchema<E>.names()[number];
-    return text.size() == name.size() && std::memcmp(text.data(), name.data(), name.size()) == 0;
+    return text.size() == name.size() && sameCharacters<name.size()>(text.data(), name.data());
 }
 
 } // namespace detail
