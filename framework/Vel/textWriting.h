@@ -41,13 +41,15 @@ namespace detail {
 inline constexpr auto digitPairs = [] {
     std::array<char, 200> pairs{};
     for (unsigned i = 0; i < 100; ++i) {
-        pairs[2 * i] = static_cast<char>('0' + i / 10);
-        pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
+        pairs[std::size_t{2} * i] = static_cast<char>('0' + i / 10);
+        pairs[std::size_t{2} * i + 1] = static_cast<char>('0' + i % 10);
     }
     return pairs;
 }();
 
-inline void writePair(char* out, U32 pair) noexcept { std::memcpy(out, &digitPairs[2 * pair], 2); }
+inline void writePair(char* out, U32 pair) noexcept {
+    std::memcpy(out, &digitPairs[std::size_t{2} * pair], 2);
+}
 
 // Exactly four digits.
 inline void writeFour(char* out, U32 value) noexcept {
