@@ -41,7 +41,7 @@ public:
 
     // Takes a reference to an object that is in no map. A member of equal key gives way to it.
     void insert(Entry& member) {
-        MapLink* const replaced = buckets_.add(Ops(), &member);
+        MapLink* const replaced = buckets_.add(Ops(), Ops().fold(&member), &member);
         if (replaced != nullptr) replaced->referencesDec();
     }
 
@@ -62,7 +62,7 @@ public:
     // Room for so many members at once, as HashMapGeneric::setSize0().
     void reserve(std::size_t members) { setSize0(static_cast<unsigned>(members)); }
 
-    IteratorConst begin() const noexcept { return IteratorConst(*this, first()); }
+    IteratorConst begin() const noexcept { return IteratorConst(*this); }
 
     std::default_sentinel_t end() const noexcept { return {}; }
 
@@ -72,6 +72,13 @@ public:
     // The member behind `member`, or null.
     Entry* next(const Entry& member) const noexcept {
         return static_cast<Entry*>(buckets_.next(Ops(), &member));
+    }
+
+    // The first member whose hash is above the key's, or null.
+    Entry* firstBehind(const Key& key) const noexcept {
+        const U32 hash = keyHash(key) + 1; // 0 behind the last of all hashes
+        detail::OrderedBuckets::Place place;
+        return hash != 0 ? static_cast<Entry*>(buckets_.notBelow(Ops(), hash, place)) : nullptr;
     }
 
     // Whether `a` comes before `b` in every map of this kind.
@@ -97,6 +104,8 @@ private:
 
     // What the buckets must know of members.
     struct Ops {
+        static constexpr bool hasPlainMembers = false;
+
         U32 fold(const MapLink* member) const noexcept { return keyFold<Key>(keyOf(member)); }
 
         bool isLess(const MapLink* a, const MapLink* b) const noexcept {
@@ -125,7 +134,7 @@ private:
     }
 };
 
-// Stands on a member, or behind the last. Keeps nothing alive.
+// Stands on a member, or behind the last. Keeps nothing alive. While the map does not change, a step looks up nothing.
 template <class Entry, class Key, class Value>
 class HashMap<Entry, Key, Value>::IteratorConst {
 public:
@@ -134,7 +143,8 @@ public:
 
     IteratorConst() noexcept = default;
 
-    IteratorConst(const HashMap& map, Entry* member) noexcept : map_(&map), member_(member) {}
+    explicit IteratorConst(const HashMap& map) noexcept
+        : map_(&map), member_(static_cast<Entry*>(map.buckets_.first(place_))) {}
 
     Entry& operator*() const noexcept { return *member_; }
 
@@ -145,7 +155,9 @@ public:
     explicit operator bool() const noexcept { return member_ != nullptr; }
 
     // Goes on to the next member in the map's order.
-    void advance() noexcept { member_ = map_->next(*member_); }
+    void advance() noexcept {
+        member_ = static_cast<Entry*>(map_->buckets_.next(Ops(), member_, place_));
+    }
 
     IteratorConst& operator++() noexcept {
         advance();
@@ -164,6 +176,7 @@ public:
 
 private:
     const HashMap* map_ = nullptr;
+    detail::OrderedBuckets::Place place_;
     Entry* member_ = nullptr;
 };
 

@@ -10,6 +10,8 @@ namespace {
 // What the buckets must know of members, asked of the vtable.
 class VTableOps {
 public:
+    static constexpr bool hasPlainMembers = false;
+
     explicit VTableOps(const HashMapVTableGeneric& vtable) noexcept : vtable_(&vtable) {}
 
     U32 fold(const MapLink* member) const { return bitReverse(vtable_->hash(member)); }
@@ -38,8 +40,9 @@ HashMapGeneric::HashMapGeneric(unsigned initialSize, const HashMapVTableGeneric&
 
 void HashMapGeneric::newMemberG(const Ptr<PtrInterface>& member, void* key) {
     VEL_ASSERT(vtable_->keyEquals(key, member.ptr()));
-    MapLink* const replaced =
-        buckets_.add(VTableOps(*vtable_), static_cast<MapLink*>(member.ptr()));
+    const VTableOps ops(*vtable_);
+    auto* const added = static_cast<MapLink*>(member.ptr());
+    MapLink* const replaced = buckets_.add(ops, ops.fold(added), added);
     if (replaced != nullptr) replaced->referencesDec();
 }
 
@@ -56,8 +59,9 @@ PtrInterface* HashMapGeneric::startAtHash(const void* key, unsigned hash, int* b
         const auto isKey = [&](const MapLink* member) { return vtable_->keyEquals(key, member); };
         if (MapLink* const found = buckets_.find(ops, fold, key, isKey)) return found;
     }
-    for (MapLink* at = buckets_.notBelow(ops, hash); at != nullptr && ops.fold(at) == fold;
-         at = buckets_.next(ops, at))
+    detail::OrderedBuckets::Place place;
+    for (MapLink* at = buckets_.notBelow(ops, hash, place); at != nullptr && ops.fold(at) == fold;
+         at = buckets_.next(ops, at, place))
         if (key == nullptr || vtable_->keyLessThan(key, at, nullptr)) return at;
     return nullptr;
 }
@@ -72,7 +76,8 @@ PtrInterface* HashMapGeneric::findNextG(const PtrInterface* current, int* bucket
 
 PtrInterface* HashMapGeneric::findNextBucket(int* bucket) const {
     const U32 hash = static_cast<U32>(*bucket) + 1; // 0 behind the last of all hashes
-    MapLink* const next = hash != 0 ? buckets_.notBelow(VTableOps(*vtable_), hash) : nullptr;
+    detail::OrderedBuckets::Place place;
+    MapLink* const next = hash != 0 ? buckets_.notBelow(VTableOps(*vtable_), hash, place) : nullptr;
     if (next != nullptr) *bucket = static_cast<int>(vtable_->hash(next));
     return next;
 }

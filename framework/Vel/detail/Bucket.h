@@ -78,6 +78,8 @@ public:
 
     MapLink* member(U32 seat) const noexcept { return members_[seat]; }
 
+    MapLink*& memberAt(U32 seat) noexcept { return members_[seat]; }
+
     U32 fold(U32 seat) const noexcept { return words_[seat]; }
 
     // The seats with this fold, in order; one that is not taken may be among them. There are several where keys differ.

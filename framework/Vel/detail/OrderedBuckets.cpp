@@ -30,27 +30,43 @@ bool isOnlyWay(const BucketTable& parent, const BucketTable& child) noexcept {
 }
 
 // Who takes the first member again and again is served like a walk: before a bucket runs out, those behind it come.
-MapLink* OrderedBuckets::firstOf(const Bucket& bucket) noexcept {
-    const Bucket* at = &bucket;
-    while (at->isTable()) {
-        const BucketTable& table = *at->table();
-        U32 position = 0;
-        if (!table.order.first(position)) return nullptr;
-        at = &table.atPosition(position);
-        if (at->seated() == 1 && table.count() > inCache) fetchAhead(table, position);
+MapLink* OrderedBuckets::firstHere(Place& place) const noexcept {
+    while (place.bucket_->isTable()) {
+        const BucketTable& table = *place.bucket_->table();
+        if (!table.order.first(place.position_)) return nullptr;
+        place.table_ = &table;
+        place.bucket_ = &table.atPosition(place.position_);
+        if (place.bucket_->seated() == 1 && table.count() > inCache)
+            fetchAhead(table, place.position_);
     }
-    if (at->isEqual()) return at->equal()->head();
-    return at->isEmpty() ? nullptr : at->member(0);
+    place.changes_ = changes_;
+    place.seat_ = 0;
+    if (!place.bucket_->isEqual())
+        return place.bucket_->isEmpty() ? nullptr : place.bucket_->member(0);
+    place.seat_ = Bucket::seats;
+    return place.bucket_->equal()->head();
 }
 
-MapLink* OrderedBuckets::firstAfter(const BucketTable* table, U32 fold) noexcept {
-    for (; table != nullptr; table = table->parent) {
-        U32 position = table->position(fold);
-        if (!table->order.after(position)) continue;
-        if (table->count() > inCache) fetchAhead(*table, position);
-        return firstOf(table->atPosition(position));
+MapLink* OrderedBuckets::firstAfter(Place& place) const noexcept {
+    while (place.table_ != nullptr) {
+        const BucketTable& table = *place.table_;
+        if (table.order.after(place.position_)) {
+            if (table.count() > inCache) fetchAhead(table, place.position_);
+            place.bucket_ = &table.atPosition(place.position_);
+            return firstHere(place);
+        }
+        place.table_ = table.parent;
+        if (table.parent != nullptr) place.position_ = table.parent->position(table.prefix());
     }
     return nullptr;
+}
+
+MapLink* OrderedBuckets::behindSeats(Place& place, const MapLink* member) const noexcept {
+    if (!PlainMember::is(member) && member->next_ != nullptr) {
+        place.seat_ = Bucket::seats;
+        return member->next_;
+    }
+    return firstAfter(place);
 }
 
 MapLink* OrderedBuckets::chained(const Bucket& bucket) noexcept {
@@ -87,6 +103,7 @@ void OrderedBuckets::vacated(BucketTable* table, U32 fold) noexcept {
 void OrderedBuckets::clear() noexcept {
     Bucket all = std::exchange(root_, Bucket());
     size_ = 0;
+    ++changes_;
     drop(all);
 }
 
@@ -98,7 +115,9 @@ void OrderedBuckets::drop(Bucket& bucket) noexcept {
         delete bucket.equal();
     } else {
         if (bucket.hasMore()) at = std::exchange(bucket.member(Bucket::seats - 1)->next_, nullptr);
-        for (U32 seat = 0; seat < bucket.seated(); ++seat) bucket.member(seat)->referencesDec();
+        for (U32 seat = 0; seat < bucket.seated(); ++seat)
+            if (MapLink* const member = bucket.member(seat); !PlainMember::is(member))
+                member->referencesDec();
     }
     while (at != nullptr) {
         MapLink* const member = std::exchange(at, at->next_);
@@ -110,7 +129,7 @@ void OrderedBuckets::drop(Bucket& bucket) noexcept {
 // In the order of the buckets: members that were made one after another often lie there likewise.
 void OrderedBuckets::dropTable(BucketTable* table) noexcept {
     constexpr U32 ahead = 4;
-    const U32 count = table->count_;
+    const U32 count = table->members != 0 ? table->count_ : 0;
     for (U32 place = 0; place < count; ++place) {
         if (place + ahead < count) {
             const Bucket& soon = table->bucketAt(place + ahead);

@@ -7,8 +7,11 @@
 // Order:   ascending reversed hash, then keyLessThan, whatever the shape.
 // Links:   a member has a next only behind the last seat of a full bucket, and in an index.
 // Counts:  each member here is counted once; links move without touching counts.
+// Plain:   a member may be a number and no object (PlainMember), where Ops says so. It sits in a bucket with nobody behind
+//          the seats: a bucket that gets more makes objects of all its members first.
 // Ops:     every algorithm is a template over what it must know of members: fold(member), isLess(a, b) and
-//          isEqual(a, b) for members of one fold, vtable(). HashMap passes inlined code, HashMapGeneric its vtable.
+//          isEqual(a, b) for members of one fold, vtable(); hasPlainMembers, and embodied(fold, member) if so. HashMap
+//          passes inlined code, HashMapGeneric its vtable.
 // Errors:  without memory growth waits and chains get longer. Only where a member finds no place at all without memory
 //          add() throws std::bad_alloc, and nothing has changed.
 #pragma once
@@ -19,6 +22,7 @@
 #include <Vel/MapLink.h>
 #include <Vel/detail/BucketTable.h>
 #include <Vel/detail/EqualHashes.h>
+#include <Vel/detail/PlainMember.h>
 #include <new>
 #include <utility>
 
@@ -30,6 +34,30 @@ public:
     static constexpr U32 mostWithoutTable = 8;
     static constexpr U32 mostInTable = 16;
 
+    // Where a walk stands, so that it need not look up where it is: good until the map changes.
+    class Place {
+    public:
+        // The fold of `member`, who is here.
+        template <class Ops>
+        U32 fold(const Ops& ops, const MapLink* member) const noexcept {
+            return seat_ < Bucket::seats ? bucket_->fold(seat_) : ops.fold(member);
+        }
+
+        // The member in the seat; nobody who stands is found by a place.
+        MapLink* seated() const noexcept {
+            return seat_ < Bucket::seats ? bucket_->member(seat_) : nullptr;
+        }
+
+    private:
+        friend class OrderedBuckets;
+
+        U64 changes_ = 0;
+        const BucketTable* table_ = nullptr;
+        const Bucket* bucket_ = nullptr;
+        U32 position_ = 0; // of the bucket in its table
+        U32 seat_ = 0;     // Bucket::seats or more: behind the seats, or in an index
+    };
+
     OrderedBuckets() noexcept = default;
     OrderedBuckets(const OrderedBuckets&) = delete;
     OrderedBuckets& operator=(const OrderedBuckets&) = delete;
@@ -38,9 +66,10 @@ public:
 
     U32 size() const noexcept { return size_; }
 
-    // Counts the member up and places it. A member of equal key gives way: it is returned, still counted, in no map.
+    // Counts the member of this fold up and places it. A member of equal key gives way: it is returned, still counted, in
+    // no map.
     template <class Ops>
-    MapLink* add(const Ops& ops, MapLink* member);
+    MapLink* add(const Ops& ops, U32 fold, MapLink* member);
 
     // Takes the member out, still counted. False when it is not here.
     template <class Ops>
@@ -55,14 +84,53 @@ public:
     template <class Ops, class IsKey>
     MapLink* find(const Ops& ops, U32 fold, const void* key, const IsKey& isKey) const noexcept;
 
-    MapLink* first() const noexcept { return firstOf(root_); }
-
+    // Where the map keeps the member of this fold, the only one of it; null where there is none. Good until the map
+    // changes; another member of this fold may be put there.
     template <class Ops>
-    MapLink* next(const Ops& ops, const MapLink* member) const noexcept;
+    MapLink** find(const Ops& ops, U32 fold) noexcept;
 
-    // The first member whose hash is not below `hash`.
+    // Begins to fetch the bucket of a fold. Always inline: see fetchAhead().
+    [[gnu::always_inline]] void fetch(U32 fold) const noexcept {
+        if (root_.isTable()) __builtin_prefetch(&root_.table()->at(fold), 1);
+    }
+
+    MapLink* first() const noexcept {
+        Place place;
+        return first(place);
+    }
+
+    MapLink* first(Place& place) const noexcept {
+        place.table_ = nullptr;
+        place.bucket_ = &root_;
+        return firstHere(place);
+    }
+
+    // The member behind this one, an object.
     template <class Ops>
-    MapLink* notBelow(const Ops& ops, U32 hash) const noexcept;
+    MapLink* next(const Ops& ops, const MapLink* member) const noexcept {
+        Place place;
+        return next(ops, member, place);
+    }
+
+    // The same; the place is `member`'s if it is good still, and becomes the next one's.
+    template <class Ops>
+    MapLink* next(const Ops& ops, const MapLink* member, Place& place) const noexcept {
+        if (!isGood(place)) [[unlikely]]
+            locate(ops, member, place);
+        return behind(place, member);
+    }
+
+    bool isGood(const Place& place) const noexcept { return place.changes_ == changes_; }
+
+    // The member behind the one at a good place.
+    MapLink* behind(Place& place, const MapLink* member) const noexcept {
+        if (++place.seat_ < place.bucket_->seated()) return place.bucket_->member(place.seat_);
+        return behindSeats(place, member);
+    }
+
+    // The first member whose hash is not below `hash`, and its place.
+    template <class Ops>
+    MapLink* notBelow(const Ops& ops, U32 hash, Place& place) const noexcept;
 
     // Room for so many members; an empty map gives back what it had beyond that. Throws std::bad_alloc and changes
     // nothing.
@@ -83,9 +151,20 @@ private:
     template <class Ops, class IsKey>
     static MapLink* findAside(const Ops& ops, const Bucket& bucket, U32 fold, const void* key,
                               const IsKey& isKey) noexcept;
-    static MapLink* firstOf(const Bucket& bucket) noexcept;
-    // The first member behind the range of `fold`'s bucket in `table`.
-    static MapLink* firstAfter(const BucketTable* table, U32 fold) noexcept;
+    template <class Ops>
+    void locate(const Ops& ops, const MapLink* member, Place& place) const noexcept;
+    // The member behind one who sits in the last taken seat, or in none.
+    MapLink* behindSeats(Place& place, const MapLink* member) const noexcept;
+    // The first member of the place's bucket, or of those that it leads to.
+    MapLink* firstHere(Place& place) const noexcept;
+    // The first member behind the range of the place's position in its table.
+    MapLink* firstAfter(Place& place) const noexcept;
+
+    // Whether it leads to an empty table.
+    static bool isVacant(const Bucket& bucket) noexcept {
+        return bucket.isTable() && bucket.table()->order.empty();
+    }
+
     static void fetchAhead(const BucketTable& table, U32 position) noexcept;
     static void drop(Bucket& bucket) noexcept;
     static void dropTable(BucketTable* table) noexcept;
@@ -106,6 +185,9 @@ private:
     // Puts a table before what the bucket leads to, so that `fold` finds a place beside it.
     template <class Ops>
     void divert(const Ops& ops, Bucket& bucket, BucketTable* table, U32 fold);
+    // Before a full bucket gets one member more. Returns what is to be added in the place of `member`.
+    template <class Ops>
+    static MapLink* embody(const Ops& ops, Bucket& bucket, U32 fold, MapLink* member);
     template <class Ops>
     static MapLink* addToBucket(const Ops& ops, Bucket& bucket, MapLink* member, U32 fold) noexcept;
     template <class Ops>
@@ -134,6 +216,7 @@ private:
 
     Bucket root_;
     U32 size_ = 0;
+    U64 changes_ = 1; // never a place's 0
 };
 
 // ---------------------------------------------------------------------------------- looking up
@@ -172,43 +255,65 @@ template <class Ops, class IsKey>
 }
 
 template <class Ops>
-MapLink* OrderedBuckets::next(const Ops& ops, const MapLink* member) const noexcept {
-    if (member->next_ != nullptr) return member->next_;
-    const U32 fold = ops.fold(member);
-    const BucketTable* table = nullptr;
-    const Bucket* bucket = &root_;
-    for (; bucket->isTable(); bucket = &table->at(fold)) table = bucket->table();
-    const U32 behind = bucket->leads() ? Bucket::seats : bucket->seatOf(member) + 1;
-    return behind < bucket->seated() ? bucket->member(behind) : firstAfter(table, fold);
+MapLink** OrderedBuckets::find(const Ops& ops, U32 fold) noexcept {
+    Bucket* bucket = &root_;
+    while (bucket->isTable()) bucket = &bucket->table()->at(fold);
+    const U32 seat = Bucket::firstOf(bucket->same(fold));
+    if (seat < bucket->seated()) [[likely]]
+        return &bucket->memberAt(seat);
+    if (!bucket->hasMore()) [[likely]]
+        return nullptr;
+    MapLink** link = &bucket->member(Bucket::seats - 1)->next_;
+    while (*link != nullptr && ops.fold(*link) != fold) link = &(*link)->next_;
+    return *link != nullptr ? link : nullptr;
 }
 
 template <class Ops>
-MapLink* OrderedBuckets::notBelow(const Ops& ops, U32 hash) const noexcept {
+void OrderedBuckets::locate(const Ops& ops, const MapLink* member, Place& place) const noexcept {
+    const U32 fold = ops.fold(member);
+    place.changes_ = changes_;
+    place.table_ = nullptr;
+    place.bucket_ = &root_;
+    for (; place.bucket_->isTable(); place.bucket_ = &place.table_->at(fold))
+        place.table_ = place.bucket_->table();
+    if (place.table_ != nullptr) place.position_ = place.table_->bucketPosition(fold);
+    place.seat_ = place.bucket_->leads() ? Bucket::seats : place.bucket_->seatOf(member);
+}
+
+template <class Ops>
+MapLink* OrderedBuckets::notBelow(const Ops& ops, U32 hash, Place& place) const noexcept {
     const U32 fold = bitReverse(hash);
-    const BucketTable* table = nullptr;
-    const Bucket* bucket = &root_;
-    while (bucket->isTable() && bucket->table()->differs(fold) == 0) {
-        table = bucket->table();
-        bucket = &table->at(fold);
+    place.table_ = nullptr;
+    place.bucket_ = &root_;
+    while (place.bucket_->isTable() && place.bucket_->table()->differs(fold) == 0) {
+        place.table_ = place.bucket_->table();
+        place.bucket_ = &place.table_->at(fold);
     }
-    if (bucket->leads()) {
-        if (!hashesBelow(bucket->sub().prefix(), fold))
-            if (MapLink* const found = firstOf(*bucket)) return found;
-        return firstAfter(table, fold);
+    if (place.table_ != nullptr) place.position_ = place.table_->bucketPosition(fold);
+    const Bucket& bucket = *place.bucket_;
+    if (bucket.leads()) {
+        if (!hashesBelow(bucket.sub().prefix(), fold)) {
+            Place inside = place;
+            if (MapLink* const found = firstHere(inside)) {
+                place = inside;
+                return found;
+            }
+        }
+        return firstAfter(place);
     }
-    const U32 seat = bucket->below(fold);
-    if (seat < bucket->seated()) return bucket->member(seat);
-    if (bucket->hasMore())
-        for (MapLink* at = bucket->member(seat - 1)->next_; at != nullptr; at = at->next_)
+    place.changes_ = changes_;
+    place.seat_ = bucket.below(fold);
+    if (place.seat_ < bucket.seated()) return bucket.member(place.seat_);
+    if (bucket.hasMore())
+        for (MapLink* at = bucket.member(place.seat_ - 1)->next_; at != nullptr; at = at->next_)
             if (!hashesBelow(ops.fold(at), fold)) return at;
-    return firstAfter(table, fold);
+    return firstAfter(place);
 }
 
 // ---------------------------------------------------------------------------------- adding
 
 template <class Ops>
-MapLink* OrderedBuckets::add(const Ops& ops, MapLink* member) {
-    const U32 fold = ops.fold(member);
+MapLink* OrderedBuckets::add(const Ops& ops, U32 fold, MapLink* member) {
     BucketTable* table = nullptr;
     Bucket* bucket = &root_;
     while (bucket->leads()) {
@@ -218,10 +323,14 @@ MapLink* OrderedBuckets::add(const Ops& ops, MapLink* member) {
         table = bucket->table();
         bucket = &table->at(fold);
     }
+    if constexpr (Ops::hasPlainMembers)
+        if (bucket->seated() == Bucket::seats) [[unlikely]]
+            member = embody(ops, *bucket, fold, member);
     const bool wasEmpty = bucket->isEmpty();
+    ++changes_;
     MapLink* const replaced = bucket->isEqual() ? addToEqual(ops, *bucket->equal(), member)
                                                 : addToBucket(ops, *bucket, member, fold);
-    member->referencesInc();
+    if (!Ops::hasPlainMembers || !PlainMember::is(member)) member->referencesInc();
     if (replaced != nullptr) [[unlikely]]
         return replaced;
     ++size_;
@@ -239,6 +348,16 @@ MapLink* OrderedBuckets::add(const Ops& ops, MapLink* member) {
         while (table->isTight(0))
             if (!split(ops, *table)) break;
     return nullptr;
+}
+
+template <class Ops>
+MapLink* OrderedBuckets::embody(const Ops& ops, Bucket& bucket, U32 fold, MapLink* member) {
+    for (U32 seat = 0; seat < Bucket::seats; ++seat) {
+        if (!PlainMember::is(bucket.member(seat))) continue;
+        bucket.replace(seat, ops.embodied(bucket.fold(seat), bucket.member(seat)));
+        bucket.member(seat)->referencesInc();
+    }
+    return PlainMember::is(member) ? ops.embodied(fold, member) : member;
 }
 
 template <class Ops>
@@ -379,7 +498,7 @@ void OrderedBuckets::divert(const Ops& ops, Bucket& bucket, BucketTable* table, 
     if (before == nullptr) throw std::bad_alloc();
     const Bucket old = bucket;
     before->bucketAt(0) = old;
-    if (firstOf(old) != nullptr) before->order.set(0);
+    if (!isVacant(old)) before->order.set(0);
     if (old.isTable()) {
         if (table != nullptr) table->childDel(old.table());
         before->childIs(old.table());
@@ -449,7 +568,9 @@ void OrderedBuckets::reserve(const Ops& ops, U32 members) {
         return;
     }
     if (members <= mostWithoutTable) return;
-    const U32 count = BucketTable::bucketsFor(members);
+    U32 count = BucketTable::bucketsFor(members);
+    // Plain members should find a seat: no bucket should wait for its split with twice as many as others have.
+    if (Ops::hasPlainMembers) count = std::bit_ceil(count);
     if (root_.isTable() && size_ != 0) {
         BucketTable& table = *root_.table();
         while (table.count() < count && split(ops, table)) {}
@@ -459,14 +580,21 @@ void OrderedBuckets::reserve(const Ops& ops, U32 members) {
     BucketTable* const table = BucketTable::make(0, 0, count);
     if (table == nullptr) throw std::bad_alloc();
     if (size_ == 0) clear();
-    MapLink* at = chained(root_);
+    ++changes_;
+    const Bucket old = root_;
     root_.tableIs(table);
-    while (at != nullptr) { // so few that no bucket is divided: nothing throws
-        MapLink* const following = std::exchange(at->next_, nullptr);
+    // So few that no bucket is divided; plain ones are too few to fill a bucket: nothing throws.
+    const auto move = [&](U32 fold, MapLink* member) {
         --size_;
-        add(ops, at);
-        at->referencesDec();
-        at = following;
+        add(ops, fold, member);
+        if (!PlainMember::is(member)) member->referencesDec();
+    };
+    MapLink* at =
+        old.hasMore() ? std::exchange(old.member(Bucket::seats - 1)->next_, nullptr) : nullptr;
+    for (U32 seat = 0; seat < old.seated(); ++seat) move(old.fold(seat), old.member(seat));
+    while (at != nullptr) {
+        MapLink* const member = std::exchange(at, std::exchange(at->next_, nullptr));
+        move(ops.fold(member), member);
     }
 }
 
@@ -490,6 +618,7 @@ bool OrderedBuckets::remove(const Ops& ops, MapLink* member) noexcept {
 
 inline void OrderedBuckets::removed(BucketTable* table, const Bucket* bucket, U32 fold) noexcept {
     --size_;
+    ++changes_;
     if (table == nullptr) return;
     --table->members;
     if (bucket->isEmpty()) vacated(table, fold);
@@ -576,15 +705,18 @@ unsigned OrderedBuckets::auditErrors(const Ops& ops) const noexcept {
     else
         errors += auditBucket(ops, root_, 0, 0, members);
     errors += members != size_;
-    const MapLink* before = first();
-    U32 walked = before != nullptr ? 1 : 0;
-    for (; before != nullptr && walked <= size_; ++walked) {
-        const MapLink* const at = next(ops, before);
-        if (at == nullptr) break;
-        const U32 beforeFold = ops.fold(before);
-        const U32 fold = ops.fold(at);
-        errors += !(fold == beforeFold ? ops.isLess(before, at) : hashesBelow(beforeFold, fold));
+    Place place;
+    U32 walked = 0;
+    U32 beforeFold = 0;
+    const MapLink* before = nullptr;
+    for (const MapLink* at = first(place); at != nullptr && walked <= size_; ++walked) {
+        const U32 fold = place.fold(ops, at);
+        if (walked != 0)
+            errors +=
+                !(fold == beforeFold ? ops.isLess(before, at) : hashesBelow(beforeFold, fold));
+        beforeFold = fold;
         before = at;
+        at = behind(place, at);
     }
     errors += walked != size_;
     return errors;
@@ -619,25 +751,28 @@ unsigned OrderedBuckets::auditBucket(const Ops& ops, const Bucket& bucket, U32 f
                                      U32& members) noexcept {
     unsigned errors = 0;
     U32 length = 0;
-    const auto look = [&](const MapLink* at) {
-        errors += ((ops.fold(at) ^ fold) & SubBuckets::lowBits(depth)) != 0;
-        errors += at->references() == 0;
+    const auto look = [&](const MapLink* at, U32 foldOfAt) {
+        errors += ((foldOfAt ^ fold) & SubBuckets::lowBits(depth)) != 0;
         ++length;
+        if (PlainMember::is(at)) return;
+        errors += at->references() == 0;
+        errors += ops.fold(at) != foldOfAt;
     };
     if (bucket.isEqual()) {
         const EqualHashes& equal = *bucket.equal();
-        for (const MapLink* at = equal.head(); at != nullptr; at = at->next_) {
-            look(at);
-            errors += ops.fold(at) != equal.prefix();
-        }
+        for (const MapLink* at = equal.head(); at != nullptr; at = at->next_)
+            look(at, equal.prefix());
         errors += equal.size() != length;
     } else {
-        visit(bucket, look);
         for (U32 seat = 0; seat < bucket.seated(); ++seat) {
             const MapLink* const at = bucket.member(seat);
-            errors += ops.fold(at) != bucket.fold(seat);
+            look(at, bucket.fold(seat));
             const bool isLast = seat == Bucket::seats - 1;
-            errors += (at->next_ != nullptr) != (isLast && bucket.hasMore());
+            const MapLink* const next = PlainMember::is(at) ? nullptr : at->next_;
+            errors += (next != nullptr) != (isLast && bucket.hasMore());
+            errors += PlainMember::is(at) && bucket.hasMore();
+            for (const MapLink* stands = next; stands != nullptr; stands = stands->next_)
+                look(stands, ops.fold(stands));
         }
         errors += bucket.hasMore() && bucket.seated() != Bucket::seats;
         errors += length != bucket.seated() + bucket.standing();
