@@ -7,7 +7,7 @@ namespace Vel {
 
 // Reverses the 32 bits of a word: swaps neighbours, pairs, nibbles, then the bytes. Its own
 // inverse.
-constexpr U32 bitReverse(U32 word) noexcept {
+[[gnu::always_inline]] constexpr U32 bitReverse(U32 word) noexcept {
     word = ((word & 0x55555555U) << 1) | ((word >> 1) & 0x55555555U);
     word = ((word & 0x33333333U) << 2) | ((word >> 2) & 0x33333333U);
     word = ((word & 0x0f0f0f0fU) << 4) | ((word >> 4) & 0x0f0f0f0fU);

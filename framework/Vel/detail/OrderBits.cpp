@@ -64,25 +64,23 @@ void OrderBits::swap(OrderBits& other) noexcept {
     std::swap(total_, other.total_);
 }
 
-void OrderBits::setBits(U32 word, Word bits) noexcept {
+void OrderBits::wordFilled(U32 word) noexcept {
     Word* level = data();
-    for (U32 count = words_;; count = summaryWords(count)) {
-        const Word before = std::exchange(level[word], level[word] | bits);
-        if (before != 0 || count == 1) return;
+    for (U32 count = words_; count != 1; count = summaryWords(count)) {
         level += count;
-        bits = Word{1} << (word % wordBits);
+        const Word bit = Word{1} << (word % wordBits);
         word >>= wordShift;
+        if (std::exchange(level[word], level[word] | bit) != 0) return;
     }
 }
 
-void OrderBits::clearBits(U32 word, Word bits) noexcept {
+void OrderBits::wordEmptied(U32 word) noexcept {
     Word* level = data();
-    for (U32 count = words_;; count = summaryWords(count)) {
-        level[word] &= ~bits;
-        if (level[word] != 0 || count == 1) return;
+    for (U32 count = words_; count != 1; count = summaryWords(count)) {
         level += count;
-        bits = Word{1} << (word % wordBits);
+        const Word bit = Word{1} << (word % wordBits);
         word >>= wordShift;
+        if ((level[word] &= ~bit) != 0) return;
     }
 }
 
@@ -115,9 +113,15 @@ void OrderBits::widenWord(U32 word, OrderBits& wider) noexcept {
     if (bits == 0) return;
     const Word low = spread(bits);
     const Word high = spread(bits >> halfBits);
-    if (low != 0) wider.setBits(2 * word, low);
-    if (high != 0) wider.setBits(2 * word + 1, high);
-    clearBits(word, bits);
+    const auto move = [&wider](U32 to, Word moved) {
+        if (moved == 0) return;
+        Word& present = wider.data()[to];
+        if (std::exchange(present, present | moved) == 0) wider.wordFilled(to);
+    };
+    move(2 * word, low);
+    move(2 * word + 1, high);
+    data()[word] = 0;
+    wordEmptied(word);
 }
 
 unsigned OrderBits::auditErrors() const noexcept {

@@ -45,10 +45,17 @@ public:
         return (data()[number >> wordShift] >> (number % wordBits) & 1) != 0;
     }
 
-    void set(U32 number) noexcept { setBits(number >> wordShift, Word{1} << (number % wordBits)); }
+    void set(U32 number) noexcept {
+        const U32 word = number >> wordShift;
+        Word& bits = data()[word];
+        if (std::exchange(bits, bits | Word{1} << (number % wordBits)) == 0) wordFilled(word);
+    }
 
     void clear(U32 number) noexcept {
-        clearBits(number >> wordShift, Word{1} << (number % wordBits));
+        const U32 word = number >> wordShift;
+        Word& bits = data()[word];
+        bits &= ~(Word{1} << (number % wordBits));
+        if (bits == 0) wordEmptied(word);
     }
 
     // One word of bits: those of the numbers from word * wordBits on; 0 behind the last.
@@ -79,8 +86,9 @@ private:
     static U32 summaryWords(U32 words) noexcept { return (words + wordBits - 1) >> wordShift; }
 
     U32 nextWord(U32 word) const noexcept;
-    void setBits(U32 word, Word bits) noexcept;
-    void clearBits(U32 word, Word bits) noexcept;
+    // Tells the summaries.
+    void wordFilled(U32 word) noexcept;
+    void wordEmptied(U32 word) noexcept;
 
     union {
         Word only_ = 0;
