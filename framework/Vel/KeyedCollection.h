@@ -41,6 +41,8 @@ public:
     // The member with the key, or null; borrowed.
     Entry* find(const Key& key) const noexcept { return map_.find(key); }
 
+    bool has(const Key& key) const noexcept { return find(key) != nullptr; }
+
     // Makes and inserts a member; the key is absent. The arguments are those of Entry's constructor.
     template <class... Arguments>
     Ptr<Entry> create(const Arguments&... arguments) {
@@ -88,6 +90,9 @@ public:
 
     // The first member in the map's order, or null; borrowed.
     Entry* first() const noexcept { return map_.first(); }
+
+    // The first member whose hash orders behind the key's, or null; borrowed.
+    Entry* firstBehind(const Key& key) const noexcept { return map_.firstBehind(key); }
 
     Iterator begin() const noexcept { return Iterator(map_.begin()); }
 

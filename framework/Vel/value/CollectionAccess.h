@@ -29,7 +29,7 @@ public:
 
     Value value(const Key& key) const { return collection().value(key); }
 
-    bool has(const Key& key) const { return collection().find(key) != nullptr; }
+    bool has(const Key& key) const { return collection().has(key); }
 
     U32 count() const { return collection().count(); }
 
