@@ -5,6 +5,7 @@
 // "bytes"; the times mean nothing. `hand` is cachetable_bench's table by hand.
 #include "keys.h"
 
+#include <Brixo/CacheTable.h>
 #include <Brixo/DeviceOffset.h>
 #include <Vel/KeyedCollection.h>
 #include <Vel/MapMember.h>
@@ -72,16 +73,6 @@ public:
     using MapMember::MapMember;
 };
 
-class KeyToIndex final : public Vel::MapMember<Brixo::DeviceOffset, U32> {
-public:
-    using MapMember::MapMember;
-};
-
-class FreeIndex final : public Vel::MapMember<U32, bool> {
-public:
-    using MapMember::MapMember;
-};
-
 void fillOurs(U32 count) {
     auto& map = *new Vel::KeyedCollection<Member>;
     for (U32 i = 0; i < count; ++i) map.create(Bench::scattered(i), i);
@@ -95,15 +86,15 @@ void fillPeer(U32 count) {
 
 // The maps of a cache table, as recovery leaves them.
 void fillFullTable(U32 count) {
-    auto& slots = *new Vel::KeyedCollection<KeyToIndex>;
+    auto& slots = *new Brixo::CacheTable::KeyToIndex;
     slots.reserve(count);
-    for (U32 i = 0; i < count; ++i) slots.create(Brixo::DeviceOffset(Bench::scattered(i)), i);
+    for (U32 i = 0; i < count; ++i) slots.add(Brixo::DeviceOffset(Bench::scattered(i)), i);
 }
 
 void fillEmptyTable(U32 count) {
-    auto& slots = *new Vel::KeyedCollection<FreeIndex>;
+    auto& slots = *new Brixo::CacheTable::FreeIndex;
     slots.reserve(count);
-    for (U32 i = 0; i < count; ++i) slots.create(i, true);
+    for (U32 i = 0; i < count; ++i) slots.add(i, true);
 }
 
 void fillEmptyHandTable(U32 count) {

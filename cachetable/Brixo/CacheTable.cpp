@@ -92,7 +92,7 @@ void CacheTable::formatUnlessFormatted() {
     for (U32 index = 0; index < size_; ++index) {
         const BytePtr ptr = entryPtr(index);
         VEL_ASSERT_AS("ptr", ptr != nullptr, index);
-        RegionLayout::writeKeyWord(ptr, RegionLayout::unusedKeyWord);
+        RegionLayout::writeKeyWord(slot(index), RegionLayout::unusedKeyWord);
     }
     RegionLayout::storesInOrder();
     header->formatted = 1;
@@ -107,33 +107,40 @@ void CacheTable::doRestart() {
     // Either may come to hold every slot; room that nobody takes is not touched.
     keyToIndex_.reserve(size_);
     freeIndex_.reserve(size_);
-    for (U32 index = 0; index < size_; ++index) recoverSlot(index);
+    // So far ahead is fetched where keys will go.
+    constexpr U32 ahead = 16;
+    for (U32 index = 0; index < size_; ++index) {
+        if (index + ahead < size_) keyToIndex_.fetch(keyAt(index + ahead));
+        const DeviceOffset key = keyAt(index);
+        if (key.value() == RegionLayout::unusedKeyWord)
+            freeIndex_.add(index, true);
+        else
+            recoverSlot(index, key);
+    }
     VEL_ASSERT_AS("keyToIndexs() + freeIndexs() == size()", keyToIndexs() + freeIndexs() == size(),
                   keyToIndexs(), freeIndexs(), size());
 }
 
 // The key word alone decides; the data are never looked at.
-void CacheTable::recoverSlot(U32 index) {
-    const BytePtr ptr = entryPtr(index);
+DeviceOffset CacheTable::keyAt(U32 index) const {
+    const BytePtr ptr = slot(index);
     VEL_ASSERT_AS("ptr", ptr != nullptr, index);
-    const DeviceOffset key(RegionLayout::readKeyWord(ptr));
-    if (key.value() == RegionLayout::unusedKeyWord) {
-        freeIndexIs(index, true);
-        return;
-    }
+    return DeviceOffset(RegionLayout::readKeyWord(ptr));
+}
+
+void CacheTable::recoverSlot(U32 index, DeviceOffset key) {
     VEL_TRACE(trace(), traceDetail, "Recovered entry, index: " << index << " key: " << key);
     FERROLOG("BrixoCacheTable", "Recovered entry, index: ", index, " key: ", key.value());
-    if (const VelKeyToIndex* old = keyToIndex_.find(key)) {
+    if (U32 old = 0; keyToIndex_.lookUp(key, old)) {
         VEL_TRACE(trace(), traceAnomaly,
-                  "Discovered duplicate keys, old index: " << old->value()
-                                                           << " new index: " << index);
-        FERROLOG("BrixoCacheTable", "Discovered duplicate keys, old index: ", old->value(),
+                  "Discovered duplicate keys, old index: " << old << " new index: " << index);
+        FERROLOG("BrixoCacheTable", "Discovered duplicate keys, old index: ", old,
                  " new index: ", index);
-        RegionLayout::writeKeyWord(ptr, RegionLayout::unusedKeyWord);
-        freeIndexIs(index, true);
+        RegionLayout::writeKeyWord(slot(index), RegionLayout::unusedKeyWord);
+        freeIndex_.add(index, true);
         return;
     }
-    newKeyToIndex(key, index);
+    keyToIndex_.add(key, index);
 }
 
 BytePtr CacheTable::entryPtr(U32 index) const {
@@ -142,16 +149,13 @@ BytePtr CacheTable::entryPtr(U32 index) const {
     return pinbufPtr_ + offset;
 }
 
-BytePtr CacheTable::entry(DeviceOffset key) const {
-    const VelKeyToIndex* found = keyToIndex_.find(key);
-    return found != nullptr ? entryPtr(found->value()) + RegionLayout::keyWordBytes : nullptr;
-}
-
 void CacheTable::entryIs(DeviceOffset key, const unsigned char* data) {
-    const VelKeyToIndex* found = keyToIndex_.find(key);
-    const U32 index = found != nullptr ? found->value() : takeFreeIndex();
-    if (found == nullptr) newKeyToIndex(key, index);
-    const BytePtr ptr = entryPtr(index);
+    U32 index = 0;
+    if (!keyToIndex_.lookUp(key, index)) {
+        index = takeFreeIndex();
+        keyToIndex_.add(key, index);
+    }
+    const BytePtr ptr = slot(index);
     RegionLayout::writeKeyWord(ptr, key.value());
     RegionLayout::storesInOrder();
     if (entrySize_ != 0) std::memcpy(ptr + RegionLayout::keyWordBytes, data, entrySize_);
@@ -162,14 +166,11 @@ void CacheTable::entryIs(DeviceOffset key, const unsigned char* data) {
 // The first one in the map's order.
 U32 CacheTable::takeFreeIndex() {
     VEL_ASSERT_AS("freeIndexs() > 0", freeIndexs() > 0);
-    const U32 index = freeIndex_.first()->key();
-    freeIndexDel(index);
-    return index;
+    return freeIndex_.takeFirst();
 }
 
 void CacheTable::entryDel(DeviceOffset key) {
-    const Vel::Ptr<VelKeyToIndex> removed = keyToIndex_.del(key);
-    if (removed) freeIndexIs(removed->value(), true);
+    if (U32 index = 0; keyToIndex_.take(key, index)) freeIndexIs(index, true);
 }
 
 U64 CacheTable::entry_py(DeviceOffset key) const {
@@ -190,8 +191,9 @@ Vel::Ptr<CacheTable::VelKeyToIndex> CacheTable::newKeyToIndex(DeviceOffset key, 
 }
 
 U32 CacheTable::keyToIndexDel(DeviceOffset key) {
-    const Vel::Ptr<VelKeyToIndex> removed = keyToIndex_.del(key);
-    return removed ? removed->value() : 0;
+    U32 index = 0;
+    keyToIndex_.take(key, index);
+    return index;
 }
 
 Vel::Ptr<CacheTable::VelFreeIndex> CacheTable::newFreeIndex(U32 index, bool value) {

@@ -12,7 +12,8 @@
 //             back with the next recovery, and a key that was deleted and written again into a higher slot comes back
 //             with its older bytes: the lowest slot wins.
 // Key:        0xffffffff is accepted, but its slot reads as unused in the next recovery: that entry is lost then.
-// Cost:       entry() is one look-up and one addition. Writing a new key allocates its map member and nothing else.
+// Cost:       entry() is one look-up and one addition. A slot takes a bit of freeIndex or a seat of keyToIndex, for which
+//             recovery makes room; a map's member becomes an object only when somebody asks for it (LazyCollection.h).
 // Errors:     broken preconditions are assertions that end the process; an absent key is no error.
 // Threads:    no lock: the table belongs to its agent's thread. Other readers of the region see writes as they happen.
 #pragma once
@@ -21,9 +22,12 @@
 #include <Brixo/CacheTableIndex.h>
 #include <Brixo/DeviceOffset.h>
 #include <Brixo/Export.h>
+#include <Brixo/RegionLayout.h>
+#include <Vel/IndexSet.h>
 #include <Vel/Integers.h>
-#include <Vel/KeyedCollection.h>
+#include <Vel/LazyCollection.h>
 #include <Vel/MapMember.h>
+#include <Vel/PlainMap.h>
 #include <Vel/Ptr.h>
 #include <Vel/PtrInterface.h>
 #include <Vel/String8.h>
@@ -48,8 +52,8 @@ public:
         using MapMember::MapMember;
     };
 
-    using KeyToIndex = Vel::KeyedCollection<VelKeyToIndex>;
-    using FreeIndex = Vel::KeyedCollection<VelFreeIndex>;
+    using KeyToIndex = Vel::LazyCollection<VelKeyToIndex, Vel::PlainMap<DeviceOffset>>;
+    using FreeIndex = Vel::LazyCollection<VelFreeIndex, Vel::IndexSet>;
 
     // Obtains, maps, formats and recovers the region before it returns; see handleInitialized().
     // size: slots. entrySize: bytes of data in each, the key word not included.
@@ -69,7 +73,11 @@ public:
 
     // The entry's entrySize() bytes in the region, or null when the key is absent. Valid as long as the process lives; the
     // slot may come to hold another key.
-    Vel::BytePtr entry(DeviceOffset key) const;
+    Vel::BytePtr entry(DeviceOffset key) const {
+        Vel::U32 index = 0;
+        return keyToIndex_.lookUp(key, index) ? slot(index) + RegionLayout::keyWordBytes : nullptr;
+    }
+
     // Writes entrySize() bytes from `data`. A key that is present keeps its slot; a new one takes the first free slot in
     // the order of freeIndex. Asserts "freeIndexs() > 0" for a new key in a full table.
     void entryIs(DeviceOffset key, const unsigned char* data);
@@ -126,7 +134,7 @@ public:
 
     void freeIndexIs(Vel::U32 index, bool value) { freeIndex_.set(index, value); }
 
-    void freeIndexDel(Vel::U32 index) { freeIndex_.del(index); }
+    void freeIndexDel(Vel::U32 index) { freeIndex_.remove(index); }
 
     void freeIndexDel(FreeIndex::Iterator& position) { freeIndex_.del(position); }
 
@@ -154,10 +162,17 @@ public:
     static constexpr auto schema();
 
 private:
+    // entryPtr(), which asserts what holds here nearly always.
+    Vel::BytePtr slot(Vel::U32 index) const {
+        const Vel::U32 offset = RegionLayout::slotOffset(entrySize_, index);
+        return offset < pinbufSize_ ? pinbufPtr_ + offset : entryPtr(index);
+    }
+
     Vel::String8 regionName() const;
     void openRegion();
     void formatUnlessFormatted();
-    void recoverSlot(Vel::U32 index);
+    DeviceOffset keyAt(Vel::U32 index) const;
+    void recoverSlot(Vel::U32 index, DeviceOffset key);
     Vel::U32 takeFreeIndex();
 
     AgentId agentId_;

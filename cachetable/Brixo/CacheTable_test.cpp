@@ -305,6 +305,24 @@ TEST_F(CacheTableTest, SettersStoreAndDoNothingElse) {
     EXPECT_EQ(bytes(), before);
 }
 
+TEST_F(CacheTableTest, ASlotBecomesAnObjectOnlyForWhoAsks) {
+    const Vel::Ptr<CacheTable> table = openTable(1000, 4);
+    for (U32 k = 0; k < 500; ++k) write(*table, k * 4, "1234");
+    table->entryDel(key(8));
+    write(*table, 8, "5678");
+    table->doRestart();
+    EXPECT_EQ(table->keyToIndex().objects(), 0u);
+    EXPECT_EQ(table->freeIndex().objects(), 0u);
+    EXPECT_EQ(table->freeIndexs(), 500u);
+    const Vel::Ptr<CacheTable::VelFreeIndex> first = table->freeIndex().find(999);
+    ASSERT_NE(first, nullptr);
+    EXPECT_TRUE(first->value());
+    EXPECT_EQ(first->references(), 2u);
+    EXPECT_EQ(table->newKeyToIndex(key(1), 1000)->value(), 1000u);
+    EXPECT_EQ(table->keyToIndex().objects(), 1u);
+    EXPECT_EQ(table->freeIndex().objects(), 1u);
+}
+
 TEST_F(CacheTableTest, ItsMapsAreKeyedCollections) {
     const Vel::Ptr<CacheTable> table = openTable(4, 4);
     const std::string before = bytes();
