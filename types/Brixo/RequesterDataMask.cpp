@@ -1,6 +1,7 @@
 #include <Brixo/RequesterDataMask.h>
 
 #include <Vel/value/Define.h>
+#include <cstring>
 
 namespace Brixo {
 
@@ -28,8 +29,15 @@ void RequesterDataMask::setBitOffsetAndLength(U16 start, U16 len) {
     setBitRange(start, static_cast<U16>(start + len - 1));
 }
 
+// By bytes or by entries, whichever are fewer.
 void RequesterDataMask::fillMaskToBuf(Vel::BytePtr buf, U16 size) const {
-    for (U16 index = 0; index < size; ++index) buf[index] = mask(index);
+    if (masks() > size) {
+        for (U16 index = 0; index < size; ++index) buf[index] = mask(index);
+        return;
+    }
+    if (size != 0) std::memset(buf, 0, size);
+    for (const auto& [index, byte] : mask_)
+        if (index < size) buf[index] = byte;
 }
 
 } // namespace Brixo

@@ -55,8 +55,12 @@ TEST(RequesterDataMask, FillsABufferAndNothingBehindIt) {
     U8 buffer[5] = {9, 9, 9, 9, 9};
     mask.fillMaskToBuf(buffer, 0);
     EXPECT_EQ(buffer[0], 9u);
+    mask.fillMaskToBuf(buffer, 1); // fewer bytes than entries
+    EXPECT_EQ(std::vector<U8>(buffer, buffer + 5), (std::vector<U8>{0xf8, 9, 9, 9, 9}));
     mask.fillMaskToBuf(buffer, 3);
     EXPECT_EQ(std::vector<U8>(buffer, buffer + 5), (std::vector<U8>{0xf8, 0x07, 0x00, 9, 9}));
+    mask.fillMaskToBuf(buffer, 4);
+    EXPECT_EQ(std::vector<U8>(buffer, buffer + 5), (std::vector<U8>{0xf8, 0x07, 0x00, 0x00, 9}));
 }
 
 TEST(RequesterDataMask, OverwritesInPlace) {
