@@ -13,13 +13,22 @@ constexpr std::align_val_t alignment{64};
 
 bool isMapped(std::size_t bytes) noexcept { return bytes >= mappedFromBytes; }
 
+// What is asked for at random would cost a walk through page tables nearly each time. Where the kernel has no large
+// pages to give, nothing changes.
+void askForLargePages(void* pages, std::size_t bytes) noexcept {
+    constexpr std::size_t fromBytes = std::size_t{4} << 20;
+    if (bytes >= fromBytes) madvise(pages, bytes, MADV_HUGEPAGE);
+}
+
 } // namespace
 
 void* zeroedMemory(std::size_t bytes) noexcept {
     if (isMapped(bytes)) {
         void* pages =
             mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-        return pages == MAP_FAILED ? nullptr : pages;
+        if (pages == MAP_FAILED) return nullptr;
+        askForLargePages(pages, bytes);
+        return pages;
     }
     void* array = ::operator new(bytes, alignment, std::nothrow);
     if (array != nullptr) std::memset(array, 0, bytes);
@@ -29,7 +38,9 @@ void* zeroedMemory(std::size_t bytes) noexcept {
 void* zeroedMemoryGrown(void* array, std::size_t bytes, std::size_t newBytes) noexcept {
     if (isMapped(bytes)) {
         void* pages = mremap(array, bytes, newBytes, MREMAP_MAYMOVE);
-        return pages == MAP_FAILED ? nullptr : pages;
+        if (pages == MAP_FAILED) return nullptr;
+        askForLargePages(pages, newBytes);
+        return pages;
     }
     void* grown = zeroedMemory(newBytes);
     if (grown == nullptr) return nullptr;
