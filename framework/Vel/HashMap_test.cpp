@@ -119,6 +119,14 @@ TEST_P(HashMapOf, AgreesWithAModel) {
             ASSERT_EQ(member.key().number, expected->first.number);
             ++expected;
         }
+        std::size_t visited = 0;
+        map.forEach([&](const Member& member) {
+            const auto known = model.find(member.key());
+            ASSERT_NE(known, model.end());
+            ASSERT_EQ(known->second, member.value());
+            ++visited;
+        });
+        ASSERT_EQ(visited, model.size());
     }
     for (const auto& [key, number] : model) {
         ASSERT_EQ(map.first()->value(), number);
@@ -126,6 +134,42 @@ TEST_P(HashMapOf, AgreesWithAModel) {
     }
     EXPECT_EQ(map.first(), nullptr);
     EXPECT_EQ(map.size(), 0u);
+}
+
+TEST_P(HashMapOf, AWalkGoesOnWhateverElseChanges) {
+    const auto before = [](const Key& a, const Key& b) { return Map::ordersBefore(a, b); };
+    std::map<Key, U32, decltype(before)> model(before);
+    Map map;
+    auto random = [engine = std::mt19937(7)]() mutable { return static_cast<U32>(engine()); };
+    const auto change = [&](const Member* kept) {
+        const U32 number = random() % 3000;
+        const Key key = keyOf(number);
+        Member* const found = map.find(key);
+        if (found == nullptr) {
+            insert(map, number);
+            model[key] = number;
+        } else if (found != kept) {
+            map.remove(*found);
+            model.erase(key);
+        }
+    };
+    for (U32 i = 0; i < 1500; ++i) change(nullptr);
+    for (const U32 changes : {0U, 1U, 40U}) { // between two steps
+        U32 steps = 0;
+        auto at = map.begin();
+        while (at) {
+            for (U32 i = 0; i < changes && random() % 2 != 0; ++i) change(at.entry());
+            const auto expected = model.upper_bound(at->key());
+            at.advance();
+            ASSERT_EQ(static_cast<bool>(at), expected != model.end());
+            if (at) {
+                ASSERT_EQ(at->value(), expected->second);
+            }
+            ++steps;
+        }
+        EXPECT_GT(steps, 500u);
+    }
+    ASSERT_EQ(map.auditErrors(9), 0u);
 }
 
 TEST_P(HashMapOf, NoCallLooksAtManyMembers) {

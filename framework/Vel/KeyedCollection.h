@@ -91,6 +91,13 @@ public:
     // The first member in the map's order, or null; borrowed.
     Entry* first() const noexcept { return map_.first(); }
 
+    // Calls visit(member) for every member, in no order, which is faster than a walk. The visit does not change the
+    // collection.
+    template <class Visit>
+    void forEach(const Visit& visit) const {
+        map_.forEach(visit);
+    }
+
     // The first member whose hash orders behind the key's, or null; borrowed.
     Entry* firstBehind(const Key& key) const noexcept { return map_.firstBehind(key); }
 

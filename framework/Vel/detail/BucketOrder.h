@@ -61,25 +61,37 @@ public:
         return seek(isMoved(number), number + 1, widerNumberOf(position) + 1, position);
     }
 
-    // Names the word of bits in which a position lies.
-    U32 wordOf(U32 position) const noexcept {
-        const U32 number = numberOf(position);
-        return isMoved(number) ? widerNumberOf(position) >> OrderBits::wordShift
-                               : number >> OrderBits::wordShift | notMoved;
-    }
+    // Occupied buckets that follow each other, as far as one word of bits tells.
+    class Run {
+    public:
+        bool empty() const noexcept { return bits_ == 0; }
 
-    // Calls visit(position) for every occupied bucket of a word; none behind the last word.
-    template <class Visit>
-    void visitWord(U32 word, const Visit& visit) const noexcept {
-        const bool moved = (word & notMoved) == 0;
-        word &= ~notMoved;
-        const unsigned unused = moved ? 31 - resolution_ : 32 - resolution_;
-        if (moved && word / 2 >= moved_) return;
-        OrderBits::Word bits = moved ? wider_.bitsIn(word) : bits_.bitsIn(word);
-        for (; bits != 0; bits &= bits - 1) {
-            const auto bit = static_cast<U32>(std::countr_zero(bits));
-            visit(((word << OrderBits::wordShift) + bit) << unused);
+        // The position of the next one; there is one.
+        U32 next() noexcept {
+            const auto bit = static_cast<U32>(std::countr_zero(bits_));
+            bits_ &= bits_ - 1;
+            return (first_ + bit) << unused_;
         }
+
+    private:
+        friend class BucketOrder;
+
+        OrderBits::Word bits_ = 0;
+        U32 first_ = 0; // number of the word's lowest bit
+        unsigned unused_ = 0;
+    };
+
+    // Those behind the one that covers `position`.
+    Run behind(U32 position) const noexcept {
+        const bool moved = isMoved(numberOf(position));
+        const U32 number = moved ? widerNumberOf(position) : numberOf(position);
+        const OrderBits& bits = moved ? wider_ : bits_;
+        Run run;
+        run.bits_ = bits.bitsIn(number >> OrderBits::wordShift) &
+                    ~OrderBits::Word{1} << (number % OrderBits::wordBits);
+        run.first_ = number & ~(OrderBits::wordBits - 1);
+        run.unused_ = moved ? 31 - resolution_ : 32 - resolution_;
+        return run;
     }
 
     // Before a bucket is split: makes room at the start of a round, and moves what is due.
@@ -106,8 +118,6 @@ public:
     }
 
 private:
-    static constexpr U32 notMoved = 0x80000000U;
-
     // A round splits half as many buckets as there are bits, so a word is due each half word.
     U32 movedAfter(U32 split) const noexcept {
         constexpr U32 pace = OrderBits::wordBits / 2;

@@ -34,6 +34,7 @@ MapLink* OrderedBuckets::firstHere(Place& place) const noexcept {
     while (place.bucket_->isTable()) {
         const BucketTable& table = *place.bucket_->table();
         if (!table.order.first(place.position_)) return nullptr;
+        place.run_ = table.order.behind(place.position_);
         place.table_ = &table;
         place.bucket_ = &table.atPosition(place.position_);
         if (place.bucket_->seated() == 1 && table.count() > inCache)
@@ -47,15 +48,26 @@ MapLink* OrderedBuckets::firstHere(Place& place) const noexcept {
     return place.bucket_->equal()->head();
 }
 
+bool OrderedBuckets::nextOccupied(const BucketTable& table, Place& place) noexcept {
+    if (!place.run_.empty()) {
+        place.position_ = place.run_.next();
+        return true;
+    }
+    if (!table.order.after(place.position_)) return false;
+    place.run_ = table.order.behind(place.position_);
+    return true;
+}
+
 MapLink* OrderedBuckets::firstAfter(Place& place) const noexcept {
     while (place.table_ != nullptr) {
         const BucketTable& table = *place.table_;
-        if (table.order.after(place.position_)) {
+        if (nextOccupied(table, place)) {
             if (table.count() > inCache) fetchAhead(table, place.position_);
             place.bucket_ = &table.atPosition(place.position_);
             return firstHere(place);
         }
         place.table_ = table.parent;
+        place.run_ = {};
         if (table.parent != nullptr) place.position_ = table.parent->position(table.prefix());
     }
     return nullptr;

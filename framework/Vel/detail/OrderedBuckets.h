@@ -54,8 +54,9 @@ public:
         U64 changes_ = 0;
         const BucketTable* table_ = nullptr;
         const Bucket* bucket_ = nullptr;
-        U32 position_ = 0; // of the bucket in its table
-        U32 seat_ = 0;     // Bucket::seats or more: behind the seats, or in an index
+        U32 position_ = 0;     // of the bucket in its table
+        U32 seat_ = 0;         // Bucket::seats or more: behind the seats, or in an index
+        BucketOrder::Run run_; // buckets behind this one in its table
     };
 
     OrderedBuckets() noexcept = default;
@@ -100,7 +101,7 @@ public:
     }
 
     MapLink* first(Place& place) const noexcept {
-        place.table_ = nullptr;
+        place = Place();
         place.bucket_ = &root_;
         return firstHere(place);
     }
@@ -132,6 +133,12 @@ public:
     template <class Ops>
     MapLink* notBelow(const Ops& ops, U32 hash, Place& place) const noexcept;
 
+    // Calls visit(member) for every member, in no order: faster than a walk. The visit does not change the map.
+    template <class Visit>
+    void visitAll(const Visit& visit) const {
+        visitAll(root_, visit);
+    }
+
     // Room for so many members; an empty map gives back what it had beyond that. Throws std::bad_alloc and changes
     // nothing.
     template <class Ops>
@@ -157,6 +164,8 @@ private:
     MapLink* behindSeats(Place& place, const MapLink* member) const noexcept;
     // The first member of the place's bucket, or of those that it leads to.
     MapLink* firstHere(Place& place) const noexcept;
+    // Moves the place's position to the next occupied bucket of its table.
+    static bool nextOccupied(const BucketTable& table, Place& place) noexcept;
     // The first member behind the range of the place's position in its table.
     MapLink* firstAfter(Place& place) const noexcept;
 
@@ -173,6 +182,10 @@ private:
     // Calls visit(member) in order; for a bucket that leads nowhere.
     template <class Visit>
     static void visit(const Bucket& bucket, const Visit& visit);
+    template <class Visit>
+    static void visitAll(const Bucket& bucket, const Visit& visit);
+    template <class Visit>
+    static void visitAll(const BucketTable& table, const Visit& visit);
     // Makes one chain of a bucket's members, and buckets of a chain's.
     static MapLink* chained(const Bucket& bucket) noexcept;
     template <class Ops>
@@ -271,8 +284,8 @@ MapLink** OrderedBuckets::find(const Ops& ops, U32 fold) noexcept {
 template <class Ops>
 void OrderedBuckets::locate(const Ops& ops, const MapLink* member, Place& place) const noexcept {
     const U32 fold = ops.fold(member);
+    place = Place();
     place.changes_ = changes_;
-    place.table_ = nullptr;
     place.bucket_ = &root_;
     for (; place.bucket_->isTable(); place.bucket_ = &place.table_->at(fold))
         place.table_ = place.bucket_->table();
@@ -283,7 +296,7 @@ void OrderedBuckets::locate(const Ops& ops, const MapLink* member, Place& place)
 template <class Ops>
 MapLink* OrderedBuckets::notBelow(const Ops& ops, U32 hash, Place& place) const noexcept {
     const U32 fold = bitReverse(hash);
-    place.table_ = nullptr;
+    place = Place();
     place.bucket_ = &root_;
     while (place.bucket_->isTable() && place.bucket_->table()->differs(fold) == 0) {
         place.table_ = place.bucket_->table();
@@ -431,6 +444,23 @@ void OrderedBuckets::visit(const Bucket& bucket, const Visit& visit) {
     if (bucket.hasMore())
         for (MapLink* at = bucket.member(Bucket::seats - 1)->next_; at != nullptr; at = at->next_)
             visit(at);
+}
+
+template <class Visit>
+void OrderedBuckets::visitAll(const Bucket& bucket, const Visit& visit) {
+    if (bucket.isTable()) return visitAll(*bucket.table(), visit);
+    if (!bucket.isEqual()) return OrderedBuckets::visit(bucket, visit);
+    for (MapLink* at = bucket.equal()->head(); at != nullptr; at = at->next_) visit(at);
+}
+
+// Several buckets may lead to one table: it is visited as a child.
+template <class Visit>
+void OrderedBuckets::visitAll(const BucketTable& table, const Visit& visit) {
+    for (U32 place = 0; place < table.count(); ++place)
+        if (const Bucket& bucket = table.bucketAt(place); !bucket.isTable())
+            visitAll(bucket, visit);
+    for (const BucketTable* child = table.firstChild; child != nullptr; child = child->nextSibling)
+        visitAll(*child, visit);
 }
 
 template <class Ops>
