@@ -36,8 +36,9 @@ void RequesterDataMask::fillMaskToBuf(Vel::BytePtr buf, U16 size) const {
         return;
     }
     if (size != 0) std::memset(buf, 0, size);
-    for (const auto& [index, byte] : mask_)
-        if (index < size) buf[index] = byte;
+    mask_.forEach([buf, size](const VelMask& entry) {
+        if (entry.key() < size) buf[entry.key()] = entry.value();
+    });
 }
 
 } // namespace Brixo
