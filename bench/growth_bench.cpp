@@ -15,6 +15,7 @@
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
+#include <malloc.h>
 #include <memory>
 #include <random>
 #include <string>
@@ -122,6 +123,7 @@ void grownHit(benchmark::State& state, U32 size) {
 template <class Map>
 void slowestInsert(benchmark::State& state, U32 size) {
     std::int64_t slowest = 0;
+    malloc_trim(0); // or the first larger request would pay for what another map has freed
     for (auto _ : state) {
         Map map(size);
         std::int64_t before = threadNanoseconds();
