@@ -18,12 +18,12 @@
 //          2019; whole heaps are handed on instead of pages.
 #pragma once
 
-#include <Vel/VFPtrInterface.h>
+#include <Vel/detail/ObjectPages.h>
 #include <atomic>
 
 namespace Vel::detail {
 
-// allocate() and deallocate() are those of ObjectPages, in VFPtrInterface.h.
+// allocate() and deallocate() are those of ObjectPages.
 class VEL_API ObjectHeap : public ObjectPages {
 public:
     // Bytes that the kernel has given to all heaps together.
