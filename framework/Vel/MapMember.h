@@ -47,6 +47,8 @@ public:
     void valueIs(const Value& value) { value_ = value; }
 
     // A plain member notifies nobody.
+    using PlainEnd = MapMember;
+
     void handleZeroRef() final { delete this; }
 
 private:

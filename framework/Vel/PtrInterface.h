@@ -116,10 +116,19 @@ inline void PtrInterface::referencesDec() const {
 
 namespace detail {
 
-// An object of this class is no object of a class derived from it, and its end is that of PtrInterface: told to nobody.
+// Who says what happens at the end of a T: PtrInterface, or a base that calls itself T::PlainEnd and only deletes.
 template <class T>
-concept EndsPlainly = std::is_final_v<T> && std::destructible<T> && requires {
+concept HasPlainEnd = requires {
     { &T::handleZeroRef } -> std::same_as<void (PtrInterface::*)()>;
+}
+
+|| requires {
+    { &T::handleZeroRef } -> std::same_as<void (T::PlainEnd::*)()>;
+};
+
+// An object of this class is no object of a class derived from it, and its end is told to nobody.
+template <class T>
+concept EndsPlainly = std::is_final_v<T> && std::destructible<T> && HasPlainEnd<T> && requires {
     { &T::zeroReferencesIs } -> std::same_as<void (PtrInterface::*)(bool)>;
 };
 
