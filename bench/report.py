@@ -218,8 +218,8 @@ def page(runs, lines, plots):
         "than a quarter: machines are shared, so two ratios closer than that are equal.",
         "",
     ]
-    if (DOCS / "performance-ideas.md").exists():
-        out += ["What was tried, and what failed: [performance-ideas.md](performance-ideas.md).", ""]
+    if (DOCS / "performance-ideas").exists():
+        out += ["What was tried, and what failed: [performance-ideas](performance-ideas/README.md).", ""]
     out += circumstances(runs)
     out += ["", "## Goals", "", "![Our worst figure over the goal](performance/goals.svg)", ""]
     out += ["Several sizes and key families share a line: the ratios run from the best to the worst of them.", ""]
