@@ -65,7 +65,7 @@ struct Lane {
 
     // The counter of the tag's site.
     U64& counterOf(U32 tag) const {
-        static_assert(tagSite(0xFFC) == 0x3FF && sizeof(U64) == 4 * 2);
+        static_assert(tagSite(0xFFC) == 0x3FF && sizeof(U64) == 8);
         return *reinterpret_cast<U64*>(reinterpret_cast<char*>(counters) +
                                        std::size_t{tag & 0xFFC} * 2);
     }
