@@ -314,5 +314,21 @@ TEST(HashMap, ReservingLaterKeepsTheMembers) {
     }
 }
 
+TEST(HashMap, ReservingInTheMiddleOfAWalkSkipsNobody) {
+    for (const U32 stop : {0U, 1U, 250U, 998U}) {
+        Map map;
+        for (U32 number = 0; number < 1000; ++number)
+            map.insert(*Ptr<Member>(new Member(Key{number * 4}, number)));
+        std::vector<bool> seen(1000);
+        U32 steps = 0;
+        for (const Member& member : map) {
+            EXPECT_FALSE(seen[member.value()]);
+            seen[member.value()] = true;
+            if (steps++ == stop) map.reserve(20'000);
+        }
+        EXPECT_EQ(steps, 1000u);
+    }
+}
+
 } // namespace
 } // namespace Vel

@@ -327,6 +327,7 @@ MapLink* OrderedBuckets::notBelow(const Ops& ops, U32 hash, Place& place) const 
 
 template <class Ops>
 MapLink* OrderedBuckets::add(const Ops& ops, U32 fold, MapLink* member) {
+    ++changes_; // of places, even where there is no place without memory
     BucketTable* table = nullptr;
     Bucket* bucket = &root_;
     while (bucket->leads()) {
@@ -340,7 +341,6 @@ MapLink* OrderedBuckets::add(const Ops& ops, U32 fold, MapLink* member) {
         if (bucket->seated() == Bucket::seats) [[unlikely]]
             member = embody(ops, *bucket, fold, member);
     const bool wasEmpty = bucket->isEmpty();
-    ++changes_;
     MapLink* const replaced = bucket->isEqual() ? addToEqual(ops, *bucket->equal(), member)
                                                 : addToBucket(ops, *bucket, member, fold);
     if (!Ops::hasPlainMembers || !PlainMember::is(member)) member->referencesInc();
@@ -602,6 +602,7 @@ void OrderedBuckets::reserve(const Ops& ops, U32 members) {
     // Plain members should find a seat: no bucket should wait for its split with twice as many as others have.
     if (Ops::hasPlainMembers) count = std::bit_ceil(count);
     if (root_.isTable() && size_ != 0) {
+        ++changes_;
         BucketTable& table = *root_.table();
         while (table.count() < count && split(ops, table)) {}
         return;
