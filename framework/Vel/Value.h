@@ -32,6 +32,7 @@
 #include <Vel/VelType.h>
 #include <Vel/value/Compare.h>
 #include <Vel/value/HashOf.h>
+#include <Vel/value/LogFields.h>
 #include <Vel/value/Schema.h>
 #include <concepts>
 #include <cstddef>
@@ -91,6 +92,14 @@ concept ValueClass = requires {
     { T::_fwkType() } -> std::same_as<VelType*>;
 };
 
+// Logs the value's fields as one record, or as a part of the one that is open. Inline: a caller that writes many values keeps
+// what it can in registers.
+template <ValueClass T>
+inline const Ptr<NboAttrLog::Out>& operator<<(const Ptr<NboAttrLog::Out>& out, const T& value) {
+    logValue(*out, value);
+    return out;
+}
+
 } // namespace Vel
 
 // Stands first in the class: the constructors that read a text and a log, and the registered type.
@@ -102,12 +111,10 @@ concept ValueClass = requires {
     static ::Vel::VelType* _fwkType();                                                             \
     ::Vel::VelType* fwkType() const { return _fwkType(); }
 
-// Stands behind the class, in its namespace: the text form, as a string and on a stream, and the log.
+// Stands behind the class, in its namespace: the text form, as a string and on a stream.
 #define VEL_VALUE_FUNCTIONS(API, T)                                                                \
     API ::Vel::String8 valueToStrep(const T& value);                                               \
-    API std::ostream& operator<<(std::ostream& out, const T& value);                               \
-    API const ::Vel::Ptr<::Vel::NboAttrLog::Out>& operator<<(                                      \
-        const ::Vel::Ptr<::Vel::NboAttrLog::Out>& out, const T& value)
+    API std::ostream& operator<<(std::ostream& out, const T& value)
 
 template <Vel::ValueClass T>
 

@@ -39,12 +39,6 @@ bool VelType::isKindOf(const VelType* other) const noexcept {
     return type != nullptr;
 }
 
-VelAttr* VelType::attr(Name name) const noexcept {
-    for (const VelType* type = this; type != nullptr; type = type->base_)
-        if (VelAttr* const attr = type->attributes_.find(name)) return attr;
-    return nullptr;
-}
-
 VelAttr* VelType::attr(AttributeId id) const noexcept {
     for (const VelType* type = this; type != nullptr; type = type->base_)
         if (VelAttr* const attr = type->attributes_.find(id)) return attr;

@@ -82,7 +82,15 @@ public:
     std::span<VelAttr* const> attrs() const noexcept { return attributes_.all(); }
 
     // An attribute of this type or, behind its own, of its bases; null if there is none. One probe a type.
-    VelAttr* attr(Name name) const noexcept;
+    VelAttr* attr(Name name) const noexcept {
+        const NameKey key(name);
+        const VelType* type = this;
+        do {
+            if (VelAttr* const attr = type->attributes_.find(key)) return attr;
+        } while ((type = type->base_) != nullptr);
+        return nullptr;
+    }
+
     VelAttr* attr(AttributeId id) const noexcept;
 
     // Adds an attribute, in the place of one of the same name if there is one.

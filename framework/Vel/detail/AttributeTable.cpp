@@ -25,7 +25,7 @@ void AttributeTable::add(VelAttr& attr) {
 }
 
 bool AttributeTable::remove(Name name) {
-    VelAttr* const attr = find(name);
+    VelAttr* const attr = find(NameKey(name));
     if (attr == nullptr) return false;
     attrs_.erase(std::ranges::find(attrs_, attr));
     index();

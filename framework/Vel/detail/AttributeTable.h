@@ -20,9 +20,8 @@ class AttributeTable {
 public:
     std::span<VelAttr* const> all() const noexcept { return attrs_; }
 
-    VelAttr* find(Name name) const noexcept {
+    VelAttr* find(const NameKey& key) const noexcept {
         if (slots_ == nullptr) return nullptr;
-        const NameKey key(name);
         const Slot* slot = slots_.get() + (key.hash() >> hashShift_);
         while (slot->attr != nullptr && slot->key != key) ++slot;
         return slot->attr;

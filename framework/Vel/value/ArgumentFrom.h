@@ -7,34 +7,16 @@
 #include <Vel/GenericIf.h>
 #include <Vel/Name.h>
 #include <Vel/value/TypeOf.h>
-#include <atomic>
 #include <type_traits>
 
 namespace Vel {
 
 namespace detail {
 
-// Hidden, so that each library reads its own without a table of addresses.
-template <class T>
-[[gnu::visibility("hidden")]] inline constinit std::atomic<VelType*> keptType = nullptr;
-
-// typeOf<T>() without a call, once it was asked for here; null before.
-template <class T>
-VelType* keptTypeOf() noexcept {
-    return keptType<T>.load(std::memory_order_acquire);
-}
-
-template <class T>
-VelType* keepTypeOf() {
-    VelType* const type = typeOf<T>();
-    keptType<T>.store(type, std::memory_order_release);
-    return type;
-}
-
 // Of a refinement, or of an adapter that does not tell where its value is.
 template <class T>
 [[gnu::noinline]] T argumentSeenAs(const GenericIf* adapter, Name name) {
-    const void* const value = adapter != nullptr ? adapter->voidPtr(keepTypeOf<T>()) : nullptr;
+    const void* const value = adapter != nullptr ? adapter->voidPtr(typeOf<T>()) : nullptr;
     if (value == nullptr) GenericIf::throwTypeException(name);
     if constexpr (isReference<T>) {
         auto* object = static_cast<PtrInterface*>(const_cast<void*>(value));
@@ -51,9 +33,9 @@ template <class T>
 [[gnu::noinline]] void answerByCall(GenericIf* result, Passed<T> value) {
     if (result == nullptr) GenericIf::throwTypeException("result");
     if constexpr (isReference<T>)
-        result->voidPtrIs(static_cast<const PtrInterface*>(value.ptr()), keepTypeOf<T>());
+        result->voidPtrIs(static_cast<const PtrInterface*>(value.ptr()), typeOf<T>());
     else
-        result->voidPtrIs(&value, keepTypeOf<T>());
+        result->voidPtrIs(&value, typeOf<T>());
 }
 
 } // namespace detail

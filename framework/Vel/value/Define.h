@@ -4,7 +4,6 @@
 #pragma once
 
 #include <Vel/Value.h>
-#include <Vel/value/LogFields.h>
 #include <Vel/value/Parse.h>
 #include <Vel/value/ValueType.h>
 #include <Vel/value/WriteStrep.h>
@@ -21,9 +20,4 @@
     [[gnu::flatten]] ::Vel::String8 valueToStrep(const T& value) { return ::Vel::strepOf(value); } \
     std::ostream& operator<<(std::ostream& out, const T& value) {                                  \
         return out << ::Vel::strepOf(value);                                                       \
-    }                                                                                              \
-    [[gnu::flatten]] const ::Vel::Ptr<::Vel::NboAttrLog::Out>& operator<<(                         \
-        const ::Vel::Ptr<::Vel::NboAttrLog::Out>& out, const T& value) {                           \
-        ::Vel::logValue(*out, value);                                                              \
-        return out;                                                                                \
     }

@@ -8,6 +8,7 @@
 #include <Vel/VelType.h>
 #include <Vel/value/Enum.h>
 #include <Vel/value/Schema.h>
+#include <atomic>
 #include <cstddef>
 #include <type_traits>
 
@@ -64,13 +65,30 @@ VelType* findTypeOf() {
         return Pointed<T>::Type::_fwkType();
 }
 
+// Kept where it is used: a descriptor never changes its place, and finding it is a call into another library. Hidden, so
+// that each library reads its own without a table of addresses.
+template <class T>
+[[gnu::visibility("hidden")]] inline constinit std::atomic<VelType*> keptType = nullptr;
+
+template <class T>
+[[gnu::noinline]] VelType* keepTypeOf() {
+    VelType* const type = findTypeOf<T>();
+    keptType<T>.store(type, std::memory_order_release);
+    return type;
+}
+
+// typeOf<T>() without a call, once it was asked for here; null before.
+template <class T>
+VelType* keptTypeOf() noexcept {
+    return keptType<T>.load(std::memory_order_acquire);
+}
+
 } // namespace detail
 
-// Kept where it is used: a descriptor never changes its place, and finding it is a call into another library.
 template <class T>
 VelType* typeOf() {
-    static VelType* const type = detail::findTypeOf<T>();
-    return type;
+    VelType* const type = detail::keptTypeOf<T>();
+    return type != nullptr ? type : detail::keepTypeOf<T>();
 }
 
 // "Net::DeviceId"
