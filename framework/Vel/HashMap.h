@@ -69,7 +69,7 @@ public:
     // Calls visit(member) for every member, in no order, which is faster than a walk. The visit does not change the map.
     template <class Visit>
     void forEach(const Visit& visit) const {
-        buckets_.visitAll([&visit](MapLink* member) { visit(*static_cast<Entry*>(member)); });
+        buckets_.visitAll([visit](MapLink* member) { visit(*static_cast<Entry*>(member)); });
     }
 
     // The first member in the map's order, or null; borrowed.

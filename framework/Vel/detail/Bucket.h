@@ -52,6 +52,7 @@ private:
     U32 prefix_;
 };
 
+// Loops over seats are unrolled: GCC would count, and would not keep in registers what it moves.
 class Bucket {
 public:
     static constexpr U32 seats = sizeof(void*) == 8 ? 5 : 7;
@@ -78,6 +79,13 @@ public:
 
     MapLink* member(U32 seat) const noexcept { return members_[seat]; }
 
+    // Copies the members in the seats, and rubbish behind them: `to` has room for all seats. Returns how many they are.
+    U32 copySeats(MapLink** to) const noexcept {
+#pragma GCC unroll 8
+        for (U32 seat = 0; seat < seats; ++seat) to[seat] = members_[seat];
+        return seated();
+    }
+
     MapLink*& memberAt(U32 seat) noexcept { return members_[seat]; }
 
     U32 fold(U32 seat) const noexcept { return words_[seat]; }
@@ -93,6 +101,7 @@ public:
     // The member's seat; `seats` for one that has none.
     U32 seatOf(const MapLink* member) const noexcept {
         Seats found = 0;
+#pragma GCC unroll 8
         for (U32 seat = 0; seat < seats; ++seat) found |= Seats{members_[seat] == member} << seat;
         const U32 seat = firstOf(found);
         return seat < seated() ? seat : seats;
@@ -108,6 +117,7 @@ public:
     MapLink* seatIn(U32 seat, MapLink* member, U32 fold) noexcept {
         const bool isFull = seated() == seats;
         MapLink* const out = isFull ? members_[seats - 1] : nullptr;
+#pragma GCC unroll 8
         for (U32 i = seats - 1; i > 0; --i) {
             const U32 from = i - (i > seat ? 1 : 0);
             words_[i] = words_[from];
@@ -121,6 +131,7 @@ public:
 
     // The members behind `seat` move down by one.
     void seatOut(U32 seat) noexcept {
+#pragma GCC unroll 8
         for (U32 i = 0; i < seats - 1; ++i) {
             const U32 from = i + (i >= seat ? 1 : 0);
             words_[i] = words_[from];
@@ -148,6 +159,7 @@ public:
     void cut(U32 bit, Bucket& to) noexcept {
         const U32 count = state();
         const auto kept = static_cast<U32>(std::countr_one(clear(bit) & taken()));
+#pragma GCC unroll 8
         for (U32 i = 0; i < seats; ++i) {
             const U32 from = std::min(i + kept, seats - 1);
             to.words_[i] = words_[from];
@@ -237,20 +249,22 @@ private:
     }
 #else
     Seats equal(U32 fold) const noexcept {
-        Seats found = 0;
-        for (U32 i = 0; i < seats; ++i) found |= Seats{words_[i] == fold} << i;
-        return found;
+        return seatsWhere([fold](U32 word) { return word == fold; });
     }
 
     Seats clear(U32 bit) const noexcept {
-        Seats found = 0;
-        for (U32 i = 0; i < seats; ++i) found |= Seats{(words_[i] & bit) == 0} << i;
-        return found;
+        return seatsWhere([bit](U32 word) { return (word & bit) == 0; });
     }
 
     Seats lower(U32 fold) const noexcept {
+        return seatsWhere([fold](U32 word) { return hashesBelow(word, fold); });
+    }
+
+    template <class Is>
+    Seats seatsWhere(const Is& is) const noexcept {
         Seats found = 0;
-        for (U32 i = 0; i < seats; ++i) found |= Seats{hashesBelow(words_[i], fold)} << i;
+    #pragma GCC unroll 8
+        for (U32 seat = 0; seat < seats; ++seat) found |= Seats{is(words_[seat])} << seat;
         return found;
     }
 #endif

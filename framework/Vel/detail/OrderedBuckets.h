@@ -453,12 +453,28 @@ void OrderedBuckets::visitAll(const Bucket& bucket, const Visit& visit) {
     for (MapLink* at = bucket.equal()->head(); at != nullptr; at = at->next_) visit(at);
 }
 
-// Several buckets may lead to one table: it is visited as a child.
+// Several buckets may lead to one table: it is visited as a child. How many seats of a bucket are taken cannot be guessed, so
+// members are gathered without asking, some buckets at a time.
 template <class Visit>
 void OrderedBuckets::visitAll(const BucketTable& table, const Visit& visit) {
-    for (U32 place = 0; place < table.count(); ++place)
-        if (const Bucket& bucket = table.bucketAt(place); !bucket.isTable())
-            visitAll(bucket, visit);
+    constexpr U32 enough = 64;
+    MapLink* gathered[enough + Bucket::seats];
+    U32 count = 0;
+    const auto visitGathered = [&] {
+        const Visit own = visit; // which nobody else writes to
+        for (U32 i = 0; i < count; ++i) own(gathered[i]);
+        count = 0;
+    };
+    for (U32 place = 0; place < table.count(); ++place) {
+        const Bucket& bucket = table.bucketAt(place);
+        if (bucket.leads() || bucket.hasMore()) [[unlikely]] {
+            if (!bucket.isTable()) visitAll(bucket, visit);
+            continue;
+        }
+        count += bucket.copySeats(gathered + count);
+        if (count >= enough) visitGathered();
+    }
+    visitGathered();
     for (const BucketTable* child = table.firstChild; child != nullptr; child = child->nextSibling)
         visitAll(*child, visit);
 }
