@@ -153,7 +153,12 @@ void CacheTable::entryIs(DeviceOffset key, const unsigned char* data) {
     U32 index = 0;
     if (!keyToIndex_.lookUp(key, index)) {
         index = takeFreeIndex();
-        keyToIndex_.add(key, index);
+        try {
+            keyToIndex_.add(key, index);
+        } catch (...) {
+            freeIndex_.add(index, true);
+            throw;
+        }
     }
     const BytePtr ptr = slot(index);
     RegionLayout::writeKeyWord(ptr, key.value());

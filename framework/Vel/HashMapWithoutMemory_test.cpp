@@ -2,65 +2,18 @@
 #include <Vel/HashMap.h>
 
 #include <Vel/MapMember.h>
+#include <Vel/testing/ScarceMemory.h>
 #include <cstddef>
-#include <cstdlib>
 #include <gtest/gtest.h>
 #include <new>
 #include <string>
 #include <vector>
 
-namespace {
-
-constexpr int always = -1;
-constinit int allocationsLeft = always;
-
-bool isRefused() noexcept {
-    if (allocationsLeft == always) return false;
-    if (allocationsLeft == 0) return true;
-    --allocationsLeft;
-    return false;
-}
-
-void* allocated(std::size_t size, std::size_t alignment) noexcept {
-    if (isRefused()) return nullptr;
-    return std::aligned_alloc(alignment, (size + alignment - 1) / alignment * alignment);
-}
-
-void* allocatedOrThrown(std::size_t size, std::size_t alignment) {
-    void* const memory = allocated(size, alignment);
-    if (memory == nullptr) throw std::bad_alloc();
-    return memory;
-}
-
-} // namespace
-
-// The allocator of the whole process, the libraries' too.
-void* operator new(std::size_t size) { return allocatedOrThrown(size, alignof(std::max_align_t)); }
-
-void* operator new(std::size_t size, std::align_val_t alignment) {
-    return allocatedOrThrown(size, static_cast<std::size_t>(alignment));
-}
-
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-    return allocated(size, alignof(std::max_align_t));
-}
-
-void* operator new(std::size_t size, std::align_val_t alignment, const std::nothrow_t&) noexcept {
-    return allocated(size, static_cast<std::size_t>(alignment));
-}
-
-void operator delete(void* memory) noexcept { std::free(memory); }
-
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
-
-void operator delete(void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
-
-void operator delete(void* memory, std::align_val_t) noexcept { std::free(memory); }
-
-void operator delete(void* memory, std::size_t, std::align_val_t) noexcept { std::free(memory); }
-
 namespace Vel {
 namespace {
+
+using Testing::allocationsLeft;
+using Testing::always;
 
 class Member final : public MapMember<U64, U32> {
 public:
