@@ -7,6 +7,7 @@
 #include <Brixo/Brixo.h>
 #include <Ferrolog/Trace.h>
 #include <Orn/Orn.h>
+#include <Vel/Builtin.h>
 #include <Vel/HashMap.h>
 #include <Vel/Vel.h>
 #include <array>
@@ -273,6 +274,25 @@ void countLogs() {
     });
 }
 
+struct ReflectedStatus {
+    Ptr<Vel::GenericIf> status = Brixo::DalProcessingStatus::_fwkType()->genericIf(
+        Brixo::dalProcessingStatusFactory(Brixo::DalId(3)).ptr(), false);
+    Ptr<Vel::GenericIf> answer = Vel::Builtin<U64>::genericIf(0);
+    String8 name = "lastEnqueuedCmdIndex";
+    Vel::AttributeId id = status->attributeId(name);
+};
+
+void countReflection() {
+    const auto prepare = [] { return ReflectedStatus(); };
+    count("attribute by id", members, prepare, [](const ReflectedStatus& state) {
+        for (unsigned i = 0; i < members; ++i)
+            state.status->attributeOp({state.id, Vel::AttributeOp::read}, nullptr, state.answer);
+    });
+    count("attribute by name", members, prepare, [](const ReflectedStatus& state) {
+        for (unsigned i = 0; i < members; ++i) keep(state.status->attributeId(state.name));
+    });
+}
+
 class Clock : public Vel::Notifier<Clock> {
 public:
     class NotifieeConst : public Vel::Notifiee<Clock> {
@@ -347,6 +367,7 @@ int main(int argumentCount, char** arguments) {
     countValues();
     countMasks();
     countLogs();
+    countReflection();
     countNotifications();
     countTraces(folder);
     return 0;
