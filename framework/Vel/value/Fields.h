@@ -72,8 +72,8 @@ constexpr bool allFields(Visit visit) {
 
 // Calls visit.operator()<index>() for each field in declaration order.
 template <class T, class Visit>
-constexpr void forEachField(Visit visit) {
-    [&]<std::size_t... index>(std::index_sequence<index...>) {
+[[gnu::always_inline]] constexpr void forEachField(Visit visit) {
+    [&]<std::size_t... index>(std::index_sequence<index...>) __attribute__((always_inline)) {
         (visit.template operator()<index>(), ...);
     }
     (FieldIndices<T>());

@@ -19,7 +19,7 @@ inline constexpr std::size_t endMarkBytes = 4;
 
 // Out, In: the log itself, or its Fixed.
 template <class Out, class Field>
-void logField(Out& out, const Field& field) {
+[[gnu::always_inline]] inline void logField(Out& out, const Field& field) {
     if constexpr (std::same_as<Field, bool>)
         out.writeBool(field);
     else if constexpr (std::is_enum_v<Field>)
@@ -111,8 +111,8 @@ constexpr std::size_t fixedLogBytes() {
 
 // The fields alone, into the open record.
 template <class Out, class T>
-void logFields(Out& out, const T& value) {
-    forEachField<T>([&]<std::size_t i>() {
+[[gnu::always_inline]] inline void logFields(Out& out, const T& value) {
+    forEachField<T>([&]<std::size_t i>() __attribute__((always_inline)) {
         constexpr auto field = attributeAt<T, i>.access;
         if constexpr (isCollectionField<T, i>)
             detail::logCollection(out, value.*field);
