@@ -52,7 +52,7 @@ private:
     U32 prefix_;
 };
 
-// Loops over seats are unrolled: GCC would count, and would not keep in registers what it moves.
+// Loops that move seats are unrolled: GCC would count, and would not keep in registers what it moves.
 class Bucket {
 public:
     static constexpr U32 seats = sizeof(void*) == 8 ? 5 : 7;
@@ -263,7 +263,6 @@ private:
     template <class Is>
     Seats seatsWhere(const Is& is) const noexcept {
         Seats found = 0;
-    #pragma GCC unroll 8
         for (U32 seat = 0; seat < seats; ++seat) found |= Seats{is(words_[seat])} << seat;
         return found;
     }
