@@ -66,7 +66,8 @@ public:
 
     std::default_sentinel_t end() const noexcept { return {}; }
 
-    // Calls visit(member) for every member, in no order, which is faster than a walk. The visit does not change the map.
+    // Calls visit(member) for every member, in no order, which is faster than a walk. `visit` may be copied; it does not
+    // change the map.
     template <class Visit>
     void forEach(const Visit& visit) const {
         buckets_.visitAll([visit](MapLink* member) { visit(*static_cast<Entry*>(member)); });

@@ -91,8 +91,8 @@ public:
     // The first member in the map's order, or null; borrowed.
     Entry* first() const noexcept { return map_.first(); }
 
-    // Calls visit(member) for every member, in no order, which is faster than a walk. The visit does not change the
-    // collection.
+    // Calls visit(member) for every member, in no order, which is faster than a walk. `visit` may be copied; it does not
+    // change the collection.
     template <class Visit>
     void forEach(const Visit& visit) const {
         map_.forEach(visit);
