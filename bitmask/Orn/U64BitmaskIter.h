@@ -2,7 +2,7 @@
 //
 //     for (Orn::U64BitmaskIter it(mask); it; ++it) use(it.key());
 //
-// Holds:  a copy of the word: later changes of the mask are not seen.
+// Holds:  what is left of a copy of the word: later changes of the mask are not seen.
 // Errors: key() and operator* assert "inRange()".
 #pragma once
 
@@ -17,27 +17,22 @@ namespace Orn {
 class U64BitmaskIter {
 public:
     // Stands on the lowest member at once, or is finished if there is none.
-    constexpr explicit U64BitmaskIter(const U64Bitmask& mask) noexcept : left_(mask.value()) {
-        ++*this;
-    }
+    constexpr explicit U64BitmaskIter(const U64Bitmask& mask) noexcept : left_(mask.value()) {}
 
     // Goes on to the next member; does nothing once finished.
     constexpr U64BitmaskIter& operator++() noexcept {
-        if (finished_) return *this;
-        current_ = lowest();
         left_ &= left_ - 1;
-        finished_ = !inRange();
         return *this;
     }
 
     // Whether the iterator stands on a member.
-    constexpr bool inRange() const noexcept { return current_.value() < BitId::null(); }
+    constexpr bool inRange() const noexcept { return left_ != 0; }
 
     constexpr explicit operator bool() const noexcept { return inRange(); }
 
     BitId key() const {
         VEL_ASSERT_AS("inRange()", inRange());
-        return current_;
+        return lowest();
     }
 
     // Always true: whatever the iterator stands on is a member.
@@ -47,18 +42,15 @@ public:
     }
 
 private:
-    // Of what is left, or null. A 32-bit processor scans the halves, as the mask does.
+    // A 32-bit processor scans the halves, as the mask does.
     constexpr BitId lowest() const noexcept {
         if constexpr (sizeof(void*) < sizeof(left_))
             return U64Bitmask(left_).nextBitId(BitId(BitId::null()));
         else
-            return BitId(left_ == 0 ? BitId::null()
-                                    : static_cast<Vel::U8>(std::countr_zero(left_)));
+            return BitId(static_cast<Vel::U8>(std::countr_zero(left_)));
     }
 
-    Vel::U64 left_; // the members behind the one it stands on
-    BitId current_{BitId::null()};
-    bool finished_ = false;
+    Vel::U64 left_; // the member it stands on, and those behind it
 };
 
 } // namespace Orn
