@@ -34,6 +34,9 @@ public:
     static constexpr U32 mostWithoutTable = 8;
     static constexpr U32 mostInTable = 16;
 
+    // So many members show which bits of the fold all share.
+    static constexpr U32 enoughToTell = mostInTable;
+
     // Where a walk stands, so that it need not look up where it is: good until the map changes.
     class Place {
     public:
@@ -216,6 +219,9 @@ private:
     // Makes a table or an index of too full a bucket.
     template <class Ops>
     void divide(const Ops& ops, Bucket& bucket, BucketTable* table) noexcept;
+    // Lets a table of the first members, enoughToTell, go over bits in which they differ. None of its buckets leads.
+    template <class Ops>
+    static void skipSharedBits(const Ops& ops, BucketTable& table) noexcept;
     template <class Ops>
     static bool split(const Ops& ops, BucketTable& table) noexcept;
     template <class Ops>
@@ -356,6 +362,8 @@ MapLink* OrderedBuckets::add(const Ops& ops, U32 fold, MapLink* member) {
         occupied(table, fold);
     else if (Bucket::seats + bucket->standing() > mostInTable)
         divide(ops, *bucket, table);
+    if (table->members == enoughToTell && table->isUntried) [[unlikely]]
+        skipSharedBits(ops, *table);
     constexpr U32 batch = 4;
     if (table->isTight(batch))
         while (table->isTight(0))
@@ -607,6 +615,53 @@ void OrderedBuckets::splitMembers(const Ops& ops, BucketTable& table, Bucket& fr
     if (!to.isEmpty()) table.order.set(bitReverse(table.count_));
 }
 
+// Who was in different buckets still is: each bucket has as many members as before, or fewer. So nobody who has a seat loses
+// it, and plain members stay plain.
+template <class Ops>
+void OrderedBuckets::skipSharedBits(const Ops& ops, BucketTable& table) noexcept {
+    struct Member {
+        MapLink* link;
+        U32 fold;
+    };
+
+    table.isUntried = false;
+    Member all[enoughToTell];
+    U32 positions[enoughToTell];
+    U32 count = 0;
+    U32 buckets = 0;
+    U32 differ = 0;
+    const auto gather = [&](MapLink* link, U32 fold) {
+        all[count++] = {link, fold};
+        differ |= fold ^ all[0].fold;
+    };
+    U32 position = 0;
+    for (bool found = table.order.first(position); found; found = table.order.after(position)) {
+        positions[buckets++] = position;
+        const Bucket& bucket = table.atPosition(position);
+        for (U32 seat = 0; seat < bucket.seated(); ++seat)
+            gather(bucket.member(seat), bucket.fold(seat));
+        if (bucket.hasMore())
+            for (MapLink* at = bucket.member(Bucket::seats - 1)->next_; at != nullptr;
+                 at = at->next_)
+                gather(at, ops.fold(at));
+    }
+    if (differ == 0 || (differ & 1) != 0) return;
+    for (U32 i = 0; i < buckets; ++i) {
+        Bucket& bucket = table.atPosition(positions[i]);
+        if (bucket.hasMore())
+            for (MapLink* at = bucket.member(Bucket::seats - 1); at != nullptr;)
+                at = std::exchange(at->next_, nullptr);
+        bucket.clear();
+        table.order.clear(positions[i]);
+    }
+    table.startAt(all[0].fold, static_cast<unsigned>(std::countr_zero(differ)));
+    for (const Member& member : all) {
+        Bucket& bucket = table.at(member.fold);
+        if (bucket.isEmpty()) table.order.set(table.bucketPosition(member.fold));
+        addToBucket(ops, bucket, member.link, member.fold);
+    }
+}
+
 template <class Ops>
 void OrderedBuckets::reserve(const Ops& ops, U32 members) {
     if (size_ == 0 && members <= mostWithoutTable) {
@@ -626,6 +681,7 @@ void OrderedBuckets::reserve(const Ops& ops, U32 members) {
     if (root_.isEqual()) return; // an index needs no room
     BucketTable* const table = BucketTable::make(0, 0, count);
     if (table == nullptr) throw std::bad_alloc();
+    table->isUntried = true;
     if (size_ == 0) clear();
     ++changes_;
     const Bucket old = root_;
