@@ -3,7 +3,7 @@
 // Shape:   a map is one bucket (Bucket). Up to eight members need no more; else it leads to a table of buckets
 //          (BucketTable), and a bucket in a table that outgrows sixteen leads to a table of its own, over the bits in which
 //          its members differ. Members that differ in no bit get an index (EqualHashes). So neither strides nor hostile
-//          keys make a long chain.
+//          keys make a long chain. Reserved room finds its bits when the first members are there.
 // Order:   ascending reversed hash, then keyLessThan, whatever the shape.
 // Links:   a member has a next only behind the last seat of a full bucket, and in an index.
 // Counts:  each member here is counted once; links move without touching counts.
