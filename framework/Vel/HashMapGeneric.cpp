@@ -1,37 +1,10 @@
 #include <Vel/HashMapGeneric.h>
 
 #include <Vel/Assert.h>
-#include <Vel/bitReverse.h>
 
 namespace Vel {
 
-namespace {
-
-// What the buckets must know of members, asked of the vtable.
-class VTableOps {
-public:
-    static constexpr bool hasPlainMembers = false;
-
-    explicit VTableOps(const HashMapVTableGeneric& vtable) noexcept : vtable_(&vtable) {}
-
-    U32 fold(const MapLink* member) const { return bitReverse(vtable_->hash(member)); }
-
-    bool isLess(const MapLink* a, const MapLink* b) const {
-        return vtable_->keyLessThan(nullptr, b, a);
-    }
-
-    // Without a key at hand: neither orders before the other.
-    bool isEqual(const MapLink* a, const MapLink* b) const {
-        return !isLess(a, b) && !isLess(b, a);
-    }
-
-    const HashMapVTableGeneric& vtable() const noexcept { return *vtable_; }
-
-private:
-    const HashMapVTableGeneric* vtable_;
-};
-
-} // namespace
+using detail::VTableOps;
 
 HashMapGeneric::HashMapGeneric(unsigned initialSize, const HashMapVTableGeneric& vtable)
     : vtable_(&vtable) {

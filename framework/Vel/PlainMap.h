@@ -86,7 +86,9 @@ template <class KeyType>
         }
 
         // How many broken invariants the map can see in itself. O(count).
-        unsigned auditErrors() const noexcept { return buckets_.auditErrors(Ops()); }
+        unsigned auditErrors() const noexcept {
+            return buckets_.auditErrors(detail::VTableOps(Ops().vtable()));
+        }
 
         // Bytes that the map holds beside itself; the objects of crowded members not counted.
         std::size_t heapBytes() const noexcept { return buckets_.heapBytes(); }

@@ -23,6 +23,7 @@
 #include <Vel/detail/BucketTable.h>
 #include <Vel/detail/EqualHashes.h>
 #include <Vel/detail/PlainMember.h>
+#include <Vel/detail/VTableOps.h>
 #include <new>
 #include <utility>
 
@@ -150,8 +151,7 @@ public:
     // Drops every member; the map is empty before the first of them learns of it.
     void clear() noexcept;
 
-    template <class Ops>
-    unsigned auditErrors(const Ops& ops) const noexcept;
+    unsigned auditErrors(const VTableOps& ops) const noexcept;
 
     // What the map holds besides itself and its members, in bytes; an index's tree as the standard library's lays it out.
     // O(buckets).
@@ -199,8 +199,7 @@ private:
     // Counts a member of `bucket` down.
     inline void removed(BucketTable* table, const Bucket* bucket, U32 fold) noexcept;
     // Puts a table before what the bucket leads to, so that `fold` finds a place beside it.
-    template <class Ops>
-    void divert(const Ops& ops, Bucket& bucket, BucketTable* table, U32 fold);
+    void divert(const VTableOps& ops, Bucket& bucket, BucketTable* table, U32 fold);
     // Before a full bucket gets one member more. Returns what is to be added in the place of `member`.
     template <class Ops>
     static MapLink* embody(const Ops& ops, Bucket& bucket, U32 fold, MapLink* member);
@@ -217,21 +216,18 @@ private:
     template <class Ops>
     static bool removeFromEqual(const Ops& ops, Bucket& bucket, MapLink* member) noexcept;
     // Makes a table or an index of too full a bucket.
-    template <class Ops>
-    void divide(const Ops& ops, Bucket& bucket, BucketTable* table) noexcept;
+    void divide(const VTableOps& ops, Bucket& bucket, BucketTable* table) noexcept;
     // Lets a table of the first members, enoughToTell, go over bits in which they differ. None of its buckets leads.
-    template <class Ops>
-    static void skipSharedBits(const Ops& ops, BucketTable& table) noexcept;
+    static void skipSharedBits(const VTableOps& ops, BucketTable& table) noexcept;
     template <class Ops>
     static bool split(const Ops& ops, BucketTable& table) noexcept;
     template <class Ops>
     static void splitMembers(const Ops& ops, BucketTable& table, Bucket& from, Bucket& to,
                              U32 bit) noexcept;
-    template <class Ops>
-    static unsigned auditTable(const Ops& ops, const BucketTable* table, U32& members) noexcept;
-    template <class Ops>
-    static unsigned auditBucket(const Ops& ops, const Bucket& bucket, U32 fold, unsigned depth,
-                                U32& members) noexcept;
+    static unsigned auditTable(const VTableOps& ops, const BucketTable* table,
+                               U32& members) noexcept;
+    static unsigned auditBucket(const VTableOps& ops, const Bucket& bucket, U32 fold,
+                                unsigned depth, U32& members) noexcept;
 
     Bucket root_;
     U32 size_ = 0;
@@ -338,7 +334,7 @@ MapLink* OrderedBuckets::add(const Ops& ops, U32 fold, MapLink* member) {
     Bucket* bucket = &root_;
     while (bucket->leads()) {
         if (bucket->sub().differs(fold) != 0) [[unlikely]]
-            divert(ops, *bucket, table, fold);
+            divert(VTableOps(ops.vtable()), *bucket, table, fold);
         if (!bucket->isTable()) break;
         table = bucket->table();
         bucket = &table->at(fold);
@@ -354,16 +350,17 @@ MapLink* OrderedBuckets::add(const Ops& ops, U32 fold, MapLink* member) {
         return replaced;
     ++size_;
     if (table == nullptr) {
-        if (Bucket::seats + bucket->standing() > mostWithoutTable) divide(ops, *bucket, nullptr);
+        if (Bucket::seats + bucket->standing() > mostWithoutTable)
+            divide(VTableOps(ops.vtable()), *bucket, nullptr);
         return nullptr;
     }
     ++table->members;
     if (wasEmpty)
         occupied(table, fold);
     else if (Bucket::seats + bucket->standing() > mostInTable)
-        divide(ops, *bucket, table);
+        divide(VTableOps(ops.vtable()), *bucket, table);
     if (table->members == enoughToTell && table->isUntried) [[unlikely]]
-        skipSharedBits(ops, *table);
+        skipSharedBits(VTableOps(ops.vtable()), *table);
     constexpr U32 batch = 4;
     if (table->isTight(batch))
         while (table->isTight(0))
@@ -487,84 +484,6 @@ void OrderedBuckets::visitAll(const BucketTable& table, const Visit& visit) {
         visitAll(*child, visit);
 }
 
-template <class Ops>
-void OrderedBuckets::seat(const Ops& ops, Bucket& bucket, MapLink* chain) noexcept {
-    bucket.clear();
-    while (chain != nullptr && bucket.seated() < Bucket::seats) {
-        MapLink* const member = std::exchange(chain, chain->next_);
-        member->next_ = nullptr;
-        bucket.seatLast(member, ops.fold(member));
-    }
-    if (chain == nullptr) return;
-    bucket.member(Bucket::seats - 1)->next_ = chain;
-    for (; chain != nullptr; chain = chain->next_) bucket.standingInc();
-}
-
-template <class Ops>
-void OrderedBuckets::divide(const Ops& ops, Bucket& bucket, BucketTable* table) noexcept {
-    const U32 fold = bucket.fold(0);
-    U32 differ = 0;
-    U32 length = 0;
-    visit(bucket, [&](const MapLink* at) {
-        differ |= ops.fold(at) ^ fold;
-        ++length;
-    });
-    if (differ == 0) {
-        auto* equal = new (std::nothrow) EqualHashes(ops.vtable(), fold);
-        if (equal == nullptr) return;
-        try {
-            visit(bucket, [&](MapLink* at) { equal->places_.insert(equal->places_.end(), at); });
-        } catch (const std::bad_alloc&) {
-            delete equal;
-            return;
-        }
-        equal->head_ = chained(bucket);
-        bucket.equalIs(equal);
-        return;
-    }
-    const auto shift = static_cast<unsigned>(std::countr_zero(differ));
-    BucketTable* child =
-        BucketTable::make(fold, shift, std::bit_ceil(BucketTable::bucketsFor(length)));
-    if (child == nullptr) return;
-    // In order, so members of one bucket come one after another.
-    for (MapLink* run = chained(bucket); run != nullptr;) {
-        const U32 place = child->place(ops.fold(run));
-        MapLink* last = run;
-        while (last->next_ != nullptr && child->place(ops.fold(last->next_)) == place)
-            last = last->next_;
-        MapLink* const following = std::exchange(last->next_, nullptr);
-        seat(ops, child->bucketAt(place), run);
-        child->order.set(bitReverse(place));
-        run = following;
-    }
-    child->members = length;
-    if (table != nullptr) {
-        table->members -= length;
-        table->childIs(child);
-    }
-    bucket.tableIs(child);
-}
-
-template <class Ops>
-void OrderedBuckets::divert(const Ops& ops, Bucket& bucket, BucketTable* table, U32 fold) {
-    const auto shift = static_cast<unsigned>(std::countr_zero(bucket.sub().differs(fold)));
-    BucketTable* const before = BucketTable::make(fold, shift, 1);
-    if (before == nullptr) throw std::bad_alloc();
-    const Bucket old = bucket;
-    before->bucketAt(0) = old;
-    if (!isVacant(old)) before->order.set(0);
-    if (old.isTable()) {
-        if (table != nullptr) table->childDel(old.table());
-        before->childIs(old.table());
-    } else {
-        before->members = static_cast<U32>(old.equal()->size());
-        if (table != nullptr) table->members -= before->members;
-    }
-    if (table != nullptr) table->childIs(before);
-    bucket.tableIs(before);
-    while (before->count() < 4 && split(ops, *before)) {}
-}
-
 // ---------------------------------------------------------------------------------- growing
 
 template <class Ops>
@@ -615,51 +534,17 @@ void OrderedBuckets::splitMembers(const Ops& ops, BucketTable& table, Bucket& fr
     if (!to.isEmpty()) table.order.set(bitReverse(table.count_));
 }
 
-// Who was in different buckets still is: each bucket has as many members as before, or fewer. So nobody who has a seat loses
-// it, and plain members stay plain.
 template <class Ops>
-void OrderedBuckets::skipSharedBits(const Ops& ops, BucketTable& table) noexcept {
-    struct Member {
-        MapLink* link;
-        U32 fold;
-    };
-
-    table.isUntried = false;
-    Member all[enoughToTell];
-    U32 positions[enoughToTell];
-    U32 count = 0;
-    U32 buckets = 0;
-    U32 differ = 0;
-    const auto gather = [&](MapLink* link, U32 fold) {
-        all[count++] = {link, fold};
-        differ |= fold ^ all[0].fold;
-    };
-    U32 position = 0;
-    for (bool found = table.order.first(position); found; found = table.order.after(position)) {
-        positions[buckets++] = position;
-        const Bucket& bucket = table.atPosition(position);
-        for (U32 seat = 0; seat < bucket.seated(); ++seat)
-            gather(bucket.member(seat), bucket.fold(seat));
-        if (bucket.hasMore())
-            for (MapLink* at = bucket.member(Bucket::seats - 1)->next_; at != nullptr;
-                 at = at->next_)
-                gather(at, ops.fold(at));
+void OrderedBuckets::seat(const Ops& ops, Bucket& bucket, MapLink* chain) noexcept {
+    bucket.clear();
+    while (chain != nullptr && bucket.seated() < Bucket::seats) {
+        MapLink* const member = std::exchange(chain, chain->next_);
+        member->next_ = nullptr;
+        bucket.seatLast(member, ops.fold(member));
     }
-    if (differ == 0 || (differ & 1) != 0) return;
-    for (U32 i = 0; i < buckets; ++i) {
-        Bucket& bucket = table.atPosition(positions[i]);
-        if (bucket.hasMore())
-            for (MapLink* at = bucket.member(Bucket::seats - 1); at != nullptr;)
-                at = std::exchange(at->next_, nullptr);
-        bucket.clear();
-        table.order.clear(positions[i]);
-    }
-    table.startAt(all[0].fold, static_cast<unsigned>(std::countr_zero(differ)));
-    for (const Member& member : all) {
-        Bucket& bucket = table.at(member.fold);
-        if (bucket.isEmpty()) table.order.set(table.bucketPosition(member.fold));
-        addToBucket(ops, bucket, member.link, member.fold);
-    }
+    if (chain == nullptr) return;
+    bucket.member(Bucket::seats - 1)->next_ = chain;
+    for (; chain != nullptr; chain = chain->next_) bucket.standingInc();
 }
 
 template <class Ops>
@@ -795,93 +680,6 @@ bool OrderedBuckets::removeFromEqual(const Ops& ops, Bucket& bucket, MapLink* me
     seat(ops, bucket, equal->head_);
     delete equal;
     return true;
-}
-
-// ---------------------------------------------------------------------------------- auditing
-
-template <class Ops>
-unsigned OrderedBuckets::auditErrors(const Ops& ops) const noexcept {
-    U32 members = 0;
-    unsigned errors = 0;
-    if (root_.isTable())
-        errors += auditTable(ops, root_.table(), members);
-    else
-        errors += auditBucket(ops, root_, 0, 0, members);
-    errors += members != size_;
-    Place place;
-    U32 walked = 0;
-    U32 beforeFold = 0;
-    const MapLink* before = nullptr;
-    for (const MapLink* at = first(place); at != nullptr && walked <= size_; ++walked) {
-        const U32 fold = place.fold(ops, at);
-        if (walked != 0)
-            errors +=
-                !(fold == beforeFold ? ops.isLess(before, at) : hashesBelow(beforeFold, fold));
-        beforeFold = fold;
-        before = at;
-        at = behind(place, at);
-    }
-    errors += walked != size_;
-    return errors;
-}
-
-template <class Ops>
-unsigned OrderedBuckets::auditTable(const Ops& ops, const BucketTable* table,
-                                    U32& members) noexcept {
-    unsigned errors = table->order.auditErrors();
-    U32 own = 0;
-    for (U32 place = 0; place < table->count_; ++place) {
-        const Bucket& bucket = table->bucketAt(place);
-        const U32 fold = place << table->shift() | table->prefix();
-        errors += table->place(fold) != place;
-        if (bucket.isTable()) {
-            const BucketTable* const child = bucket.table();
-            const bool owner = table->place(child->prefix()) == place;
-            errors += child->parent != table;
-            errors += table->order.has(bitReverse(place)) != (owner && !child->order.empty());
-            if (owner) errors += auditTable(ops, child, members);
-        } else {
-            errors += table->order.has(bitReverse(place)) == bucket.isEmpty();
-            errors += auditBucket(ops, bucket, fold, table->depth(fold), own);
-        }
-    }
-    members += own;
-    return errors + (own != table->members);
-}
-
-template <class Ops>
-unsigned OrderedBuckets::auditBucket(const Ops& ops, const Bucket& bucket, U32 fold, unsigned depth,
-                                     U32& members) noexcept {
-    unsigned errors = 0;
-    U32 length = 0;
-    const auto look = [&](const MapLink* at, U32 foldOfAt) {
-        errors += ((foldOfAt ^ fold) & SubBuckets::lowBits(depth)) != 0;
-        ++length;
-        if (PlainMember::is(at)) return;
-        errors += at->references() == 0;
-        errors += ops.fold(at) != foldOfAt;
-    };
-    if (bucket.isEqual()) {
-        const EqualHashes& equal = *bucket.equal();
-        for (const MapLink* at = equal.head(); at != nullptr; at = at->next_)
-            look(at, equal.prefix());
-        errors += equal.size() != length;
-    } else {
-        for (U32 seat = 0; seat < bucket.seated(); ++seat) {
-            const MapLink* const at = bucket.member(seat);
-            look(at, bucket.fold(seat));
-            const bool isLast = seat == Bucket::seats - 1;
-            const MapLink* const next = PlainMember::is(at) ? nullptr : at->next_;
-            errors += (next != nullptr) != (isLast && bucket.hasMore());
-            errors += PlainMember::is(at) && bucket.hasMore();
-            for (const MapLink* stands = next; stands != nullptr; stands = stands->next_)
-                look(stands, ops.fold(stands));
-        }
-        errors += bucket.hasMore() && bucket.seated() != Bucket::seats;
-        errors += length != bucket.seated() + bucket.standing();
-    }
-    members += length;
-    return errors;
 }
 
 } // namespace Vel::detail
