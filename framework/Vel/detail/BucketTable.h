@@ -14,8 +14,6 @@
 #include <Vel/bitReverse.h>
 #include <Vel/detail/Bucket.h>
 #include <Vel/detail/BucketOrder.h>
-#include <algorithm>
-#include <bit>
 #include <cstddef>
 
 namespace Vel::detail {
@@ -79,12 +77,6 @@ public:
         return sizeof(*this) + capacity_ * sizeof(Line) + order.heapBytes();
     }
 
-    // Nobody is here: lets the buckets go over the bits from `shift` on, or from as far on as these are enough for them.
-    void startAt(U32 fold, unsigned shift) noexcept {
-        SubBuckets::startAt(
-            fold, std::min(shift, allBits - static_cast<unsigned>(std::bit_width(count_ - 1))));
-    }
-
     // Lists a table that one of the buckets leads to; the list owns it.
     void childIs(BucketTable* child) noexcept;
     void childDel(BucketTable* child) noexcept;
@@ -94,8 +86,6 @@ public:
     BucketTable* nextSibling = nullptr;
     BucketTable* previousSibling = nullptr;
     U32 members = 0; // in chains and indexes of this table's own buckets
-    bool isUntried =
-        false; // made before there was a member: it may go over bits that all of them share
     BucketOrder order;
 
 private:

@@ -3,7 +3,7 @@
 // Shape:   a map is one bucket (Bucket). Up to eight members need no more; else it leads to a table of buckets
 //          (BucketTable), and a bucket in a table that outgrows sixteen leads to a table of its own, over the bits in which
 //          its members differ. Members that differ in no bit get an index (EqualHashes). So neither strides nor hostile
-//          keys make a long chain. Reserved room finds its bits when the first members are there.
+//          keys make a long chain.
 // Order:   ascending reversed hash, then keyLessThan, whatever the shape.
 // Links:   a member has a next only behind the last seat of a full bucket, and in an index.
 // Counts:  each member here is counted once; links move without touching counts.
@@ -34,9 +34,6 @@ public:
     // The most members of one bucket: of a map that has no table, and of a table's.
     static constexpr U32 mostWithoutTable = 8;
     static constexpr U32 mostInTable = 16;
-
-    // So many members show which bits of the fold all share.
-    static constexpr U32 enoughToTell = mostInTable;
 
     // Where a walk stands, so that it need not look up where it is: good until the map changes.
     class Place {
@@ -217,8 +214,6 @@ private:
     static bool removeFromEqual(const Ops& ops, Bucket& bucket, MapLink* member) noexcept;
     // Makes a table or an index of too full a bucket.
     void divide(const VTableOps& ops, Bucket& bucket, BucketTable* table) noexcept;
-    // Lets a table of the first members, enoughToTell, go over bits in which they differ. None of its buckets leads.
-    static void skipSharedBits(const VTableOps& ops, BucketTable& table) noexcept;
     template <class Ops>
     static bool split(const Ops& ops, BucketTable& table) noexcept;
     template <class Ops>
@@ -359,8 +354,6 @@ MapLink* OrderedBuckets::add(const Ops& ops, U32 fold, MapLink* member) {
         occupied(table, fold);
     else if (Bucket::seats + bucket->standing() > mostInTable)
         divide(VTableOps(ops.vtable()), *bucket, table);
-    if (table->members == enoughToTell && table->isUntried) [[unlikely]]
-        skipSharedBits(VTableOps(ops.vtable()), *table);
     constexpr U32 batch = 4;
     if (table->isTight(batch))
         while (table->isTight(0))
@@ -566,7 +559,6 @@ void OrderedBuckets::reserve(const Ops& ops, U32 members) {
     if (root_.isEqual()) return; // an index needs no room
     BucketTable* const table = BucketTable::make(0, 0, count);
     if (table == nullptr) throw std::bad_alloc();
-    table->isUntried = true;
     if (size_ == 0) clear();
     ++changes_;
     const Bucket old = root_;
