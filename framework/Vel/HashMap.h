@@ -2,7 +2,7 @@
 //
 // Entry:   derives from MapLink and has fwkKey(); MapMember.h shows the kinds.
 // Copying: clones every member: one object cannot be in two maps. Only for entries that can be copied.
-// Speed:   hash and comparison are compiled in; nothing is asked of the vtable, but to index many equal hashes.
+// Speed:   hash and comparison are compiled in; the vtable is asked where a bucket is divided, and by audits.
 #pragma once
 
 #include <Vel/HashMapGeneric.h>

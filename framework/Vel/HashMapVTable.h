@@ -3,7 +3,7 @@
 // Slots:     hash, keyEquals, keyLessThan, setNext, in this order from the first slot of the virtual table.
 // Instances: one for each pair of entry and key type, constant, never destroyed.
 // Threads:   holds no state; any thread may call it.
-// Cost:      HashMap, which knows the types, comes here only to index many equal hashes.
+// Cost:      HashMap, which knows the types, comes here only to divide a bucket, to index many equal hashes, and to audit.
 #pragma once
 
 #include <Vel/Export.h>
