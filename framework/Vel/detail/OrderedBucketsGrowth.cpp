@@ -1,7 +1,6 @@
 // How buckets divide and tables get their bits: rare enough for one code for all maps, which asks the vtable.
 #include <Vel/detail/OrderedBuckets.h>
 
-#include <algorithm>
 #include <bit>
 #include <new>
 #include <utility>
