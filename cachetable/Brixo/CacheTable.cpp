@@ -3,6 +3,8 @@
 #include <Brixo/RegionLayout.h>
 #include <Ferrolog/Trace.h>
 #include <Vel/Assert.h>
+#include <Vel/KeyHash.h>
+#include <Vel/SharedBits.h>
 #include <Vel/TraceHandle.h>
 #include <Vel/format.h>
 #include <Vel/traceHelper.h>
@@ -40,6 +42,8 @@ const char* ownerName() {
     const char* name = std::getenv("AGENT_PROCESS_NAME");
     return name != nullptr ? name : "@BrixoCacheTable";
 }
+
+bool isUnused(DeviceOffset key) { return key.value() == RegionLayout::unusedKeyWord; }
 
 } // namespace
 
@@ -105,20 +109,36 @@ void CacheTable::doRestart() {
     keyToIndexDelAll();
     freeIndexDelAll();
     // Either may come to hold every slot; room that nobody takes is not touched.
-    keyToIndex_.reserve(size_);
     freeIndex_.reserve(size_);
+    // Registers lie some bytes apart: what their addresses share is known before the first is placed. Most other keys show
+    // at once that they share nothing.
+    Vel::SharedBits shared;
+    U32 looked = 0;
+    for (; looked < size_ && shared.bits() != 0; ++looked) {
+        const DeviceOffset key = keyAt(looked);
+        if (isUnused(key))
+            freeIndex_.add(looked, true);
+        else
+            shared.add(keyFold(key));
+    }
+    keyToIndex_.reserve(size_, shared);
+    if (shared.keys() != 0) recoverSlots(looked);
+    VEL_ASSERT_AS("keyToIndexs() + freeIndexs() == size()", keyToIndexs() + freeIndexs() == size(),
+                  keyToIndexs(), freeIndexs(), size());
+}
+
+// Free ones below `looked` are known already.
+void CacheTable::recoverSlots(U32 looked) {
     // So far ahead is fetched where keys will go.
     constexpr U32 ahead = 16;
     for (U32 index = 0; index < size_; ++index) {
         if (index + ahead < size_) keyToIndex_.fetch(keyAt(index + ahead));
         const DeviceOffset key = keyAt(index);
-        if (key.value() == RegionLayout::unusedKeyWord)
-            freeIndex_.add(index, true);
-        else
+        if (!isUnused(key))
             recoverSlot(index, key);
+        else if (index >= looked)
+            freeIndex_.add(index, true);
     }
-    VEL_ASSERT_AS("keyToIndexs() + freeIndexs() == size()", keyToIndexs() + freeIndexs() == size(),
-                  keyToIndexs(), freeIndexs(), size());
 }
 
 // The key word alone decides; the data are never looked at.

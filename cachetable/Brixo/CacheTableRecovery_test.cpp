@@ -4,8 +4,10 @@
 #include <Brixo/testing/Child.h>
 #include <Brixo/testing/RegionFolder.h>
 #include <Brixo/testing/Tables.h>
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <map>
+#include <string>
 #include <vector>
 
 namespace Brixo {
@@ -115,6 +117,35 @@ TEST_F(CacheTableRecovery, LeavesADuplicateKeyToItsLowestSlot) {
                                         {15, "g"},
                                         {unused, "h"}}))
         << "the key word alone is wiped";
+}
+
+// Keys that share low bits up to some slot, with free slots and duplicates before and behind it.
+TEST_F(CacheTableRecovery, FindsEveryKeyWhateverTheyShare) {
+    constexpr U32 slots = 600;
+    for (const U32 stride : {1U, 4U, 4096U}) {
+        for (const U32 stray : {0U, 1U, 300U, slots}) {
+            SCOPED_TRACE(std::to_string(stride) + ", " + std::to_string(stray));
+            std::string bytes = formattedRegion({});
+            std::map<U32, U32> used; // slot of each key
+            Slots free;
+            for (U32 slot = 0; slot < slots; ++slot) {
+                const bool isFree = slot % 5 == 4;
+                const U32 keyWord = (slot % 7 == 6 ? slot - 2 : slot) * stride + (slot == stray);
+                bytes += word(isFree ? unused : keyWord) + "d";
+                if (isFree || !used.emplace(keyWord, slot).second) free.push_back(slot);
+            }
+            regions.clear();
+            regions.put(regionName, bytes);
+            const Vel::Ptr<CacheTable> table = openTable(slots, 1);
+            EXPECT_EQ(table->auditErrors(9), 0u);
+            Pairs found = usedSlots(*table);
+            std::ranges::sort(found);
+            EXPECT_EQ(found, Pairs(used.begin(), used.end()));
+            Slots foundFree = freeSlots(*table);
+            std::ranges::sort(foundFree);
+            EXPECT_EQ(foundFree, free);
+        }
+    }
 }
 
 TEST_F(CacheTableRecovery, BringsADeletedEntryBack) {

@@ -87,10 +87,15 @@ protected:
 INSTANTIATE_TEST_SUITE_P(Families, HashMapOf, testing::ValuesIn(families),
                          [](const auto& family) { return std::string(family.param.name); });
 
-TEST_P(HashMapOf, AgreesWithAModel) {
+// With room from the start or without.
+void agreeWithAModel(Key (*keyOf)(U32 number), U32 room) {
     const auto before = [](const Key& a, const Key& b) { return Map::ordersBefore(a, b); };
+    const auto insert = [&](Map& map, U32 number) {
+        map.insert(*Ptr<Member>(new Member(keyOf(number), number)));
+    };
     std::map<Key, U32, decltype(before)> model(before);
     Map map;
+    map.reserve(room);
     const U32 seed = 20261121;
     SCOPED_TRACE("seed " + std::to_string(seed));
     auto random = [engine = std::mt19937(seed)]() mutable { return static_cast<U32>(engine()); };
@@ -135,6 +140,10 @@ TEST_P(HashMapOf, AgreesWithAModel) {
     EXPECT_EQ(map.first(), nullptr);
     EXPECT_EQ(map.size(), 0u);
 }
+
+TEST_P(HashMapOf, AgreesWithAModel) { agreeWithAModel(GetParam().key, 0); }
+
+TEST_P(HashMapOf, AgreesWithAModelInReservedRoom) { agreeWithAModel(GetParam().key, 6000); }
 
 TEST_P(HashMapOf, AWalkGoesOnWhateverElseChanges) {
     const auto before = [](const Key& a, const Key& b) { return Map::ordersBefore(a, b); };
@@ -284,19 +293,47 @@ TEST(HashMap, UpToEightMembersNeedNoMemoryBesideThem) {
 }
 
 TEST(HashMap, ReservedRoomIsUsedAndGivenBack) {
+    for (const U32 stride : {1U, 4U, 16U}) {
+        SCOPED_TRACE("stride " + std::to_string(stride));
+        Map map;
+        map.reserve(10'000);
+        const std::size_t bytes = map.heapBytes();
+        EXPECT_GT(bytes, 10'000 * sizeof(void*));
+        for (U32 number = 0; number < 10'000; ++number)
+            map.insert(*Ptr<Member>(new Member(Key{number * stride}, number)));
+        EXPECT_EQ(map.heapBytes(), bytes) << "inserting did not grow the map";
+        map.reserve(0);
+        EXPECT_EQ(map.heapBytes(), bytes) << "a map with members keeps what it has";
+        map.emptyAllBuckets();
+        map.reserve(10'000);
+        map.reserve(8);
+        EXPECT_EQ(map.heapBytes(), 0u);
+    }
+}
+
+TEST(HashMap, ReservedRoomSkipsTheBitsThatItsFirstMembersShare) {
     Map map;
     map.reserve(10'000);
-    const std::size_t bytes = map.heapBytes();
-    EXPECT_GT(bytes, 10'000 * sizeof(void*));
-    for (U32 number = 0; number < 10'000; ++number)
+    const auto insert = [&](U32 number) {
         map.insert(*Ptr<Member>(new Member(Key{number}, number)));
-    EXPECT_EQ(map.heapBytes(), bytes) << "inserting did not grow the map";
-    map.reserve(0);
-    EXPECT_EQ(map.heapBytes(), bytes) << "a map with members keeps what it has";
-    map.emptyAllBuckets();
-    map.reserve(10'000);
-    map.reserve(8);
-    EXPECT_EQ(map.heapBytes(), 0u);
+        ASSERT_EQ(map.auditErrors(9), 0u) << number;
+    };
+    for (U32 number = 0; number < 80; ++number) insert(8 * number + 3);
+    for (U32 number = 0; number < 640; ++number)
+        if (number % 8 != 3) insert(number);
+    U32 walked = 0;
+    U32 last = 0;
+    for (const Member& member : map) {
+        EXPECT_TRUE(walked++ == 0 || Map::ordersBefore(Key{last}, member.key()));
+        last = member.value();
+    }
+    EXPECT_EQ(walked, 640u);
+    for (U32 number = 0; number < 640; ++number) EXPECT_NE(map.find(Key{number}), nullptr);
+    for (U32 number = 0; number < 640; ++number) {
+        map.remove(*map.find(Key{number}));
+        ASSERT_EQ(map.auditErrors(9), 0u) << number;
+    }
+    EXPECT_EQ(map.size(), 0u);
 }
 
 TEST(HashMap, ReservingLaterKeepsTheMembers) {

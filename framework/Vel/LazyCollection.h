@@ -16,6 +16,7 @@
 #include <Vel/KeyHash.h>
 #include <Vel/KeyedCollection.h>
 #include <Vel/Ptr.h>
+#include <Vel/SharedBits.h>
 #include <iterator>
 #include <utility>
 
@@ -134,6 +135,13 @@ public:
 
     // Room for so many members at once: creating them then does not grow the store.
     void reserve(U32 members) { store_.reserve(members); }
+
+    // The same, where something is known of the keys that will come to an empty collection.
+    void reserve(U32 members, const SharedBits& shared) requires requires(Store store) {
+        store.reserve(members, shared);
+    }
+
+    { store_.reserve(members, shared); }
 
     U32 count() const noexcept { return store_.count() + objects_.count(); }
 

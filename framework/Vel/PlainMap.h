@@ -14,6 +14,7 @@
 #include <Vel/Integers.h>
 #include <Vel/KeyHash.h>
 #include <Vel/MapMember.h>
+#include <Vel/SharedBits.h>
 #include <Vel/bitReverse.h>
 #include <Vel/detail/OrderedBuckets.h>
 #include <Vel/detail/PlainMember.h>
@@ -76,8 +77,10 @@ template <class KeyType>
 
         void clear() noexcept { buckets_.clear(); }
 
-        // Room for so many members at once.
-        void reserve(U32 members) { buckets_.reserve(Ops(), members); }
+        // Room for so many members at once. `shared` may say what is known of the keys that will come to an empty map.
+        void reserve(U32 members, const SharedBits& shared = SharedBits()) {
+            buckets_.reserve(Ops(), members, shared);
+        }
 
         Cursor first() const noexcept { return Cursor(*this); }
 

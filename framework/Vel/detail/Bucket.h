@@ -47,6 +47,12 @@ public:
 protected:
     ~SubBuckets() = default;
 
+    // Nobody is here.
+    void startAt(U32 fold, unsigned shift) noexcept {
+        shift_ = shift;
+        prefix_ = fold & lowBits(shift);
+    }
+
 private:
     unsigned shift_;
     U32 prefix_;

@@ -11,9 +11,12 @@
 
 #include <Vel/Export.h>
 #include <Vel/Integers.h>
+#include <Vel/SharedBits.h>
 #include <Vel/bitReverse.h>
 #include <Vel/detail/Bucket.h>
 #include <Vel/detail/BucketOrder.h>
+#include <algorithm>
+#include <bit>
 #include <cstddef>
 
 namespace Vel::detail {
@@ -77,6 +80,18 @@ public:
         return sizeof(*this) + capacity_ * sizeof(Line) + order.heapBytes();
     }
 
+    // Nobody is here: lets the buckets go over the bits that `shared` does not share, or over as many below as they need.
+    void startBehind(const SharedBits& shared) noexcept {
+        const auto needed = static_cast<unsigned>(std::bit_width(count_ - 1));
+        startAt(shared.fold(), std::min(shared.bits(), allBits - needed));
+    }
+
+    // Whether the first few keys tell that the others share these bits, too. A walk of another map gives its keys in an order
+    // in which the first 64 share low bits whatever the others are: all but the highest six.
+    bool mayStartBehind(const SharedBits& shared) const noexcept {
+        return shared.bits() + 7 < static_cast<unsigned>(std::bit_width(count_));
+    }
+
     // Lists a table that one of the buckets leads to; the list owns it.
     void childIs(BucketTable* child) noexcept;
     void childDel(BucketTable* child) noexcept;
@@ -85,7 +100,8 @@ public:
     BucketTable* firstChild = nullptr;
     BucketTable* nextSibling = nullptr;
     BucketTable* previousSibling = nullptr;
-    U32 members = 0; // in chains and indexes of this table's own buckets
+    U32 members = 0;            // in chains and indexes of this table's own buckets
+    bool awaitsMembers = false; // before it settles which bits it goes over
     BucketOrder order;
 
 private:

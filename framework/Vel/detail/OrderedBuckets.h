@@ -35,6 +35,9 @@ public:
     static constexpr U32 mostWithoutTable = 8;
     static constexpr U32 mostInTable = 16;
 
+    // So many members tell by their low bits what others will be like.
+    static constexpr U32 enoughToTell = 64;
+
     // Where a walk stands, so that it need not look up where it is: good until the map changes.
     class Place {
     public:
@@ -140,10 +143,10 @@ public:
         visitAll(root_, visit);
     }
 
-    // Room for so many members; an empty map gives back what it had beyond that. Throws std::bad_alloc and changes
-    // nothing.
+    // Room for so many members; an empty map gives back what it had beyond that. `shared` is known of the keys that will
+    // come to an empty map. Throws std::bad_alloc and changes nothing.
     template <class Ops>
-    void reserve(const Ops& ops, U32 members);
+    void reserve(const Ops& ops, U32 members, const SharedBits& shared = SharedBits());
 
     // Drops every member; the map is empty before the first of them learns of it.
     void clear() noexcept;
@@ -214,6 +217,8 @@ private:
     static bool removeFromEqual(const Ops& ops, Bucket& bucket, MapLink* member) noexcept;
     // Makes a table or an index of too full a bucket.
     void divide(const VTableOps& ops, Bucket& bucket, BucketTable* table) noexcept;
+    // Lets a table of the first members, enoughToTell, go over bits in which they differ.
+    static void settle(const VTableOps& ops, BucketTable& table) noexcept;
     template <class Ops>
     static bool split(const Ops& ops, BucketTable& table) noexcept;
     template <class Ops>
@@ -354,6 +359,8 @@ MapLink* OrderedBuckets::add(const Ops& ops, U32 fold, MapLink* member) {
         occupied(table, fold);
     else if (Bucket::seats + bucket->standing() > mostInTable)
         divide(VTableOps(ops.vtable()), *bucket, table);
+    if (table->awaitsMembers && table->members == enoughToTell) [[unlikely]]
+        settle(VTableOps(ops.vtable()), *table);
     constexpr U32 batch = 4;
     if (table->isTight(batch))
         while (table->isTight(0))
@@ -541,7 +548,7 @@ void OrderedBuckets::seat(const Ops& ops, Bucket& bucket, MapLink* chain) noexce
 }
 
 template <class Ops>
-void OrderedBuckets::reserve(const Ops& ops, U32 members) {
+void OrderedBuckets::reserve(const Ops& ops, U32 members, const SharedBits& shared) {
     if (size_ == 0 && members <= mostWithoutTable) {
         clear();
         return;
@@ -559,7 +566,13 @@ void OrderedBuckets::reserve(const Ops& ops, U32 members) {
     if (root_.isEqual()) return; // an index needs no room
     BucketTable* const table = BucketTable::make(0, 0, count);
     if (table == nullptr) throw std::bad_alloc();
-    if (size_ == 0) clear();
+    table->awaitsMembers = shared.keys() < enoughToTell && shared.bits() != 0;
+    if (size_ == 0) {
+        clear();
+        const bool isTold = shared.keys() >= enoughToTell &&
+                            (shared.keys() >= members / 2 || table->mayStartBehind(shared));
+        if (isTold) table->startBehind(shared);
+    }
     ++changes_;
     const Bucket old = root_;
     root_.tableIs(table);

@@ -27,15 +27,10 @@ void OrderedBuckets::divert(const VTableOps& ops, Bucket& bucket, BucketTable* t
 }
 
 void OrderedBuckets::divide(const VTableOps& ops, Bucket& bucket, BucketTable* table) noexcept {
-    const U32 fold = bucket.fold(0);
-    U32 differ = 0;
-    U32 length = 0;
-    visit(bucket, [&](const MapLink* at) {
-        differ |= ops.fold(at) ^ fold;
-        ++length;
-    });
-    if (differ == 0) {
-        auto* equal = new (std::nothrow) EqualHashes(ops.vtable(), fold);
+    SharedBits shared;
+    visit(bucket, [&](const MapLink* at) { shared.add(ops.fold(at)); });
+    if (shared.bits() == SubBuckets::allBits) {
+        auto* equal = new (std::nothrow) EqualHashes(ops.vtable(), shared.fold());
         if (equal == nullptr) return;
         try {
             visit(bucket, [&](MapLink* at) { equal->places_.insert(equal->places_.end(), at); });
@@ -47,9 +42,9 @@ void OrderedBuckets::divide(const VTableOps& ops, Bucket& bucket, BucketTable* t
         bucket.equalIs(equal);
         return;
     }
-    const auto shift = static_cast<unsigned>(std::countr_zero(differ));
-    BucketTable* child =
-        BucketTable::make(fold, shift, std::bit_ceil(BucketTable::bucketsFor(length)));
+    const U32 length = shared.keys();
+    BucketTable* child = BucketTable::make(shared.fold(), shared.bits(),
+                                           std::bit_ceil(BucketTable::bucketsFor(length)));
     if (child == nullptr) return;
     // In order, so members of one bucket come one after another.
     for (MapLink* run = chained(bucket); run != nullptr;) {
@@ -68,6 +63,53 @@ void OrderedBuckets::divide(const VTableOps& ops, Bucket& bucket, BucketTable* t
         table->childIs(child);
     }
     bucket.tableIs(child);
+}
+
+// Who was in different buckets still is: each bucket has as many members as before, or fewer. So nobody who has a seat loses
+// it, and plain members stay plain.
+void OrderedBuckets::settle(const VTableOps& ops, BucketTable& table) noexcept {
+    struct Member {
+        MapLink* link;
+        U32 fold;
+    };
+
+    table.awaitsMembers = false;
+    if (table.firstChild != nullptr) return;
+    Member all[enoughToTell];
+    U32 positions[enoughToTell];
+    U32 count = 0;
+    U32 buckets = 0;
+    SharedBits shared;
+    const auto gather = [&](MapLink* link, U32 fold) {
+        all[count++] = {link, fold};
+        shared.add(fold);
+    };
+    U32 position = 0;
+    for (bool found = table.order.first(position); found; found = table.order.after(position)) {
+        positions[buckets++] = position;
+        const Bucket& bucket = table.atPosition(position);
+        if (bucket.leads()) return;
+        for (U32 seat = 0; seat < bucket.seated(); ++seat)
+            gather(bucket.member(seat), bucket.fold(seat));
+        if (!bucket.hasMore()) continue;
+        for (MapLink* at = bucket.member(Bucket::seats - 1)->next_; at != nullptr; at = at->next_)
+            gather(at, ops.fold(at));
+    }
+    if (shared.bits() == 0 || !table.mayStartBehind(shared)) return;
+    for (U32 i = 0; i < buckets; ++i) {
+        Bucket& bucket = table.atPosition(positions[i]);
+        if (bucket.hasMore())
+            for (MapLink* at = bucket.member(Bucket::seats - 1); at != nullptr;)
+                at = std::exchange(at->next_, nullptr);
+        bucket.clear();
+        table.order.clear(positions[i]);
+    }
+    table.startBehind(shared);
+    for (const Member& member : all) {
+        Bucket& bucket = table.at(member.fold);
+        if (bucket.isEmpty()) table.order.set(table.bucketPosition(member.fold));
+        addToBucket(ops, bucket, member.link, member.fold);
+    }
 }
 
 } // namespace Vel::detail
