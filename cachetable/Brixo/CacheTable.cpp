@@ -9,6 +9,7 @@
 #include <Vel/format.h>
 #include <Vel/traceHelper.h>
 #include <Vel/value/ObjectType.h>
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <ios>
@@ -110,35 +111,35 @@ void CacheTable::doRestart() {
     freeIndexDelAll();
     // Either may come to hold every slot; room that nobody takes is not touched.
     freeIndex_.reserve(size_);
-    // Registers lie some bytes apart: what their addresses share is known before the first is placed. Most other keys show
-    // at once that they share nothing.
-    Vel::SharedBits shared;
-    U32 looked = 0;
-    for (; looked < size_ && shared.bits() != 0; ++looked) {
-        const DeviceOffset key = keyAt(looked);
-        if (isUnused(key))
-            freeIndex_.add(looked, true);
-        else
-            shared.add(keyFold(key));
-    }
-    keyToIndex_.reserve(size_, shared);
-    if (shared.keys() != 0) recoverSlots(looked);
-    VEL_ASSERT_AS("keyToIndexs() + freeIndexs() == size()", keyToIndexs() + freeIndexs() == size(),
-                  keyToIndexs(), freeIndexs(), size());
-}
-
-// Free ones below `looked` are known already.
-void CacheTable::recoverSlots(U32 looked) {
+    keyToIndex_.reserve(size_, sampledBits());
     // So far ahead is fetched where keys will go.
     constexpr U32 ahead = 16;
     for (U32 index = 0; index < size_; ++index) {
         if (index + ahead < size_) keyToIndex_.fetch(keyAt(index + ahead));
         const DeviceOffset key = keyAt(index);
-        if (!isUnused(key))
-            recoverSlot(index, key);
-        else if (index >= looked)
+        if (isUnused(key))
             freeIndex_.add(index, true);
+        else
+            recoverSlot(index, key);
     }
+    VEL_ASSERT_AS("keyToIndexs() + freeIndexs() == size()", keyToIndexs() + freeIndexs() == size(),
+                  keyToIndexs(), freeIndexs(), size());
+}
+
+// Registers lie some bytes apart: the low bits that all their addresses share are told by a few, before the first is placed.
+// Those are from all over the table, by multiples of the golden ratio: keys of neighbouring slots may share much by their
+// order alone. Most other keys show at once that they share nothing.
+Vel::SharedBits CacheTable::sampledBits() const {
+    constexpr U32 enough = Vel::SharedBits::enoughKeys;
+    constexpr U32 most = 1024;
+    constexpr U32 goldenRatio = 0x9e3779b9; // of 2^32
+    const U32 looks = std::min(size_ / 4, most);
+    Vel::SharedBits shared;
+    for (U32 i = 0; i < looks && shared.keys() < enough && shared.bits() != 0; ++i) {
+        const auto index = static_cast<U32>(U64{i * goldenRatio} * size_ >> 32);
+        if (const DeviceOffset key = keyAt(index); !isUnused(key)) shared.add(keyFold(key));
+    }
+    return shared;
 }
 
 // The key word alone decides; the data are never looked at.

@@ -30,6 +30,7 @@
 #include <Vel/PlainMap.h>
 #include <Vel/Ptr.h>
 #include <Vel/PtrInterface.h>
+#include <Vel/SharedBits.h>
 #include <Vel/String8.h>
 #include <Vel/value/DeclareEntity.h>
 #include <Vel/value/Schema.h>
@@ -143,7 +144,7 @@ public:
     void freeIndexNotify(Vel::U32) noexcept {}
 
     // Rebuilds both maps from the slots alone; may be called at any time. Of several slots with one key the lowest keeps
-    // it, the others are marked unused. O(size). Asserts "keyToIndexs() + freeIndexs() == size()".
+    // it, the others are marked unused. One pass. Asserts "keyToIndexs() + freeIndexs() == size()".
     void doRestart();
 
     // Whether handleInitialized() has finished; true once the constructor has returned.
@@ -172,7 +173,7 @@ private:
     void openRegion();
     void formatUnlessFormatted();
     DeviceOffset keyAt(Vel::U32 index) const;
-    void recoverSlots(Vel::U32 looked);
+    Vel::SharedBits sampledBits() const;
     void recoverSlot(Vel::U32 index, DeviceOffset key);
     Vel::U32 takeFreeIndex();
 

@@ -136,7 +136,7 @@ public:
     // Room for so many members at once: creating them then does not grow the store.
     void reserve(U32 members) { store_.reserve(members); }
 
-    // The same, where something is known of the keys that will come to an empty collection.
+    // The same; `shared` is of some keys, like those that will come to an empty collection.
     void reserve(U32 members, const SharedBits& shared) requires requires(Store store) {
         store.reserve(members, shared);
     }

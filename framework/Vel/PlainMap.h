@@ -77,7 +77,7 @@ template <class KeyType>
 
         void clear() noexcept { buckets_.clear(); }
 
-        // Room for so many members at once. `shared` may say what is known of the keys that will come to an empty map.
+        // Room for so many members at once. `shared` is of some keys, like those that will come to an empty map.
         void reserve(U32 members, const SharedBits& shared = SharedBits()) {
             buckets_.reserve(Ops(), members, shared);
         }

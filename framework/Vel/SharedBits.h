@@ -8,6 +8,9 @@ namespace Vel {
 
 class SharedBits {
 public:
+    // So many keys tell what others will share.
+    static constexpr U32 enoughKeys = 64;
+
     void add(U32 fold) noexcept {
         if (keys_++ == 0) first_ = fold;
         differ_ |= fold ^ first_;

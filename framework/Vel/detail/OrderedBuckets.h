@@ -35,9 +35,6 @@ public:
     static constexpr U32 mostWithoutTable = 8;
     static constexpr U32 mostInTable = 16;
 
-    // So many members tell by their low bits what others will be like.
-    static constexpr U32 enoughToTell = 64;
-
     // Where a walk stands, so that it need not look up where it is: good until the map changes.
     class Place {
     public:
@@ -143,8 +140,8 @@ public:
         visitAll(root_, visit);
     }
 
-    // Room for so many members; an empty map gives back what it had beyond that. `shared` is known of the keys that will
-    // come to an empty map. Throws std::bad_alloc and changes nothing.
+    // Room for so many members; an empty map gives back what it had beyond that. `shared` is believed if it is of enough
+    // keys, which are like those that will come to an empty map. Throws std::bad_alloc and changes nothing.
     template <class Ops>
     void reserve(const Ops& ops, U32 members, const SharedBits& shared = SharedBits());
 
@@ -217,7 +214,7 @@ private:
     static bool removeFromEqual(const Ops& ops, Bucket& bucket, MapLink* member) noexcept;
     // Makes a table or an index of too full a bucket.
     void divide(const VTableOps& ops, Bucket& bucket, BucketTable* table) noexcept;
-    // Lets a table of the first members, enoughToTell, go over bits in which they differ.
+    // Lets a table of its first members, SharedBits::enoughKeys, go over bits in which they differ.
     static void settle(const VTableOps& ops, BucketTable& table) noexcept;
     template <class Ops>
     static bool split(const Ops& ops, BucketTable& table) noexcept;
@@ -359,7 +356,7 @@ MapLink* OrderedBuckets::add(const Ops& ops, U32 fold, MapLink* member) {
         occupied(table, fold);
     else if (Bucket::seats + bucket->standing() > mostInTable)
         divide(VTableOps(ops.vtable()), *bucket, table);
-    if (table->awaitsMembers && table->members == enoughToTell) [[unlikely]]
+    if (table->awaitsMembers && table->members == SharedBits::enoughKeys) [[unlikely]]
         settle(VTableOps(ops.vtable()), *table);
     constexpr U32 batch = 4;
     if (table->isTight(batch))
@@ -566,12 +563,10 @@ void OrderedBuckets::reserve(const Ops& ops, U32 members, const SharedBits& shar
     if (root_.isEqual()) return; // an index needs no room
     BucketTable* const table = BucketTable::make(0, 0, count);
     if (table == nullptr) throw std::bad_alloc();
-    table->awaitsMembers = shared.keys() < enoughToTell && shared.bits() != 0;
+    table->awaitsMembers = shared.keys() < SharedBits::enoughKeys && shared.bits() != 0;
     if (size_ == 0) {
         clear();
-        const bool isTold = shared.keys() >= enoughToTell &&
-                            (shared.keys() >= members / 2 || table->mayStartBehind(shared));
-        if (isTold) table->startBehind(shared);
+        if (shared.keys() >= SharedBits::enoughKeys) table->startBehind(shared);
     }
     ++changes_;
     const Bucket old = root_;

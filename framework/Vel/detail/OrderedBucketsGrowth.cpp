@@ -75,8 +75,8 @@ void OrderedBuckets::settle(const VTableOps& ops, BucketTable& table) noexcept {
 
     table.awaitsMembers = false;
     if (table.firstChild != nullptr) return;
-    Member all[enoughToTell];
-    U32 positions[enoughToTell];
+    Member all[SharedBits::enoughKeys];
+    U32 positions[SharedBits::enoughKeys];
     U32 count = 0;
     U32 buckets = 0;
     SharedBits shared;
