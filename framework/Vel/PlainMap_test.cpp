@@ -105,6 +105,15 @@ TEST(PlainMap, ReservedRoomSeatsKeysInTheMapsOrder) {
     EXPECT_EQ(map.heapBytes(), bytes);
 }
 
+TEST(PlainMap, AnUnreservedMapTakesKeysInTheMapsOrderAsAnyOthers) {
+    const Testing::LiveObjects objects;
+    PlainMap<U32> inOrder;
+    PlainMap<U32> upwards;
+    crowded(inTheMapsOrder(strided(10'000, 1)), inOrder);
+    crowded(strided(10'000, 1), upwards);
+    EXPECT_LE(inOrder.heapBytes(), 2 * upwards.heapBytes());
+}
+
 TEST(PlainMap, ReservedRoomSeatsKeysThatAreKnownToShareBits) {
     const Testing::LiveObjects objects;
     for (const U32 stride : {1U, 2U, 4U, 4096U, 1U << 18}) {

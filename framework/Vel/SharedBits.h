@@ -11,19 +11,21 @@ public:
     // So many keys tell what others will share.
     static constexpr U32 enoughKeys = 64;
 
-    void add(U32 fold) noexcept {
+    constexpr void add(U32 fold) noexcept {
         if (keys_++ == 0) first_ = fold;
         differ_ |= fold ^ first_;
     }
 
     // How many keys were added.
-    U32 keys() const noexcept { return keys_; }
+    constexpr U32 keys() const noexcept { return keys_; }
 
     // The fold of the first key.
-    U32 fold() const noexcept { return first_; }
+    constexpr U32 fold() const noexcept { return first_; }
 
     // The bits, from bit 0 on, that all keys share; 32 where their folds do not differ.
-    unsigned bits() const noexcept { return static_cast<unsigned>(std::countr_zero(differ_)); }
+    constexpr unsigned bits() const noexcept {
+        return static_cast<unsigned>(std::countr_zero(differ_));
+    }
 
 private:
     U32 keys_ = 0;

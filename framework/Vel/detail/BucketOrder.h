@@ -9,6 +9,7 @@
 #include <Vel/Integers.h>
 #include <Vel/detail/OrderBits.h>
 #include <algorithm>
+#include <utility>
 
 namespace Vel::detail {
 
@@ -27,6 +28,13 @@ public:
         resolution_ = depth + 1;
         moved_ = movedAfter(split);
         return true;
+    }
+
+    void swap(BucketOrder& other) noexcept {
+        bits_.swap(other.bits_);
+        wider_.swap(other.wider_);
+        std::swap(moved_, other.moved_);
+        std::swap(resolution_, other.resolution_);
     }
 
     bool empty() const noexcept { return bits_.empty() && (!wider_.made() || wider_.empty()); }

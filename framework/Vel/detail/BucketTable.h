@@ -72,6 +72,9 @@ public:
 
     // Throws the buckets of an empty table away and makes `count` new ones. False without memory.
     bool layOut(U32 count) noexcept;
+    // Lets a table that is still small begin at a lower bit, where this fold differs from what all members share: each bucket
+    // becomes one of several, the others are empty. False when that would be too many, or without memory.
+    bool widenFor(U32 fold) noexcept;
     // Room for one bucket more; false without memory or when every bit is used.
     bool prepareSplit() noexcept;
 
@@ -123,6 +126,9 @@ private:
     unsigned roundDepth() const noexcept {
         return static_cast<unsigned>(std::bit_width(wideMask_)) - 1;
     }
+
+    // Room for so many buckets. False without memory.
+    bool growTo(U32 count) noexcept;
 
     Line* buckets_ = nullptr;
     U32 count_ = 0;

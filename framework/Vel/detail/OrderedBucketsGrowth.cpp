@@ -8,6 +8,7 @@
 namespace Vel::detail {
 
 void OrderedBuckets::divert(const VTableOps& ops, Bucket& bucket, BucketTable* table, U32 fold) {
+    if (bucket.isTable() && bucket.table()->widenFor(fold)) return;
     const auto shift = static_cast<unsigned>(std::countr_zero(bucket.sub().differs(fold)));
     BucketTable* const before = BucketTable::make(fold, shift, 1);
     if (before == nullptr) throw std::bad_alloc();
