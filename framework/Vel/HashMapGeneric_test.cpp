@@ -180,6 +180,11 @@ TEST(HashMapVTable, HashesComparesAndLinks) {
     EXPECT_FALSE(vtable.keyLessThan(&key, a.ptr(), nullptr));
     EXPECT_TRUE(vtable.keyLessThan(nullptr, b.ptr(), a.ptr()));
     EXPECT_FALSE(vtable.keyLessThan(nullptr, a.ptr(), b.ptr()));
+    U32 rank = 0;
+    EXPECT_TRUE(vtable.keyRank(nullptr, b.ptr(), rank));
+    EXPECT_EQ(rank, 2u);
+    EXPECT_TRUE(vtable.keyRank(&key, nullptr, rank));
+    EXPECT_EQ(rank, 1u);
     vtable.setNext(a.ptr(), b.ptr());
     EXPECT_EQ(a->fwkNext(), b.ptr());
     EXPECT_EQ(b->references(), 2u);

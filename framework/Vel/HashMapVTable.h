@@ -1,6 +1,7 @@
 // HashMapVTable.h - adapts one kind of entry to the generic map: how it hashes, compares and links.
 //
-// Slots:     hash, keyEquals, keyLessThan, setNext, in this order from the first slot of the virtual table.
+// Slots:     hash, keyEquals, keyLessThan, setNext, in this order from the first slot of the virtual table; then keyRank,
+//            which need not be overridden.
 // Instances: one for each pair of entry and key type, constant, never destroyed.
 // Threads:   holds no state; any thread may call it.
 // Cost:      HashMap, which knows the types, comes here only to divide a bucket, to index many equal hashes, and to audit.
@@ -25,6 +26,10 @@ public:
     // Writes the entry's chain link; counts references as Ptr::ptrAssign does.
     virtual void setNext(PtrInterface* entry, PtrInterface* next) const = 0;
 
+    // Whether keys of one hash have ranks: numbers that differ where the keys do, and ascend with them. Sets `rank` to that of
+    // the key of `entry`, or of *key where `entry` is null.
+    virtual bool keyRank(const void*, const PtrInterface*, U32&) const { return false; }
+
 protected:
     constexpr HashMapVTableGeneric() = default;
     ~HashMapVTableGeneric() = default;
@@ -47,6 +52,15 @@ public:
 
     void setNext(PtrInterface* entry, PtrInterface* next) const override {
         static_cast<Entry*>(entry)->fwkNextIs(static_cast<Entry*>(next));
+    }
+
+    bool keyRank([[maybe_unused]] const void* key, [[maybe_unused]] const PtrInterface* entry,
+                 [[maybe_unused]] U32& rank) const override {
+        if constexpr (hasKeyRank<Key>) {
+            const Key* const asked = static_cast<const Key*>(key);
+            rank = Vel::keyRank<Key>(entry != nullptr ? keyOf(entry) : *asked);
+        }
+        return hasKeyRank<Key>;
     }
 
 private:

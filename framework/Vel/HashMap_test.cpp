@@ -2,6 +2,7 @@
 
 #include <Vel/KeyedCollection.h>
 #include <Vel/MapMember.h>
+#include <Vel/testing/MapModel.h>
 #include <algorithm>
 #include <bit>
 #include <gtest/gtest.h>
@@ -87,98 +88,14 @@ protected:
 INSTANTIATE_TEST_SUITE_P(Families, HashMapOf, testing::ValuesIn(families),
                          [](const auto& family) { return std::string(family.param.name); });
 
-// With room from the start or without.
-void agreeWithAModel(Key (*keyOf)(U32 number), U32 room) {
-    const auto before = [](const Key& a, const Key& b) { return Map::ordersBefore(a, b); };
-    const auto insert = [&](Map& map, U32 number) {
-        map.insert(*Ptr<Member>(new Member(keyOf(number), number)));
-    };
-    std::map<Key, U32, decltype(before)> model(before);
-    Map map;
-    map.reserve(room);
-    const U32 seed = 20261121;
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    auto random = [engine = std::mt19937(seed)]() mutable { return static_cast<U32>(engine()); };
-    constexpr U32 operations = 100'000;
-    for (U32 operation = 0; operation < operations; ++operation) {
-        const U32 number = random() % 6000;
-        const Key key = keyOf(number);
-        const bool isGrowing = operation / (operations / 8) % 2 == 0;
-        Member* const found = map.find(key);
-        ASSERT_EQ(found != nullptr, model.contains(key));
-        if (random() % 8 < (isGrowing ? 6U : 2U)) {
-            if (found == nullptr) insert(map, number);
-            model[key] = number;
-        } else if (found != nullptr) {
-            map.remove(*found);
-            model.erase(key);
-        }
-        if (operation % 64 == 0 && !model.empty()) {
-            ASSERT_EQ(map.first()->key().number, model.begin()->first.number);
-        }
-        if (operation % 10'000 != 0) continue;
-        ASSERT_EQ(map.auditErrors(9), 0u);
-        ASSERT_EQ(map.size(), model.size());
-        auto expected = model.begin();
-        for (const Member& member : map) {
-            ASSERT_EQ(member.key().number, expected->first.number);
-            ++expected;
-        }
-        std::size_t visited = 0;
-        map.forEach([&](const Member& member) {
-            const auto known = model.find(member.key());
-            ASSERT_NE(known, model.end());
-            ASSERT_EQ(known->second, member.value());
-            ++visited;
-        });
-        ASSERT_EQ(visited, model.size());
-    }
-    for (const auto& [key, number] : model) {
-        ASSERT_EQ(map.first()->value(), number);
-        map.remove(*map.first());
-    }
-    EXPECT_EQ(map.first(), nullptr);
-    EXPECT_EQ(map.size(), 0u);
+TEST_P(HashMapOf, AgreesWithAModel) { Testing::agreeWithAModel<Map, Member>(GetParam().key, 0); }
+
+TEST_P(HashMapOf, AgreesWithAModelInReservedRoom) {
+    Testing::agreeWithAModel<Map, Member>(GetParam().key, 6000);
 }
 
-TEST_P(HashMapOf, AgreesWithAModel) { agreeWithAModel(GetParam().key, 0); }
-
-TEST_P(HashMapOf, AgreesWithAModelInReservedRoom) { agreeWithAModel(GetParam().key, 6000); }
-
 TEST_P(HashMapOf, AWalkGoesOnWhateverElseChanges) {
-    const auto before = [](const Key& a, const Key& b) { return Map::ordersBefore(a, b); };
-    std::map<Key, U32, decltype(before)> model(before);
-    Map map;
-    auto random = [engine = std::mt19937(7)]() mutable { return static_cast<U32>(engine()); };
-    const auto change = [&](const Member* kept) {
-        const U32 number = random() % 3000;
-        const Key key = keyOf(number);
-        Member* const found = map.find(key);
-        if (found == nullptr) {
-            insert(map, number);
-            model[key] = number;
-        } else if (found != kept) {
-            map.remove(*found);
-            model.erase(key);
-        }
-    };
-    for (U32 i = 0; i < 1500; ++i) change(nullptr);
-    for (const U32 changes : {0U, 1U, 40U}) { // between two steps
-        U32 steps = 0;
-        auto at = map.begin();
-        while (at) {
-            for (U32 i = 0; i < changes && random() % 2 != 0; ++i) change(at.entry());
-            const auto expected = model.upper_bound(at->key());
-            at.advance();
-            ASSERT_EQ(static_cast<bool>(at), expected != model.end());
-            if (at) {
-                ASSERT_EQ(at->value(), expected->second);
-            }
-            ++steps;
-        }
-        EXPECT_GT(steps, 500u);
-    }
-    ASSERT_EQ(map.auditErrors(9), 0u);
+    Testing::walkAmongChanges<Map, Member>(GetParam().key);
 }
 
 TEST_P(HashMapOf, NoCallLooksAtManyMembers) {

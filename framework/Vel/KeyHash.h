@@ -36,6 +36,21 @@ constexpr U32 keyHash(const Key& key) noexcept {
     return bitReverse(keyFold(key));
 }
 
+// 64-bit keys: two of one fold that share a word share the other, too, so the high word alone orders them.
+template <class Key>
+inline constexpr bool hasKeyRank = (std::is_enum_v<Key> || std::integral<Key>)&&sizeof(Key) == 8;
+
+// Of keys of one fold: differs where they do, and ascends with them.
+template <class Key>
+constexpr U32 keyRank(const Key& key) noexcept requires hasKeyRank<Key> {
+    if constexpr (std::is_enum_v<Key>) {
+        return keyRank(static_cast<std::underlying_type_t<Key>>(key));
+    } else {
+        constexpr U32 signBit = std::is_signed_v<Key> ? 0x80000000 : 0;
+        return static_cast<U32>(static_cast<U64>(key) >> 32) ^ signBit;
+    }
+}
+
 // Keys that differ whenever their folds do, and only then.
 template <class Key>
 inline constexpr bool foldIsKey = (std::is_enum_v<Key> || std::integral<Key>)&&sizeof(Key) <=

@@ -14,6 +14,10 @@ static_assert(keyFold(U64{0x0000000300000005}) == 6);
 static_assert(keyFold(true) == 1);
 static_assert(keyFold(Colour::green) == 1);
 static_assert(keyHash(U32{1}) == 0x80000000);
+static_assert(keyRank(U64{0x8000000300000005}) == 0x80000003);
+static_assert(keyRank(S64{-1}) == 0x7fffffff);
+static_assert(keyRank(S64{0}) == 0x80000000);
+static_assert(hasKeyRank<U64> && !hasKeyRank<U32> && !hasKeyRank<Colour>);
 
 TEST(KeyHash, ComparesFoldsAsTheirReversals) {
     const U32 folds[] = {0, 1, 2, 3, 4, 0x80000000, 0xffffffff, 0x12345678};

@@ -12,8 +12,9 @@
 namespace Vel {
 
 namespace detail {
+class EqualHashes;
 class OrderedBuckets;
-}
+} // namespace detail
 
 class MapLink : public PtrInterface {
 public:
@@ -41,7 +42,9 @@ protected:
     }
 
 private:
-    friend class detail::OrderedBuckets; // moves the link's reference without touching its count
+    // They move the link's reference without touching its count.
+    friend class detail::EqualHashes;
+    friend class detail::OrderedBuckets;
 
     MapLink* next_ = nullptr;
 };

@@ -1,32 +1,58 @@
-// EqualHashes.h - many members of one hash, found through a tree.
+// EqualHashes.h - many members of one hash.
 //
-// Owns:  the tree. The members stay chained in the order of their keys; the tree only finds places in the chain.
-// Cost:  find, insert and delete compare O(log members) keys, through the vtable.
+// Found:  by rank, where their keys have one (keyRank()): a map of their ranks, like any other. Else through a tree; members
+//         then stand chained in the order of their keys, and the tree only finds places in the chain.
+// Owns:   what finds them; counts each member once.
+// Cost:   find, insert and delete O(1) expected by rank; else they compare O(log members) keys, through the vtable.
 #pragma once
 
 #include <Vel/Export.h>
 #include <Vel/HashMapVTable.h>
+#include <Vel/Integers.h>
 #include <Vel/detail/BucketTable.h>
+#include <Vel/detail/VTableOps.h>
 #include <cstddef>
+#include <memory>
 #include <set>
 
 namespace Vel::detail {
 
+class OrderedBuckets;
+
 class VEL_API EqualHashes : public SubBuckets {
 public:
-    EqualHashes(const HashMapVTableGeneric& vtable, U32 fold);
+    // For members of this fold, like `member`. Throws std::bad_alloc.
+    EqualHashes(const HashMapVTableGeneric& vtable, U32 fold, const MapLink* member);
+    // Drops every member.
+    ~EqualHashes();
 
+    // The map of ranks; null where there are none.
+    const OrderedBuckets* ranked() const noexcept { return ranked_.get(); }
+
+    // What the map of ranks asks of members.
+    VTableOps rankOps() const noexcept { return VTableOps::byRank(vtable()); }
+
+    // The chain, where there are no ranks.
     MapLink* head() const noexcept { return head_; }
 
-    std::size_t size() const noexcept { return places_.size(); }
+    U32 size() const noexcept;
 
-    // The member behind which one with this key belongs: the last whose key does not order behind *key. Null: before
-    // all.
-    MapLink* notBehind(const void* key) const;
+    // The only member that may have this key; null where none may.
+    MapLink* find(const void* key) const;
+
+    // Counts the member up and places it. One of equal key gives way: it is returned, still counted. Throws std::bad_alloc
+    // and changes nothing.
+    MapLink* add(MapLink* member);
+
+    // Takes the member out, still counted. False when it is not here.
+    bool remove(MapLink* member) noexcept;
+
+    // Takes all members out, still counted: a chain in their order.
+    MapLink* takeAll() noexcept;
+
+    std::size_t heapBytes() const noexcept;
 
 private:
-    friend class OrderedBuckets;
-
     struct Before {
         using is_transparent = void;
 
@@ -41,7 +67,15 @@ private:
         }
     };
 
-    std::set<MapLink*, Before> places_;
+    using Tree = std::set<MapLink*, Before>;
+
+    const HashMapVTableGeneric& vtable() const noexcept { return *tree_.key_comp().vtable; }
+
+    // What leads to the member at a place of the chain.
+    MapLink*& linkTo(Tree::iterator place) noexcept;
+
+    std::unique_ptr<OrderedBuckets> ranked_;
+    Tree tree_;
     MapLink* head_ = nullptr;
 };
 

@@ -40,12 +40,35 @@ MapLink* OrderedBuckets::firstHere(Place& place) const noexcept {
         if (place.bucket_->seated() == 1 && table.count() > inCache)
             fetchAhead(table, place.position_);
     }
+    if (place.bucket_->isEqual()) return firstInside(place);
     place.changes_ = changes_;
     place.seat_ = 0;
-    if (!place.bucket_->isEqual())
-        return place.bucket_->isEmpty() ? nullptr : place.bucket_->member(0);
+    return place.bucket_->isEmpty() ? nullptr : place.bucket_->member(0);
+}
+
+// From there the walk goes through the map of ranks as through this one: its tables lead no further than to its root.
+MapLink* OrderedBuckets::firstInside(Place& place) const noexcept {
+    const EqualHashes& equal = *place.bucket_->equal();
+    if (const OrderedBuckets* const ranked = equal.ranked()) {
+        place = Place();
+        place.inside_ = &equal;
+        place.bucket_ = &ranked->root_;
+        return firstHere(place);
+    }
+    place.changes_ = changes_;
     place.seat_ = Bucket::seats;
-    return place.bucket_->equal()->head();
+    return equal.head();
+}
+
+void OrderedBuckets::locateInside(const MapLink* member, Place& place) const noexcept {
+    const EqualHashes& equal = *place.bucket_->equal();
+    if (const OrderedBuckets* const ranked = equal.ranked()) {
+        ranked->locate(equal.rankOps(), member, place);
+        place.inside_ = &equal;
+        place.changes_ = changes_;
+    } else {
+        place.seat_ = Bucket::seats;
+    }
 }
 
 bool OrderedBuckets::nextOccupied(const BucketTable& table, Place& place) noexcept {
@@ -70,7 +93,9 @@ MapLink* OrderedBuckets::firstAfter(Place& place) const noexcept {
         place.run_ = {};
         if (table.parent != nullptr) place.position_ = table.parent->position(table.prefix());
     }
-    return nullptr;
+    if (place.inside_ == nullptr) return nullptr;
+    locate(place.inside_->prefix(), place);
+    return firstAfter(place);
 }
 
 MapLink* OrderedBuckets::behindSeats(Place& place, const MapLink* member) const noexcept {
@@ -121,16 +146,15 @@ void OrderedBuckets::clear() noexcept {
 
 void OrderedBuckets::drop(Bucket& bucket) noexcept {
     if (bucket.isTable()) return dropTable(bucket.table());
-    MapLink* at = nullptr;
     if (bucket.isEqual()) {
-        at = bucket.equal()->head();
         delete bucket.equal();
-    } else {
-        if (bucket.hasMore()) at = std::exchange(bucket.member(Bucket::seats - 1)->next_, nullptr);
-        for (U32 seat = 0; seat < bucket.seated(); ++seat)
-            if (MapLink* const member = bucket.member(seat); !PlainMember::is(member))
-                member->referencesDec();
+        return;
     }
+    MapLink* at = bucket.hasMore() ? std::exchange(bucket.member(Bucket::seats - 1)->next_, nullptr)
+                                   : nullptr;
+    for (U32 seat = 0; seat < bucket.seated(); ++seat)
+        if (MapLink* const member = bucket.member(seat); !PlainMember::is(member))
+            member->referencesDec();
     while (at != nullptr) {
         MapLink* const member = std::exchange(at, at->next_);
         member->next_ = nullptr;
@@ -161,8 +185,7 @@ void OrderedBuckets::dropTable(BucketTable* table) noexcept {
 std::size_t OrderedBuckets::heapBytes() const noexcept { return heapBytesOf(root_); }
 
 std::size_t OrderedBuckets::heapBytesOf(const Bucket& bucket) noexcept {
-    constexpr std::size_t nodeBytes = 5 * sizeof(void*); // colour, three links, value
-    if (bucket.isEqual()) return sizeof(EqualHashes) + bucket.equal()->size() * nodeBytes;
+    if (bucket.isEqual()) return bucket.equal()->heapBytes();
     if (!bucket.isTable()) return 0;
     const BucketTable& table = *bucket.table();
     std::size_t bytes = table.heapBytes();

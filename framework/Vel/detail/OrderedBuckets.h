@@ -2,8 +2,8 @@
 //
 // Shape:   a map is one bucket (Bucket). Up to eight members need no more; else it leads to a table of buckets
 //          (BucketTable), and a bucket in a table that outgrows sixteen leads to a table of its own, over the bits in which
-//          its members differ. Members that differ in no bit get an index (EqualHashes). So neither strides nor hostile
-//          keys make a long chain.
+//          its members differ. Members that differ in no bit get an index (EqualHashes), which is such a map again where
+//          their keys have ranks. So neither strides nor hostile keys make a long chain.
 // Order:   ascending reversed hash, then keyLessThan, whatever the shape.
 // Links:   a member has a next only behind the last seat of a full bucket, and in an index.
 // Counts:  each member here is counted once; links move without touching counts.
@@ -41,6 +41,7 @@ public:
         // The fold of `member`, who is here.
         template <class Ops>
         U32 fold(const Ops& ops, const MapLink* member) const noexcept {
+            if (inside_ != nullptr) return inside_->prefix();
             return seat_ < Bucket::seats ? bucket_->fold(seat_) : ops.fold(member);
         }
 
@@ -54,6 +55,7 @@ public:
 
         U64 changes_ = 0;
         const BucketTable* table_ = nullptr;
+        const EqualHashes* inside_ = nullptr; // its map of ranks is where table and bucket are
         const Bucket* bucket_ = nullptr;
         U32 position_ = 0;     // of the bucket in its table
         U32 seat_ = 0;         // Bucket::seats or more: behind the seats, or in an index
@@ -160,6 +162,11 @@ private:
                               const IsKey& isKey) noexcept;
     template <class Ops>
     void locate(const Ops& ops, const MapLink* member, Place& place) const noexcept;
+    // Makes the place that of the fold's bucket and table.
+    void locate(U32 fold, Place& place) const noexcept;
+    // The place's bucket has members of one hash.
+    void locateInside(const MapLink* member, Place& place) const noexcept;
+    MapLink* firstInside(Place& place) const noexcept;
     // The member behind one who sits in the last taken seat, or in none.
     MapLink* behindSeats(Place& place, const MapLink* member) const noexcept;
     // The first member of the place's bucket, or of those that it leads to.
@@ -205,15 +212,13 @@ private:
     template <class Ops>
     static MapLink* addBehind(const Ops& ops, Bucket& bucket, MapLink* member, U32 fold) noexcept;
     template <class Ops>
-    static MapLink* addToEqual(const Ops& ops, EqualHashes& equal, MapLink* member);
-    template <class Ops>
     static bool removeFromBucket(const Ops& ops, Bucket& bucket, MapLink* member) noexcept;
     template <class Ops>
     static void vacate(const Ops& ops, Bucket& bucket, U32 seat) noexcept;
-    template <class Ops>
-    static bool removeFromEqual(const Ops& ops, Bucket& bucket, MapLink* member) noexcept;
+    static bool removeFromEqual(const VTableOps& ops, Bucket& bucket, MapLink* member) noexcept;
     // Makes a table or an index of too full a bucket.
     void divide(const VTableOps& ops, Bucket& bucket, BucketTable* table) noexcept;
+    static void index(const VTableOps& ops, Bucket& bucket, U32 fold) noexcept;
     // Lets a table of its first members, SharedBits::enoughKeys, go over bits in which they differ.
     static void settle(const VTableOps& ops, BucketTable& table) noexcept;
     template <class Ops>
@@ -257,8 +262,8 @@ template <class Ops, class IsKey>
                                                      const void* key, const IsKey& isKey) noexcept {
     if (bucket.isEqual()) {
         if (bucket.sub().prefix() != fold) return nullptr;
-        MapLink* const place = bucket.equal()->notBehind(key);
-        return place != nullptr && isKey(place) ? place : nullptr;
+        MapLink* const found = bucket.equal()->find(key);
+        return found != nullptr && isKey(found) ? found : nullptr;
     }
     if (hashesBelow(fold, bucket.fold(Bucket::seats - 1))) return nullptr;
     for (MapLink* at = bucket.member(Bucket::seats - 1)->next_; at != nullptr; at = at->next_)
@@ -282,14 +287,18 @@ MapLink** OrderedBuckets::find(const Ops& ops, U32 fold) noexcept {
 
 template <class Ops>
 void OrderedBuckets::locate(const Ops& ops, const MapLink* member, Place& place) const noexcept {
-    const U32 fold = ops.fold(member);
-    place = Place();
+    locate(ops.fold(member), place);
     place.changes_ = changes_;
+    if (place.bucket_->isEqual()) return locateInside(member, place);
+    place.seat_ = place.bucket_->seatOf(member);
+}
+
+inline void OrderedBuckets::locate(U32 fold, Place& place) const noexcept {
+    place = Place();
     place.bucket_ = &root_;
     for (; place.bucket_->isTable(); place.bucket_ = &place.table_->at(fold))
         place.table_ = place.bucket_->table();
     if (place.table_ != nullptr) place.position_ = place.table_->bucketPosition(fold);
-    place.seat_ = place.bucket_->leads() ? Bucket::seats : place.bucket_->seatOf(member);
 }
 
 template <class Ops>
@@ -331,7 +340,7 @@ MapLink* OrderedBuckets::add(const Ops& ops, U32 fold, MapLink* member) {
     Bucket* bucket = &root_;
     while (bucket->leads()) {
         if (bucket->sub().differs(fold) != 0) [[unlikely]]
-            divert(VTableOps(ops.vtable()), *bucket, table, fold);
+            divert(VTableOps::of(ops), *bucket, table, fold);
         if (!bucket->isTable()) break;
         table = bucket->table();
         bucket = &table->at(fold);
@@ -340,24 +349,28 @@ MapLink* OrderedBuckets::add(const Ops& ops, U32 fold, MapLink* member) {
         if (bucket->seated() == Bucket::seats) [[unlikely]]
             member = embody(ops, *bucket, fold, member);
     const bool wasEmpty = bucket->isEmpty();
-    MapLink* const replaced = bucket->isEqual() ? addToEqual(ops, *bucket->equal(), member)
-                                                : addToBucket(ops, *bucket, member, fold);
-    if (!Ops::hasPlainMembers || !PlainMember::is(member)) member->referencesInc();
+    MapLink* replaced = nullptr;
+    if (bucket->isEqual()) [[unlikely]] {
+        replaced = bucket->equal()->add(member);
+    } else {
+        replaced = addToBucket(ops, *bucket, member, fold);
+        if (!Ops::hasPlainMembers || !PlainMember::is(member)) member->referencesInc();
+    }
     if (replaced != nullptr) [[unlikely]]
         return replaced;
     ++size_;
     if (table == nullptr) {
         if (Bucket::seats + bucket->standing() > mostWithoutTable)
-            divide(VTableOps(ops.vtable()), *bucket, nullptr);
+            divide(VTableOps::of(ops), *bucket, nullptr);
         return nullptr;
     }
     ++table->members;
     if (wasEmpty)
         occupied(table, fold);
     else if (Bucket::seats + bucket->standing() > mostInTable)
-        divide(VTableOps(ops.vtable()), *bucket, table);
+        divide(VTableOps::of(ops), *bucket, table);
     if (table->awaitsMembers && table->members == SharedBits::enoughKeys) [[unlikely]]
-        settle(VTableOps(ops.vtable()), *table);
+        settle(VTableOps::of(ops), *table);
     constexpr U32 batch = 4;
     if (table->isTight(batch))
         while (table->isTight(0))
@@ -422,24 +435,6 @@ MapLink* OrderedBuckets::addBehind(const Ops& ops, Bucket& bucket, MapLink* memb
     return nullptr;
 }
 
-template <class Ops>
-MapLink* OrderedBuckets::addToEqual(const Ops& ops, EqualHashes& equal, MapLink* member) {
-    const auto behind = equal.places_.lower_bound(member);
-    if (behind != equal.places_.end() && ops.isEqual(member, *behind)) {
-        MapLink* const replaced = *behind;
-        MapLink*& link =
-            behind == equal.places_.begin() ? equal.head_ : (*std::prev(behind))->next_;
-        link = member;
-        member->next_ = std::exchange(replaced->next_, nullptr);
-        const_cast<MapLink*&>(*behind) = member; // equal keys: the tree's order stands
-        return replaced;
-    }
-    const auto place = equal.places_.insert(behind, member); // may throw: nothing has changed
-    MapLink*& link = place == equal.places_.begin() ? equal.head_ : (*std::prev(place))->next_;
-    member->next_ = std::exchange(link, member);
-    return nullptr;
-}
-
 template <class Visit>
 void OrderedBuckets::visit(const Bucket& bucket, const Visit& visit) {
     for (U32 seat = 0; seat < bucket.seated(); ++seat) visit(bucket.member(seat));
@@ -452,6 +447,8 @@ template <class Visit>
 void OrderedBuckets::visitAll(const Bucket& bucket, const Visit& visit) {
     if (bucket.isTable()) return visitAll(*bucket.table(), visit);
     if (!bucket.isEqual()) return OrderedBuckets::visit(bucket, visit);
+    if (const OrderedBuckets* const ranked = bucket.equal()->ranked())
+        return ranked->visitAll(visit);
     for (MapLink* at = bucket.equal()->head(); at != nullptr; at = at->next_) visit(at);
 }
 
@@ -597,9 +594,7 @@ bool OrderedBuckets::remove(const Ops& ops, MapLink* member) noexcept {
         table = bucket->table();
         bucket = &table->at(fold);
     }
-    if (bucket->isEqual() ? !removeFromEqual(ops, *bucket, member)
-                          : !removeFromBucket(ops, *bucket, member))
-        return false;
+    if (!removeFromBucket(ops, *bucket, member)) return false;
     removed(table, bucket, fold);
     return true;
 }
@@ -633,13 +628,14 @@ MapLink* OrderedBuckets::take(const Ops& ops, U32 fold, const void* key,
         }
         if (!bucket->hasMore()) return nullptr;
     }
-    MapLink* const member = find(ops, fold, key, isKey);
-    if (member != nullptr) remove(ops, member);
+    MapLink* const member = findAside(ops, *bucket, fold, key, isKey);
+    if (member != nullptr && removeFromBucket(ops, *bucket, member)) removed(table, bucket, fold);
     return member;
 }
 
 template <class Ops>
 bool OrderedBuckets::removeFromBucket(const Ops& ops, Bucket& bucket, MapLink* member) noexcept {
+    if (bucket.isEqual()) return removeFromEqual(VTableOps::of(ops), bucket, member);
     const U32 seat = bucket.seatOf(member);
     if (seat != Bucket::seats) {
         vacate(ops, bucket, seat);
@@ -664,22 +660,6 @@ void OrderedBuckets::vacate(const Ops& ops, Bucket& bucket, U32 seat) noexcept {
     bucket.seatOut(seat);
     bucket.standingDec();
     bucket.seatIn(last, following, ops.fold(following));
-}
-
-template <class Ops>
-bool OrderedBuckets::removeFromEqual(const Ops& ops, Bucket& bucket, MapLink* member) noexcept {
-    // From here on an index costs more than it saves.
-    constexpr std::size_t indexedFrom = 4;
-    EqualHashes* const equal = bucket.equal();
-    const auto place = equal->places_.find(member);
-    if (place == equal->places_.end() || *place != member) return false;
-    MapLink*& link = place == equal->places_.begin() ? equal->head_ : (*std::prev(place))->next_;
-    link = std::exchange(member->next_, nullptr);
-    equal->places_.erase(place);
-    if (equal->size() > indexedFrom) return true;
-    seat(ops, bucket, equal->head_);
-    delete equal;
-    return true;
 }
 
 } // namespace Vel::detail

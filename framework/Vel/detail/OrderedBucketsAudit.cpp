@@ -66,6 +66,10 @@ unsigned OrderedBuckets::auditBucket(const VTableOps& ops, const Bucket& bucket,
         const EqualHashes& equal = *bucket.equal();
         for (const MapLink* at = equal.head(); at != nullptr; at = at->next_)
             look(at, equal.prefix());
+        if (const OrderedBuckets* const ranked = equal.ranked()) {
+            ranked->visitAll([&](const MapLink* at) { look(at, equal.prefix()); });
+            errors += ranked->auditErrors(equal.rankOps());
+        }
         errors += equal.size() != length;
     } else {
         for (U32 seat = 0; seat < bucket.seated(); ++seat) {

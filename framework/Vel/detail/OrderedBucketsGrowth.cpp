@@ -2,6 +2,7 @@
 #include <Vel/detail/OrderedBuckets.h>
 
 #include <bit>
+#include <memory>
 #include <new>
 #include <utility>
 
@@ -19,7 +20,7 @@ void OrderedBuckets::divert(const VTableOps& ops, Bucket& bucket, BucketTable* t
         if (table != nullptr) table->childDel(old.table());
         before->childIs(old.table());
     } else {
-        before->members = static_cast<U32>(old.equal()->size());
+        before->members = old.equal()->size();
         if (table != nullptr) table->members -= before->members;
     }
     if (table != nullptr) table->childIs(before);
@@ -30,19 +31,7 @@ void OrderedBuckets::divert(const VTableOps& ops, Bucket& bucket, BucketTable* t
 void OrderedBuckets::divide(const VTableOps& ops, Bucket& bucket, BucketTable* table) noexcept {
     SharedBits shared;
     visit(bucket, [&](const MapLink* at) { shared.add(ops.fold(at)); });
-    if (shared.bits() == SubBuckets::allBits) {
-        auto* equal = new (std::nothrow) EqualHashes(ops.vtable(), shared.fold());
-        if (equal == nullptr) return;
-        try {
-            visit(bucket, [&](MapLink* at) { equal->places_.insert(equal->places_.end(), at); });
-        } catch (const std::bad_alloc&) {
-            delete equal;
-            return;
-        }
-        equal->head_ = chained(bucket);
-        bucket.equalIs(equal);
-        return;
-    }
+    if (shared.bits() == SubBuckets::allBits) return index(ops, bucket, shared.fold());
     const U32 length = shared.keys();
     BucketTable* child = BucketTable::make(shared.fold(), shared.bits(),
                                            std::bit_ceil(BucketTable::bucketsFor(length)));
@@ -64,6 +53,42 @@ void OrderedBuckets::divide(const VTableOps& ops, Bucket& bucket, BucketTable* t
         table->childIs(child);
     }
     bucket.tableIs(child);
+}
+
+void OrderedBuckets::index(const VTableOps& ops, Bucket& bucket, U32 fold) noexcept {
+    MapLink* member = chained(bucket);
+    MapLink* following = nullptr;
+    std::unique_ptr<EqualHashes> equal;
+    try {
+        equal = std::make_unique<EqualHashes>(ops.vtable(), fold, member);
+        for (; member != nullptr; member = following) {
+            following = std::exchange(member->next_, nullptr);
+            equal->add(member);
+            member->referencesDec(); // the index counts it now
+        }
+        bucket.equalIs(equal.release());
+    } catch (const std::bad_alloc&) {
+        MapLink* chain = member;
+        if (equal != nullptr) {
+            member->next_ = following;
+            MapLink** end = &(chain = equal->takeAll());
+            while (*end != nullptr) end = &(*end)->next_;
+            *end = member;
+        }
+        seat(ops, bucket, chain);
+    }
+}
+
+bool OrderedBuckets::removeFromEqual(const VTableOps& ops, Bucket& bucket,
+                                     MapLink* member) noexcept {
+    // From here on an index costs more than it saves.
+    constexpr U32 indexedFrom = 4;
+    EqualHashes* const equal = bucket.equal();
+    if (!equal->remove(member)) return false;
+    if (equal->size() > indexedFrom) return true;
+    seat(ops, bucket, equal->takeAll());
+    delete equal;
+    return true;
 }
 
 // Who was in different buckets still is: each bucket has as many members as before, or fewer. So nobody who has a seat loses

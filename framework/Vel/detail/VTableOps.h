@@ -6,6 +6,7 @@
 #include <Vel/Integers.h>
 #include <Vel/MapLink.h>
 #include <Vel/bitReverse.h>
+#include <concepts>
 
 namespace Vel::detail {
 
@@ -15,7 +16,28 @@ public:
 
     explicit VTableOps(const HashMapVTableGeneric& vtable) noexcept : vtable_(&vtable) {}
 
-    U32 fold(const MapLink* member) const { return bitReverse(vtable_->hash(member)); }
+    // For the map of those of one hash: their ranks stand for hashes.
+    static VTableOps byRank(const HashMapVTableGeneric& vtable) noexcept {
+        VTableOps ops(vtable);
+        ops.isByRank_ = true;
+        return ops;
+    }
+
+    // What stands for other ops where each map's own code would only be more.
+    template <class Ops>
+    static VTableOps of(const Ops& ops) noexcept {
+        if constexpr (std::same_as<Ops, VTableOps>)
+            return ops;
+        else
+            return VTableOps(ops.vtable());
+    }
+
+    U32 fold(const MapLink* member) const {
+        if (!isByRank_) return bitReverse(vtable_->hash(member));
+        U32 rank = 0;
+        vtable_->keyRank(nullptr, member, rank);
+        return bitReverse(rank);
+    }
 
     bool isLess(const MapLink* a, const MapLink* b) const {
         return vtable_->keyLessThan(nullptr, b, a);
@@ -30,6 +52,7 @@ public:
 
 private:
     const HashMapVTableGeneric* vtable_;
+    bool isByRank_ = false;
 };
 
 } // namespace Vel::detail
