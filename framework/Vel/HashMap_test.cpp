@@ -3,12 +3,9 @@
 #include <Vel/KeyedCollection.h>
 #include <Vel/MapMember.h>
 #include <Vel/testing/MapModel.h>
-#include <algorithm>
 #include <bit>
 #include <gtest/gtest.h>
 #include <initializer_list>
-#include <map>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -145,59 +142,13 @@ TEST_P(HashMapOf, OrderComesFromTheMembersAlone) {
 }
 
 TEST_P(HashMapOf, AMemberOfEqualKeyGivesWay) {
-    Map map;
-    std::vector<Ptr<Member>> old;
-    for (U32 number = 0; number < 500; ++number) {
-        old.push_back(new Member(keyOf(number), number));
-        map.insert(*old.back());
-    }
-    for (U32 number = 0; number < 500; ++number)
-        map.insert(*Ptr<Member>(new Member(keyOf(number), number + 1000)));
-    EXPECT_EQ(map.size(), 500u);
-    EXPECT_EQ(map.auditErrors(9), 0u);
-    for (U32 number = 0; number < 500; ++number) {
-        EXPECT_EQ(old[number]->references(), 1u);
-        EXPECT_EQ(old[number]->fwkNext(), nullptr);
-        EXPECT_EQ(map.find(keyOf(number))->value(), number + 1000);
-        map.remove(*old[number]);
-    }
-    EXPECT_EQ(map.size(), 500u) << "one that is not here changes nothing";
+    Testing::equalKeysGiveWay<Map, Member>(GetParam().key);
 }
 
-TEST_P(HashMapOf, TakingAKeyGivesItsMemberAway) {
-    constexpr U32 members = 3000;
-    Map map;
-    for (U32 number = 0; number < members; ++number) insert(map, number);
-    for (U32 number = 0; number < members; ++number) {
-        EXPECT_EQ(map.take(keyOf(number + members)), nullptr);
-        const Ptr<Member> taken = map.take(keyOf(number));
-        ASSERT_NE(taken, nullptr);
-        EXPECT_EQ(taken->value(), number);
-        EXPECT_EQ(taken->references(), 1u);
-        EXPECT_EQ(taken->fwkNext(), nullptr);
-        EXPECT_EQ(map.take(keyOf(number)), nullptr);
-        if (number % 500 == 0) {
-            EXPECT_EQ(map.auditErrors(9), 0u);
-        }
-    }
-    EXPECT_EQ(map.size(), 0u);
-}
+TEST_P(HashMapOf, TakingAKeyGivesItsMemberAway) { Testing::takeByKey<Map, Member>(GetParam().key); }
 
 TEST_P(HashMapOf, EmptyingDropsEveryReference) {
-    Map map;
-    std::vector<Ptr<Member>> members;
-    for (U32 number = 0; number < 3000; ++number) {
-        members.push_back(new Member(keyOf(number), number));
-        map.insert(*members.back());
-    }
-    map.emptyAllBuckets();
-    EXPECT_EQ(map.size(), 0u);
-    EXPECT_EQ(map.heapBytes(), 0u);
-    EXPECT_EQ(map.first(), nullptr);
-    for (const Ptr<Member>& member : members) {
-        EXPECT_EQ(member->references(), 1u);
-        EXPECT_EQ(member->fwkNext(), nullptr);
-    }
+    Testing::emptyAtOnce<Map, Member>(GetParam().key);
 }
 
 TEST(HashMap, UpToEightMembersNeedNoMemoryBesideThem) {

@@ -7,7 +7,6 @@
 #include <Vel/testing/MapModel.h>
 #include <algorithm>
 #include <gtest/gtest.h>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -33,14 +32,7 @@ struct Family {
 
 void PrintTo(const Family& family, std::ostream* out) { *out << family.name; }
 
-class HashMapOfRanks : public testing::TestWithParam<Family> {
-protected:
-    static U64 key(U32 number) { return GetParam().key(number); }
-
-    static void insert(Map& map, U32 number, U32 value) {
-        map.insert(*Ptr<Member>(new Member(key(number), value)));
-    }
-};
+class HashMapOfRanks : public testing::TestWithParam<Family> {};
 
 INSTANTIATE_TEST_SUITE_P(
     Families, HashMapOfRanks,
@@ -66,52 +58,15 @@ TEST_P(HashMapOfRanks, AWalkGoesOnWhateverElseChanges) {
 }
 
 TEST_P(HashMapOfRanks, AMemberOfEqualKeyGivesWay) {
-    Map map;
-    std::vector<Ptr<Member>> old;
-    for (U32 number = 0; number < 500; ++number) {
-        old.push_back(new Member(key(number), number));
-        map.insert(*old.back());
-    }
-    for (U32 number = 0; number < 500; ++number) insert(map, number, number + 1000);
-    EXPECT_EQ(map.size(), 500u);
-    EXPECT_EQ(map.auditErrors(9), 0u);
-    for (U32 number = 0; number < 500; ++number) {
-        EXPECT_EQ(old[number]->references(), 1u);
-        EXPECT_EQ(old[number]->fwkNext(), nullptr);
-        EXPECT_EQ(map.find(key(number))->value(), number + 1000);
-        map.remove(*old[number]);
-    }
-    EXPECT_EQ(map.size(), 500u) << "one that is not here changes nothing";
+    Testing::equalKeysGiveWay<Map, Member>(GetParam().key);
 }
 
 TEST_P(HashMapOfRanks, TakingAKeyGivesItsMemberAway) {
-    Map map;
-    for (U32 number = 0; number < 1000; ++number) insert(map, number, number);
-    for (U32 number = 0; number < 1000; ++number) {
-        EXPECT_EQ(map.take(key(number + 1000)), nullptr);
-        const Ptr<Member> taken = map.take(key(number));
-        ASSERT_NE(taken, nullptr);
-        EXPECT_EQ(taken->value(), number);
-        EXPECT_EQ(taken->references(), 1u);
-        EXPECT_EQ(taken->fwkNext(), nullptr);
-    }
-    EXPECT_EQ(map.size(), 0u);
-    EXPECT_EQ(map.auditErrors(9), 0u);
+    Testing::takeByKey<Map, Member>(GetParam().key);
 }
 
 TEST_P(HashMapOfRanks, EmptyingDropsEveryReference) {
-    Map map;
-    std::vector<Ptr<Member>> members;
-    for (U32 number = 0; number < 3000; ++number) {
-        members.push_back(new Member(key(number), number));
-        map.insert(*members.back());
-    }
-    map.emptyAllBuckets();
-    EXPECT_EQ(map.heapBytes(), 0u);
-    for (const Ptr<Member>& member : members) {
-        EXPECT_EQ(member->references(), 1u);
-        EXPECT_EQ(member->fwkNext(), nullptr);
-    }
+    Testing::emptyAtOnce<Map, Member>(GetParam().key);
 }
 
 TEST(EqualHashes, SignedKeysKeepTheirOrder) {
