@@ -109,9 +109,13 @@ private:
         }
     };
 
+    struct RankOps;
+
     // What the buckets must know of members.
     struct Ops {
         static constexpr bool hasPlainMembers = false;
+        static constexpr bool hasRanks = hasKeyRank<Key>;
+        using Ranks = RankOps;
 
         U32 fold(const MapLink* member) const noexcept { return keyFold<Key>(keyOf(member)); }
 
@@ -129,6 +133,20 @@ private:
 
         const HashMapVTableGeneric& vtable() const noexcept {
             return HashMapVTable<Entry, Key>::instance();
+        }
+    };
+
+    // The same for the map of ranks of those that share a hash.
+    struct RankOps : Ops {
+        static constexpr bool hasRanks = false;
+
+        U32 fold(const MapLink* member) const noexcept {
+            const Key& key = keyOf(member);
+            return foldOf(&key);
+        }
+
+        U32 foldOf(const void* key) const noexcept {
+            return bitReverse(keyRank<Key>(*static_cast<const Key*>(key)));
         }
     };
 

@@ -104,6 +104,7 @@ template <class KeyType>
 
         struct Ops {
             static constexpr bool hasPlainMembers = true;
+            static constexpr bool hasRanks = false;
 
             U32 fold(const MapLink* object) const noexcept {
                 return static_cast<const Object*>(object)->key();

@@ -47,11 +47,13 @@ bool BucketTable::layOut(U32 count) noexcept {
 // before it (OrderedBuckets::divert).
 bool BucketTable::widenFor(U32 fold) noexcept {
     constexpr U32 most = 16384;
-    constexpr U32 emptier = 4; // than they should be
+    constexpr U32 emptier = 4;       // than they should be
+    constexpr U32 worthOfATable = 4; // buckets: what they lead to has more members than that
     const auto start = static_cast<unsigned>(std::countr_zero(differs(fold)));
     const unsigned bits = shift() - start;
     const U64 count = U64{count_} << bits;
-    if (count > std::min(most, emptier * bucketsFor(members + 1))) return false;
+    const U32 needed = bucketsFor(members + 1) + (firstChild != nullptr ? worthOfATable : 0);
+    if (count > std::min(most, emptier * needed)) return false;
     BucketOrder wider;
     if (!growTo(static_cast<U32>(count)) || !wider.make(static_cast<U32>(count))) return false;
     const U32 low = prefix() >> start;

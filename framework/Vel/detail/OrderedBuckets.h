@@ -10,8 +10,8 @@
 // Plain:   a member may be a number and no object (PlainMember), where Ops says so. It sits in a bucket with nobody behind
 //          the seats: a bucket that gets more makes objects of all its members first.
 // Ops:     every algorithm is a template over what it must know of members: fold(member), isLess(a, b) and
-//          isEqual(a, b) for members of one fold, vtable(); hasPlainMembers, and embodied(fold, member) if so. HashMap
-//          passes inlined code, HashMapGeneric its vtable.
+//          isEqual(a, b) for members of one fold, vtable(); hasPlainMembers, and embodied(fold, member) if so; hasRanks, and
+//          Ranks, the ops of a map of ranks, if so. HashMap passes inlined code, HashMapGeneric its vtable.
 // Errors:  without memory growth waits and chains get longer. Only where a member finds no place at all without memory
 //          add() throws std::bad_alloc, and nothing has changed.
 #pragma once
@@ -262,8 +262,13 @@ template <class Ops, class IsKey>
                                                      const void* key, const IsKey& isKey) noexcept {
     if (bucket.isEqual()) {
         if (bucket.sub().prefix() != fold) return nullptr;
-        MapLink* const found = bucket.equal()->find(key);
-        return found != nullptr && isKey(found) ? found : nullptr;
+        if constexpr (Ops::hasRanks) {
+            constexpr typename Ops::Ranks ranks;
+            return bucket.equal()->ranked()->find(ranks, ranks.foldOf(key), key, isKey);
+        } else {
+            MapLink* const found = bucket.equal()->find(key);
+            return found != nullptr && isKey(found) ? found : nullptr;
+        }
     }
     if (hashesBelow(fold, bucket.fold(Bucket::seats - 1))) return nullptr;
     for (MapLink* at = bucket.member(Bucket::seats - 1)->next_; at != nullptr; at = at->next_)

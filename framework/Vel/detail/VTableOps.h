@@ -13,6 +13,7 @@ namespace Vel::detail {
 class VTableOps {
 public:
     static constexpr bool hasPlainMembers = false;
+    static constexpr bool hasRanks = false; // that it knew without asking
 
     explicit VTableOps(const HashMapVTableGeneric& vtable) noexcept : vtable_(&vtable) {}
 
