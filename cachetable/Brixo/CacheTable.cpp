@@ -132,11 +132,13 @@ void CacheTable::doRestart() {
 Vel::SharedBits CacheTable::sampledBits() const {
     constexpr U32 enough = Vel::SharedBits::enoughKeys;
     constexpr U32 most = 1024;
-    constexpr U32 goldenRatio = 0x9e3779b9; // of 2^32
+    constexpr U32 goldenRatio = 0x9e3779b9; // of the whole, 2^32
     const U32 looks = std::min(size_ / 4, most);
     Vel::SharedBits shared;
+    U32 place = 0; // of the whole
     for (U32 i = 0; i < looks && shared.keys() < enough && shared.bits() != 0; ++i) {
-        const auto index = static_cast<U32>(U64{i * goldenRatio} * size_ >> 32);
+        const auto index = static_cast<U32>(U64{place} * size_ >> 32);
+        place += goldenRatio;
         if (const DeviceOffset key = keyAt(index); !isUnused(key)) shared.add(keyFold(key));
     }
     return shared;
