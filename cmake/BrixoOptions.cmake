@@ -37,6 +37,11 @@ target_compile_options(brixo_options INTERFACE
 # __FILE__ is the path in this tree, wherever the tree stands: messages and binaries are the same on every machine.
 add_compile_options(-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=)
 
+# For i686 GCC would copy by `rep movsb` where it does not know the size, which takes some 10 ns to begin.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_SIZEOF_VOID_P EQUAL 4)
+  add_compile_options(-mstringop-strategy=libcall)
+endif()
+
 # A sanitizer instruments what the whole build makes, GoogleTest included; coverage only what is ours.
 if(BRIXO_SANITIZE)
   add_compile_options(
