@@ -4,6 +4,8 @@
 #include <Brixo/testing/Child.h>
 #include <Brixo/testing/RegionFolder.h>
 #include <Brixo/testing/Tables.h>
+#include <Vel/PtrTrack.h>
+#include <Vel/testing/LiveObjects.h>
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <map>
@@ -145,6 +147,21 @@ TEST_F(CacheTableRecovery, FindsEveryKeyWhateverTheyShare) {
             std::ranges::sort(foundFree);
             EXPECT_EQ(foundFree, free);
         }
+    }
+}
+
+// A key without a seat of its own becomes an object.
+TEST_F(CacheTableRecovery, SeatsEveryKeyOfAStride) {
+    constexpr U32 slots = 10'000;
+    for (const U32 stride : {4U, 4096U}) {
+        std::string bytes = formattedRegion({});
+        for (U32 slot = 0; slot < slots; ++slot) bytes += word(slot * stride) + "d";
+        regions.clear();
+        regions.put(regionName, bytes);
+        const Vel::Testing::LiveObjects objects;
+        const Vel::Ptr<CacheTable> table = openTable(slots, 1);
+        EXPECT_EQ(table->keyToIndexs(), slots);
+        EXPECT_EQ(Vel::PtrTrack::alive(), 1U) << "the table alone: stride " << stride;
     }
 }
 
