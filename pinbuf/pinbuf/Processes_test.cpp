@@ -50,7 +50,7 @@ TEST_F(Processes, FindTheSameAddressAfterARestart) {
         EXPECT_EQ(probe("alloc first 5000 a"), "0x40000000\n");
     }
     EXPECT_EQ(alloc("first", 5000), 0x40000000U);
-    EXPECT_EQ(probe("list"), "first\ta\t0x40000000\t5000\nsecond\tb\t0x40002000\t1\n");
+    EXPECT_EQ(probe("list"), "first\ta\t0x40000000\t5000\t1\nsecond\tb\t0x40002000\t1\t1\n");
 }
 
 TEST_F(Processes, SeeWhatAnotherOneWroteAlsoAfterItsEnd) {

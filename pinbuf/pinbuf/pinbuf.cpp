@@ -1,6 +1,7 @@
 #include <pinbuf/pinbuf.h>
 
 #include <exception>
+#include <optional>
 #include <pinbuf/detail/Backend.h>
 #include <pinbuf/detail/Error.h>
 #include <pinbuf/detail/RegionName.h>
@@ -19,6 +20,16 @@ Result answer(const char* call, const char* name, Result onFailure, Step step) n
         pinbuf::report(call, name, failure.what());
         return onFailure;
     }
+}
+
+void requireVisitor(pinbuf_visitor visitor) {
+    if (visitor == nullptr) throw pinbuf::Failure("the visitor is null");
+}
+
+int visit(const pinbuf::RegionInfo& region, pinbuf_visitor visitor, void* context) {
+    const pinbuf_region seen{region.name.c_str(), region.owner.c_str(), region.address,
+                             region.sizeBytes, region.isMade ? 1 : 0};
+    return visitor(&seen, context);
 }
 
 } // namespace
@@ -40,11 +51,26 @@ void* pinbuf_map(const char* name, int platform0, int platform1, int platform2) 
 
 const char* pinbuf_error() { return pinbuf::lastError(); }
 
+// Both look at all that they need before the first visit: the folder is unlocked again then, and a
+// visitor may make regions.
+int pinbuf_find(const char* name, pinbuf_visitor visitor, void* context) {
+    std::optional<pinbuf::RegionInfo> region;
+    const bool isLookedFor = answer("pinbuf_find", name, false, [&] {
+        const pinbuf::RegionName regionName(name);
+        requireVisitor(visitor);
+        region = pinbuf::chosenBackend().find(regionName);
+        return true;
+    });
+    if (!isLookedFor) return -1;
+    if (!region) return 0;
+    visit(*region, visitor, context);
+    return 1;
+}
+
 int pinbuf_list(pinbuf_visitor visitor, void* context) {
-    // The folder is unlocked again before the first visit: a visitor may allocate regions.
     std::vector<pinbuf::RegionInfo> regions;
     const bool isListed = answer("pinbuf_list", nullptr, false, [&] {
-        if (visitor == nullptr) throw pinbuf::Failure("the visitor is null");
+        requireVisitor(visitor);
         regions = pinbuf::chosenBackend().list();
         return true;
     });
@@ -52,10 +78,8 @@ int pinbuf_list(pinbuf_visitor visitor, void* context) {
 
     int visits = 0;
     for (const pinbuf::RegionInfo& region : regions) {
-        const pinbuf_region seen{region.name.c_str(), region.owner.c_str(), region.address,
-                                 region.sizeBytes};
         ++visits;
-        if (visitor(&seen, context) != 0) break;
+        if (visit(region, visitor, context) != 0) break;
     }
     return visits;
 }

@@ -64,12 +64,14 @@ PINBUF_API void* pinbuf_map(const char* name, int platform0, int platform1, int 
 // until the thread's next call.
 PINBUF_API const char* pinbuf_error(void);
 
-// What pinbuf_list says of one region. The strings live until the visit returns.
+// What is known of one region. The strings live until the visit returns.
 struct pinbuf_region {
     const char* name;
     const char* owner;         // "" when unknown
     unsigned physical_address; // 0: a file that no pinbuf_alloc_func has taken for a region yet
     unsigned size_bytes;       // of the file
+    int made_here;             // 1: made by pinbuf_alloc_func with exactly size_bytes; 0: put there
+                               // by other means, or not known
 };
 
 // Looks at one region; returns 0 to go on, else stops. May call every function of this header.
@@ -80,6 +82,11 @@ typedef int (*pinbuf_visitor)(const struct pinbuf_region* region, void* context)
 // visited; -1 on failure. Reads only, and needs no process that uses the regions: it also serves an
 // operator who looks into the folder of another user. An absent folder has no regions.
 PINBUF_API int pinbuf_list(pinbuf_visitor visitor, void* context);
+
+// Visits the region `name`, if there is one: returns 1, whatever the visitor answers; 0 when there
+// is none; -1 on failure. Reads only, as pinbuf_list does, and looks at no other file of the folder
+// than the region's and the directory of regions.
+PINBUF_API int pinbuf_find(const char* name, pinbuf_visitor visitor, void* context);
 
 #ifdef __cplusplus
 }

@@ -333,16 +333,25 @@ TEST_F(Pinbuf, AnswersZeroWhenTheProcessMayNotMakeSoLargeAFile) {
         0);
 }
 
+// A visitor: adds the region's line to the string `context`.
+int addLine(const pinbuf_region* region, void* context) {
+    *static_cast<std::string*>(context) += std::string(region->name) + ' ' + region->owner + ' ' +
+                                           std::to_string(region->physical_address) + ' ' +
+                                           std::to_string(region->size_bytes) + ' ' +
+                                           std::to_string(region->made_here) + '\n';
+    return 0;
+}
+
+// What the calls say, and behind it what they return.
 std::string list() {
     std::string text;
-    const int visits = pinbuf_list(
-        [](const pinbuf_region* region, void* context) {
-            *static_cast<std::string*>(context) += std::string(region->name) + ' ' + region->owner +
-                                                   ' ' + std::to_string(region->physical_address) +
-                                                   ' ' + std::to_string(region->size_bytes) + '\n';
-            return 0;
-        },
-        &text);
+    const int visits = pinbuf_list(addLine, &text);
+    return text + std::to_string(visits);
+}
+
+std::string find(const char* name) {
+    std::string text;
+    const int visits = pinbuf_find(name, addLine, &text);
     return text + std::to_string(visits);
 }
 
@@ -351,10 +360,72 @@ TEST_F(Pinbuf, ListsRegionsByName) {
     pinbuf_alloc_func("b", 8, "agent");
     pinbuf_alloc_func("a", 4097, nullptr);
     regions.put("c", "by hand");
-    EXPECT_EQ(list(), "a  1073745920 4097\n"
-                      "b agent 1073741824 8\n"
-                      "c  0 7\n"
+    EXPECT_EQ(list(), "a  1073745920 4097 1\n"
+                      "b agent 1073741824 8 1\n"
+                      "c  0 7 0\n"
                       "3");
+}
+
+TEST_F(Pinbuf, TellsRegionsThatItMadeFromFilesThatItFound) {
+    alloc("made", 8);
+    alloc("made", 4); // a larger region serves
+    regions.put("found", "by hand");
+    EXPECT_EQ(find("found"), "found  0 7 0\n1");
+    alloc("found", 7);
+    alloc("replaced", 8);
+    regions.put("replaced", "of another size");
+    alloc("replaced", 8);
+    EXPECT_EQ(list(), "found owner 1073745920 7 0\n"
+                      "made owner 1073741824 8 1\n"
+                      "replaced owner 1073750016 15 0\n"
+                      "3");
+}
+
+TEST_F(Pinbuf, FindsOneRegionByName) {
+    EXPECT_EQ(find("r"), "0") << "also where there is no folder";
+    EXPECT_FALSE(fs::exists(regions.path()));
+    for (const char* name : {"q", "r", "rr"}) alloc(name, 8);
+    EXPECT_EQ(find("r"), "r owner 1073745920 8 1\n1");
+    EXPECT_STREQ(pinbuf_error(), "");
+    EXPECT_EQ(find("rrr"), "0");
+    EXPECT_STREQ(pinbuf_error(), "");
+    fs::remove(regions.path("r"));
+    EXPECT_EQ(find("r"), "0") << "its record is no region";
+    fs::create_symlink("q", regions.path("link"));
+    EXPECT_EQ(find("link"), "0");
+}
+
+TEST_F(Pinbuf, ReturnsOneForTheRegionFoundWhateverTheVisitorAnswers) {
+    alloc("r", 8);
+    EXPECT_EQ(pinbuf_find(
+                  "r", [](const pinbuf_region*, void*) { return 7; }, nullptr),
+              1);
+}
+
+TEST_F(Pinbuf, LetsAVisitorOfOneRegionMakeRegions) {
+    alloc("a", 8);
+    EXPECT_EQ(
+        pinbuf_find(
+            "a",
+            [](const pinbuf_region*, void*) { return alloc("made meanwhile", 8) == 0 ? 1 : 0; },
+            nullptr),
+        1);
+    EXPECT_TRUE(regions.has("made meanwhile"));
+}
+
+TEST_F(Pinbuf, SaysWhyItCannotLookForARegion) {
+    const auto findLine = [](const char* name, pinbuf_visitor visitor) {
+        return lineOf([&] { return pinbuf_find(name, visitor, nullptr) >= 0; });
+    };
+    const pinbuf_visitor visitor = [](const pinbuf_region*, void*) { return 0; };
+    EXPECT_EQ(findLine("r", nullptr), "pinbuf_find: region \"r\": the visitor is null");
+    EXPECT_EQ(findLine(nullptr, visitor), "pinbuf_find: the name is null");
+    EXPECT_EQ(findLine("../r", visitor),
+              "pinbuf_find: region \"../r\": the name begins with a dot");
+    alloc("r", 8);
+    regions.put(".regions", "garbage");
+    EXPECT_EQ(findLine("r", visitor), "pinbuf_find: region \"r\": " + quotedPath(".regions") +
+                                          " is not a directory of regions: it has 7 bytes");
 }
 
 TEST_F(Pinbuf, StopsListingWhenTheVisitorSaysSo) {

@@ -2,7 +2,7 @@
 //
 //   pinbuf-probe alloc NAME SIZE OWNER   the physical address
 //   pinbuf-probe write NAME TEXT         maps the region and writes TEXT at its beginning
-//   pinbuf-probe list                    one line each: name, owner, address, size
+//   pinbuf-probe list                    one line each: name, owner, address, size, whether it was made here
 // Exit status 1 when a call failed; the library has said why.
 #include <pinbuf/pinbuf.h>
 
@@ -27,8 +27,8 @@ int main(int count, char** arguments) {
     }
     if (command == "list" && count == 2) {
         const pinbuf_visitor print = [](const pinbuf_region* region, void*) {
-            std::printf("%s\t%s\t0x%08x\t%u\n", region->name, region->owner,
-                        region->physical_address, region->size_bytes);
+            std::printf("%s\t%s\t0x%08x\t%u\t%d\n", region->name, region->owner,
+                        region->physical_address, region->size_bytes, region->made_here);
             return 0;
         };
         return pinbuf_list(print, nullptr) < 0 ? 1 : 0;

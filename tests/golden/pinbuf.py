@@ -3,7 +3,8 @@
 
     pinbuf.py write DIR     write the golden files into DIR
     pinbuf.py check DIR     fail unless the golden files in DIR are what `write` writes
-    pinbuf.py show FOLDER   print the regions of a folder, one line each: name, owner, address, size
+    pinbuf.py show FOLDER   print the regions of a folder, one line each: name, owner, address, size, whether the
+                            library made it
     pinbuf.py probe EXE     let EXE (pinbuf-probe) make regions in a fresh folder, and compare what it says with
                             what the files say
 """
@@ -20,6 +21,7 @@ WINDOW_BEGIN, WINDOW_END = 0x40000000, 0xC0000000
 HEADER = struct.Struct("<5I236x")
 RECORD = struct.Struct("<4I128s112s")
 MAGIC = int.from_bytes(b"PNBD", "little")
+MADE, FOUND = 1, 0  # by the library, or by other means
 assert HEADER.size == RECORD.size == 256
 
 
@@ -33,14 +35,14 @@ class Directory:
     def records(self):
         return [RECORD.unpack_from(self.data, at) for at in range(HEADER.size, len(self.data), RECORD.size)]
 
-    def enter(self, name, size, owner):
+    def enter(self, name, size, owner, origin=MADE):
         address = self.first_fit(size)
         states = [record[0] for record in self.records()]
         if 0 not in states:
             self.data += bytes(PAGE)
             states.append(0)
         at = HEADER.size + states.index(0) * RECORD.size
-        RECORD.pack_into(self.data, at, 1, address, size, 0, name.encode(), owner.encode()[:111])
+        RECORD.pack_into(self.data, at, 1, address, size, origin, name.encode(), owner.encode()[:111])
 
     def forget(self, name):
         for index, record in enumerate(self.records()):
@@ -76,7 +78,7 @@ def several():
     directory.enter("CacheTable-3-1-77", 4008, "@BrixoCacheTable")
     directory.enter("gone", 8193, "x")
     directory.enter("n" * 127, 4096, "o" * 111)
-    directory.enter("omega", 4097, "")
+    directory.enter("omega", 4097, "", FOUND)
     directory.forget("gone")
     directory.enter("late", 8192, "o" * 112)  # into the freed record, at the freed address
     directory.forget("alpha")  # leaves a free record whose other bytes stay
@@ -105,7 +107,7 @@ def check(folder):
 
 
 def read(folder):
-    """{name: (owner, address, size)} of the regions of a folder."""
+    """{name: (owner, address, size, origin)} of the regions of a folder."""
     descriptor = os.open(folder, os.O_RDONLY | os.O_DIRECTORY)
     try:
         fcntl.flock(descriptor, fcntl.LOCK_SH)
@@ -118,18 +120,19 @@ def read(folder):
     assert len(data) % RECORD.size == 0
     regions = {}
     for at in range(HEADER.size, len(data), RECORD.size):
-        state, address, size, _, name, owner = RECORD.unpack_from(data, at)
+        state, address, size, origin, name, owner = RECORD.unpack_from(data, at)
         assert state in (0, 1)
         if state == 1 and sizes.get(text(name)) == size:
             assert address % PAGE == 0 and begin <= address and address + pages(size) <= end
-            regions[text(name)] = (text(owner), address, size)
-    taken = sorted((address, address + pages(size)) for _, address, size in regions.values())
+            regions[text(name)] = (text(owner), address, size, MADE if origin == MADE else FOUND)
+    taken = sorted((address, address + pages(size)) for _, address, size, _ in regions.values())
     assert all(low[1] <= high[0] for low, high in zip(taken, taken[1:])), "regions overlap"
     return regions
 
 
 def lines(regions):
-    return [f"{name}\t{owner}\t0x{address:08x}\t{size}" for name, (owner, address, size) in sorted(regions.items())]
+    return [f"{name}\t{owner}\t0x{address:08x}\t{size}\t{origin}"
+            for name, (owner, address, size, origin) in sorted(regions.items())]
 
 
 def probe(executable):
@@ -147,9 +150,15 @@ def probe(executable):
             answers[name] = run("alloc", name, str(size), f"owner-{number}")[0]
         regions = read(folder)
         assert len(regions) == 40
-        assert {name: f"0x{address:08x}" for name, (_, address, _) in regions.items()} == answers
+        assert {name: f"0x{address:08x}" for name, (_, address, _, _) in regions.items()} == answers
         assert lines(regions) == run("list")
-        assert all((folder / name).read_bytes() == bytes(size) for name, (_, _, size) in regions.items())
+        assert all((folder / name).read_bytes() == bytes(size) for name, (_, _, size, _) in regions.items())
+        assert all(origin == MADE for _, _, _, origin in regions.values())
+        (folder / "by-hand").write_bytes(b"found")
+        run("alloc", "by-hand", "5", "owner")
+        regions = read(folder)
+        assert regions["by-hand"][3] == FOUND
+        assert lines(regions) == run("list")
     print("40 regions: the files say what the library says")
 
 

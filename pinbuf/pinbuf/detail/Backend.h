@@ -9,6 +9,7 @@
 #define PINBUF_DETAIL_BACKEND_H
 
 #include <cstdint>
+#include <optional>
 #include <pinbuf/detail/RegionName.h>
 #include <string>
 #include <string_view>
@@ -26,6 +27,7 @@ struct RegionInfo {
     std::string owner;
     std::uint32_t address; // 0: none yet
     std::uint32_t sizeBytes;
+    bool isMade; // by this library, with exactly sizeBytes; false also when that is not known
 };
 
 class Backend {
@@ -40,6 +42,9 @@ public:
 
     // The virtual address of an existing region; never null.
     virtual void* map(const RegionName& name, const PlatformConstants& constants) const = 0;
+
+    // The region of that name; empty when there is none.
+    virtual std::optional<RegionInfo> find(const RegionName& name) const = 0;
 
     // The regions that exist, by ascending name.
     virtual std::vector<RegionInfo> list() const = 0;

@@ -140,10 +140,11 @@ Directory::Place Directory::placeFor(std::uint64_t sizeBytes) {
 }
 
 void Directory::enter(Place place, const RegionName& name, std::uint32_t sizeBytes,
-                      std::string_view owner) {
+                      std::string_view owner, RegionOrigin origin) {
     DirectoryRecord record;
     record.address = place.address;
     record.sizeBytes = sizeBytes;
+    record.origin = origin;
     storeText(record.name, name.text());
     storeText(record.owner, owner);
 

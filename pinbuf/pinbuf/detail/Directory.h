@@ -53,8 +53,8 @@ public:
     Place placeFor(std::uint64_t sizeBytes);
 
     // Enters a region at `place`. The name has no valid record yet. An owner is cut to 111 bytes.
-    void enter(Place place, const RegionName& name, std::uint32_t sizeBytes,
-               std::string_view owner);
+    void enter(Place place, const RegionName& name, std::uint32_t sizeBytes, std::string_view owner,
+               RegionOrigin origin);
 
     // Gives up the record of that name, if there is one.
     void forget(std::string_view name);

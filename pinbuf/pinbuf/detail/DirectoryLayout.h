@@ -35,6 +35,12 @@ static_assert(sizeof(DirectoryHeader) == 256 && alignof(DirectoryHeader) == 4);
 static_assert(offsetof(DirectoryHeader, windowEnd) == 16 &&
               offsetof(DirectoryHeader, reserved) == 20);
 
+// How a region came to be. Another number than these says as little as `unknown`.
+enum class RegionOrigin : std::uint32_t {
+    unknown = 0, // by other means, or before records said so
+    made = 1,    // by the library, with exactly the size on record
+};
+
 struct DirectoryRecord {
     static constexpr std::uint32_t stateFree = 0;
     static constexpr std::uint32_t stateValid = 1;
@@ -43,13 +49,16 @@ struct DirectoryRecord {
     std::uint32_t state = stateFree;          //   0: written last
     std::uint32_t address = 0;                //   4: physical, a multiple of 4096
     std::uint32_t sizeBytes = 0;              //   8: of the region's file; it takes whole pages
-    std::uint32_t reserved = 0;               //  12
+    RegionOrigin origin{};                    //  12
     char name[RegionName::maxBytes + 1] = {}; //  16: of region and file, zeros up to the end
     char owner[maxOwnerBytes + 1] = {};       // 144: who asked first, zeros up to the end
+
+    bool isMade() const { return origin == RegionOrigin::made; }
 };
 
 static_assert(sizeof(DirectoryRecord) == 256 && alignof(DirectoryRecord) == 4);
 static_assert(offsetof(DirectoryRecord, address) == 4 && offsetof(DirectoryRecord, sizeBytes) == 8);
+static_assert(offsetof(DirectoryRecord, origin) == 12);
 static_assert(offsetof(DirectoryRecord, name) == 16 && offsetof(DirectoryRecord, owner) == 144);
 
 // Where record `index` begins in the file.

@@ -28,7 +28,7 @@ protected:
         const Directory::Place place = directory.placeFor(sizeBytes);
         regions.put(name, "");
         fs::resize_file(regions.path(name), sizeBytes);
-        directory.enter(place, RegionName(name.c_str()), sizeBytes, "owner");
+        directory.enter(place, RegionName(name.c_str()), sizeBytes, "owner", RegionOrigin::made);
         return place.address;
     }
 
@@ -82,8 +82,10 @@ TEST_F(DirectoryTest, ForgetsOneRegionAndNoOther) {
 
 TEST_F(DirectoryTest, CutsAnOwnerAfter111Bytes) {
     Directory directory = open();
-    directory.enter(directory.placeFor(1), RegionName("fits"), 1, std::string(111, 'o'));
-    directory.enter(directory.placeFor(1), RegionName("cut"), 1, std::string(112, 'o'));
+    directory.enter(directory.placeFor(1), RegionName("fits"), 1, std::string(111, 'o'),
+                    RegionOrigin::made);
+    directory.enter(directory.placeFor(1), RegionName("cut"), 1, std::string(112, 'o'),
+                    RegionOrigin::made);
     EXPECT_EQ(open().find("fits")->owner, std::string(111, 'o'));
     EXPECT_EQ(open().find("cut")->owner, std::string(111, 'o'));
 }
@@ -152,15 +154,16 @@ TEST_F(DirectoryTest, WritesTheGoldenBytesOfAnEmptyFolder) {
 
 TEST_F(DirectoryTest, WritesTheGoldenBytesOfSeveralRegions) {
     Directory directory = open();
-    const auto put = [&](const std::string& name, std::uint32_t sizeBytes,
-                         const std::string& owner) {
-        directory.enter(directory.placeFor(sizeBytes), RegionName(name.c_str()), sizeBytes, owner);
+    const auto put = [&](const std::string& name, std::uint32_t sizeBytes, const std::string& owner,
+                         RegionOrigin origin = RegionOrigin::made) {
+        directory.enter(directory.placeFor(sizeBytes), RegionName(name.c_str()), sizeBytes, owner,
+                        origin);
     };
     put("alpha", 1, "agent-a");
     put("CacheTable-3-1-77", 4008, "@BrixoCacheTable");
     put("gone", 8193, "x");
     put(std::string(127, 'n'), 4096, std::string(111, 'o'));
-    put("omega", 4097, "");
+    put("omega", 4097, "", RegionOrigin::unknown);
     directory.forget("gone");
     put("late", 8192, std::string(112, 'o'));
     directory.forget("alpha");
@@ -174,7 +177,7 @@ TEST_F(DirectoryTest, WritesTheGoldenBytesOfMoreThanAPage) {
         const std::uint32_t sizeBytes = 4096 * i + 1;
         regions.put("region-" + number, std::string(sizeBytes, 'x'));
         directory.enter(directory.placeFor(sizeBytes), RegionName(("region-" + number).c_str()),
-                        sizeBytes, "owner-" + number);
+                        sizeBytes, "owner-" + number, RegionOrigin::made);
     }
     EXPECT_EQ(fileBytes(), golden("grown"));
 }
@@ -188,18 +191,20 @@ TEST_F(DirectoryTest, ReadsTheGoldenBytes) {
         std::uint32_t address;
         std::uint32_t sizeBytes;
         std::string owner;
+        RegionOrigin origin = RegionOrigin::made;
     };
 
     for (const Expected& expected :
          {Expected{"CacheTable-3-1-77", 0x40001000, 4008, "@BrixoCacheTable"},
           Expected{"late", 0x40002000, 8192, std::string(111, 'o')},
           Expected{std::string(127, 'n'), 0x40005000, 4096, std::string(111, 'o')},
-          Expected{"omega", 0x40006000, 4097, ""}}) {
+          Expected{"omega", 0x40006000, 4097, "", RegionOrigin::unknown}}) {
         const DirectoryRecord* const record = directory.find(expected.name);
         ASSERT_NE(record, nullptr) << expected.name;
         EXPECT_EQ(record->address, expected.address);
         EXPECT_EQ(record->sizeBytes, expected.sizeBytes);
         EXPECT_EQ(record->owner, expected.owner);
+        EXPECT_EQ(record->origin, expected.origin);
     }
     EXPECT_EQ(directory.find("alpha"), nullptr);
     EXPECT_EQ(directory.find("gone"), nullptr);
@@ -306,6 +311,18 @@ TEST_F(DamagedDirectory, IgnoresWhatAFreeRecordHolds) {
     bytes.replace(at(0, 4), 252, 252, '\xff');
     regions.put(Directory::leaf, bytes);
     EXPECT_EQ(failureOf([&] { open(); }), "");
+}
+
+TEST_F(DamagedDirectory, KnowsNoOtherOriginThanMade) {
+    std::string bytes = golden("several");
+    for (const std::uint32_t origin : {0U, 2U, 0x100U, 0xffffffffU}) {
+        storeWord(bytes, at(1, 12), origin);
+        regions.put(Directory::leaf, bytes);
+        EXPECT_FALSE(open().find("CacheTable-3-1-77")->isMade());
+    }
+    storeWord(bytes, at(1, 12), 1);
+    regions.put(Directory::leaf, bytes);
+    EXPECT_TRUE(open().find("CacheTable-3-1-77")->isMade());
 }
 
 // A flipped bit may change what the file says; it never makes opening do anything but answer or

@@ -25,7 +25,8 @@ std::uint32_t adopt(Directory& directory, const FolderFile& file, const RegionNa
     directory.forget(name.text());
     const Directory::Place place = directory.placeFor(file.sizeBytes());
     // It fits the address window, so it fits 32 bits.
-    directory.enter(place, name, static_cast<std::uint32_t>(file.sizeBytes()), owner);
+    directory.enter(place, name, static_cast<std::uint32_t>(file.sizeBytes()), owner,
+                    RegionOrigin::unknown);
     return place.address;
 }
 
@@ -71,11 +72,12 @@ std::optional<RegionInfo> describe(const Folder& folder, const std::optional<Dir
         !S_ISREG(found.st_mode) || found.st_size > std::numeric_limits<std::uint32_t>::max()) {
         return std::nullopt;
     }
-    RegionInfo info{name, "", 0, static_cast<std::uint32_t>(found.st_size)};
+    RegionInfo info{name, "", 0, static_cast<std::uint32_t>(found.st_size), false};
     const DirectoryRecord* record = directory ? directory->find(name) : nullptr;
     if (record != nullptr && record->sizeBytes == info.sizeBytes) {
         info.owner = record->owner;
         info.address = record->address;
+        info.isMade = record->isMade();
     }
     return info;
 }
@@ -103,7 +105,7 @@ std::uint32_t ShmBackend::make(const Folder& folder, Directory& directory, const
     const Directory::Place place = directory.placeFor(sizeBytes);
     UnfinishedFile unfinished(folder, unfinishedLeaf);
     reserveRange(unfinished.file().descriptor(), 0, sizeBytes, reserve_);
-    directory.enter(place, name, sizeBytes, owner);
+    directory.enter(place, name, sizeBytes, owner, RegionOrigin::made);
     try {
         unfinished.publishAs(name.text());
     } catch (...) {
@@ -119,6 +121,14 @@ void* ShmBackend::map(const RegionName& name, const PlatformConstants&) const {
         folder ? FolderFile::open(*folder, name.text()) : std::nullopt;
     if (!file) throw Failure("there is no region of this name");
     return mapOnce(*file);
+}
+
+std::optional<RegionInfo> ShmBackend::find(const RegionName& name) const {
+    const std::optional<Folder> folder = Folder::openToRead(Folder::chosenPath());
+    if (!folder) return std::nullopt;
+
+    const FolderLock lock(*folder, FolderLock::Mode::shared);
+    return describe(*folder, Directory::openToRead(*folder), name.text());
 }
 
 std::vector<RegionInfo> ShmBackend::list() const {

@@ -19,6 +19,7 @@
 #define PINBUF_DETAIL_SHM_BACKEND_H
 
 #include <cstdint>
+#include <optional>
 #include <pinbuf/detail/Backend.h>
 #include <pinbuf/detail/Directory.h>
 #include <pinbuf/detail/Folder.h>
@@ -41,6 +42,7 @@ public:
     std::uint32_t alloc(const RegionName& name, std::uint32_t sizeBytes,
                         std::string_view owner) const override;
     void* map(const RegionName& name, const PlatformConstants& constants) const override;
+    std::optional<RegionInfo> find(const RegionName& name) const override;
     std::vector<RegionInfo> list() const override;
 
 private:
