@@ -49,6 +49,18 @@ void* pinbuf_map(const char* name, int platform0, int platform1, int platform2) 
     });
 }
 
+int pinbuf_hold(const char* name, pinbuf_holder* holder) {
+    return answer("pinbuf_hold", name, -1, [&] {
+        const pinbuf::RegionName regionName(name);
+        const pinbuf::RegionHolder found = pinbuf::chosenBackend().hold(regionName);
+        if (holder != nullptr) {
+            *holder = {found.process, {}};
+            found.owner.copy(holder->owner, sizeof holder->owner - 1);
+        }
+        return found.isNew ? 1 : 0;
+    });
+}
+
 const char* pinbuf_error() { return pinbuf::lastError(); }
 
 // Both look at all that they need before the first visit: the folder is unlocked again then, and a

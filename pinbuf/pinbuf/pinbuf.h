@@ -59,6 +59,23 @@ PINBUF_API unsigned pinbuf_alloc_func(const char* name, unsigned size, const cha
 // 1, 0, 0. The shm back end does not interpret them.
 PINBUF_API void* pinbuf_map(const char* name, int platform0, int platform1, int platform2);
 
+// Who holds a region.
+struct pinbuf_holder {
+    int process;     // its process id; 0: in a PID name space that this process cannot see into
+    char owner[112]; // who asked for the region first, as it is on record; "" when unknown
+};
+
+// Says to all processes that this one uses region `name` from now on, until it ends, by outcome:
+//  1: nobody did; this process holds the region now;
+//  0: somebody does already: another process, or this one through an earlier call (then
+//     holder->process is its own id);
+// -1: failure; also when there is no such region. `holder` keeps its contents.
+// `holder` may be null. Nobody is refused anything: the hold only tells the next who asks.
+// A hold ends with its process, whatever ends it, and with exec; there is no call to give it up.
+// It is the process's, not a thread's; a forked child has none of its parent's and may ask for its
+// own. It is a hold of this file: one that replaces it under the same name is held by nobody yet.
+PINBUF_API int pinbuf_hold(const char* name, struct pinbuf_holder* holder);
+
 // The line that the calling thread's last call here wrote to standard error, without its line feed;
 // "" when that call succeeded. At most 1023 bytes, on one line whatever the region was named. Valid
 // until the thread's next call.

@@ -30,6 +30,13 @@ struct RegionInfo {
     bool isMade; // by this library, with exactly sizeBytes; false also when that is not known
 };
 
+// Who holds a region.
+struct RegionHolder {
+    bool isNew;        // this process, since just now
+    int process;       // its id; 0: not visible from here
+    std::string owner; // of the region, as it is on record
+};
+
 class Backend {
 public:
     Backend() = default;
@@ -42,6 +49,9 @@ public:
 
     // The virtual address of an existing region; never null.
     virtual void* map(const RegionName& name, const PlatformConstants& constants) const = 0;
+
+    // Holds an existing region until the process ends, unless somebody does already.
+    virtual RegionHolder hold(const RegionName& name) const = 0;
 
     // The region of that name; empty when there is none.
     virtual std::optional<RegionInfo> find(const RegionName& name) const = 0;

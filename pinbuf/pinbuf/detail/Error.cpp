@@ -14,7 +14,8 @@ constexpr std::size_t lineBytes = 1023;
 constexpr std::size_t shownNameBytes = 127;
 constexpr std::string_view cutMark = "...";
 
-constinit thread_local std::array<char, lineBytes + 1> lastLine{};
+using LineBuffer = std::array<char, lineBytes + 1>;
+constinit thread_local LineBuffer lastLine{};
 
 bool needsEscape(char c) {
     const auto byte = static_cast<unsigned char>(c);
@@ -38,17 +39,19 @@ void quoteInto(std::string_view text, Put put) {
     put("\"");
 }
 
-// Fills lastLine from the left; once a piece does not fit, the line ends in the cut mark and takes
+// Fills a buffer from the left; once a piece does not fit, the line ends in the cut mark and takes
 // no more.
 class Line {
 public:
+    explicit Line(LineBuffer& buffer) : buffer_(buffer) {}
+
     void put(std::string_view text) {
         if (isCut_) return;
         if (text.size() > lineBytes - cutMark.size() - used_) {
             isCut_ = true;
             text = cutMark;
         }
-        std::memcpy(lastLine.data() + used_, text.data(), text.size());
+        std::memcpy(buffer_.data() + used_, text.data(), text.size());
         used_ += text.size();
     }
 
@@ -57,12 +60,18 @@ public:
         for (const char& c : text) put(std::string_view(&c, 1));
     }
 
-    std::size_t finish() const {
-        lastLine[used_] = '\0';
-        return used_;
+    // Ends the text and writes it with a line feed, by one system call, so that lines of several
+    // processes do not mix. There is nobody to tell when that fails.
+    void finish() {
+        buffer_[used_] = '\0';
+        char lineFeed = '\n';
+        const std::array<iovec, 2> parts{{{buffer_.data(), used_}, {&lineFeed, 1}}};
+        [[maybe_unused]] const auto written =
+            ::writev(STDERR_FILENO, parts.data(), static_cast<int>(parts.size()));
     }
 
 private:
+    LineBuffer& buffer_;
     std::size_t used_ = 0;
     bool isCut_ = false;
 };
@@ -79,7 +88,7 @@ std::string inQuotes(std::string_view text) {
 }
 
 void report(std::string_view call, const char* name, std::string_view reason) noexcept {
-    Line line;
+    Line line(lastLine);
     line.putEach(call);
     if (name != nullptr) {
         const std::size_t nameBytes = ::strnlen(name, shownNameBytes + 1);
@@ -90,13 +99,15 @@ void report(std::string_view call, const char* name, std::string_view reason) no
     }
     line.putEach(": ");
     line.putEach(reason);
+    line.finish();
+}
 
-    // One system call, so that lines of several processes do not mix. There is nobody to tell when
-    // it fails.
-    char lineFeed = '\n';
-    const std::array<iovec, 2> parts{{{lastLine.data(), line.finish()}, {&lineFeed, 1}}};
-    [[maybe_unused]] const auto written =
-        ::writev(STDERR_FILENO, parts.data(), static_cast<int>(parts.size()));
+void notice(std::string_view text) noexcept {
+    LineBuffer buffer;
+    Line line(buffer);
+    line.putEach("pinbuf: ");
+    line.putEach(text);
+    line.finish();
 }
 
 const char* lastError() noexcept { return lastLine.data(); }

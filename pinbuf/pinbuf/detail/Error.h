@@ -34,6 +34,10 @@ std::string inQuotes(std::string_view text);
 // "..." behind what was cut. Allocates nothing, so that it can also report that memory has run out.
 void report(std::string_view call, const char* name, std::string_view reason) noexcept;
 
+// Writes "pinbuf: <text>" to standard error, cut like a reported line, and keeps it nowhere: what a
+// call that goes on has to say.
+void notice(std::string_view text) noexcept;
+
 // The last reported line of this thread, or "" after clearError().
 const char* lastError() noexcept;
 void clearError() noexcept;

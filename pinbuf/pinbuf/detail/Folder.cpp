@@ -55,9 +55,9 @@ Folder Folder::openOrMake(const std::string& path) {
     if (::mkdir(path.c_str(), 0700) != 0 && errno != EEXIST) {
         throw Failure("cannot make the folder " + inQuotes(path), errno);
     }
-    Folder folder(path, openDirectory(path));
-    if (!folder.directory_.isOpen())
-        throw Failure("the folder " + inQuotes(path) + " has vanished");
+    Descriptor directory = openDirectory(path);
+    if (!directory.isOpen()) throw Failure("the folder " + inQuotes(path) + " has vanished");
+    Folder folder(path, std::move(directory));
     folder.requireOurs();
     return folder;
 }
@@ -68,18 +68,24 @@ std::optional<Folder> Folder::openToRead(const std::string& path) {
     return Folder(path, std::move(directory));
 }
 
-void Folder::requireOurs() const {
+Folder::Folder(std::string path, Descriptor directory)
+    : path_(std::move(path)), directory_(std::move(directory)) {
     struct stat found {};
 
     if (::fstat(descriptor(), &found) != 0) {
         throw Failure("cannot examine the folder " + inQuotes(path_), errno);
     }
-    if (found.st_uid != ::geteuid()) {
+    identity_ = FileIdentity::of(found);
+    mode_ = found.st_mode;
+    owner_ = found.st_uid;
+}
+
+void Folder::requireOurs() const {
+    if (owner_ != ::geteuid()) {
         throw Failure("the folder " + inQuotes(path_) + " belongs to user " +
-                      std::to_string(found.st_uid) + ", not to user " +
-                      std::to_string(::geteuid()));
+                      std::to_string(owner_) + ", not to user " + std::to_string(::geteuid()));
     }
-    if ((found.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
+    if ((mode_ & (S_IWGRP | S_IWOTH)) != 0) {
         throw Failure("the folder " + inQuotes(path_) + " is writable by others than its owner");
     }
 }

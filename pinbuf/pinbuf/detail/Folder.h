@@ -7,8 +7,10 @@
 #ifndef PINBUF_DETAIL_FOLDER_H
 #define PINBUF_DETAIL_FOLDER_H
 
+#include <cstdint>
 #include <optional>
 #include <pinbuf/detail/Descriptor.h>
+#include <pinbuf/detail/FileIdentity.h>
 #include <string>
 #include <string_view>
 
@@ -29,17 +31,21 @@ public:
     // The folder's open file, which finds again the folder of an earlier call.
     int descriptor() const { return directory_.number(); }
 
+    const FileIdentity& identity() const { return identity_; }
+
     // The path of a file in the folder, quoted, for texts.
     std::string quotedPathOf(std::string_view leaf) const;
 
 private:
-    Folder(std::string path, Descriptor directory)
-        : path_(std::move(path)), directory_(std::move(directory)) {}
+    Folder(std::string path, Descriptor directory);
 
     void requireOurs() const;
 
     std::string path_;
     Descriptor directory_;
+    FileIdentity identity_;
+    std::uint32_t mode_ = 0;
+    std::uint32_t owner_ = 0; // user id
 };
 
 // Holds the advisory lock of the folder: every change to it happens under the exclusive lock, every

@@ -49,7 +49,7 @@ FolderFile::FolderFile(std::string quotedPath, Descriptor descriptor)
         throw Failure("cannot examine " + quotedPath_, errno);
     }
     if (!S_ISREG(status.st_mode)) throw Failure(quotedPath_ + " is not a regular file");
-    identity_ = {status.st_dev, status.st_ino};
+    identity_ = FileIdentity::of(status);
     sizeBytes_ = static_cast<std::uint64_t>(status.st_size);
     mode_ = status.st_mode & 07777U;
     owner_ = status.st_uid;
@@ -66,11 +66,31 @@ std::optional<FolderFile> FolderFile::openWith(const Folder& folder, const std::
 
 std::optional<FolderFile> FolderFile::open(const Folder& folder, const std::string& leaf) {
     std::optional<FolderFile> file = openWith(folder, leaf, O_RDWR);
-    if (file && file->owner_ != ::geteuid()) {
-        throw Failure(file->quotedPath_ + " belongs to user " + std::to_string(file->owner_) +
-                      ", not to user " + std::to_string(::geteuid()));
-    }
+    if (file) file->requireOurs();
     return file;
+}
+
+FolderFile FolderFile::openOrMake(const Folder& folder, const std::string& leaf) {
+    const auto open = [&] {
+        return ::openat(folder.descriptor(), leaf.c_str(), O_RDWR | O_CREAT | safely, privateMode);
+    };
+    Descriptor descriptor(open());
+    // A umask may have taken our own access away from a file that somebody made a moment ago.
+    if (!descriptor.isOpen() && errno == EACCES &&
+        ::fchmodat(folder.descriptor(), leaf.c_str(), privateMode, AT_SYMLINK_NOFOLLOW) == 0) {
+        descriptor = Descriptor(open());
+    }
+    if (!descriptor.isOpen()) throw openFailure(folder.quotedPathOf(leaf), errno);
+    FolderFile file(folder.quotedPathOf(leaf), std::move(descriptor));
+    file.requireOurs();
+    file.makePrivate();
+    return file;
+}
+
+void FolderFile::requireOurs() const {
+    if (owner_ == ::geteuid()) return;
+    throw Failure(quotedPath_ + " belongs to user " + std::to_string(owner_) + ", not to user " +
+                  std::to_string(::geteuid()));
 }
 
 std::optional<FolderFile> FolderFile::openToRead(const Folder& folder, const std::string& leaf) {

@@ -10,18 +10,11 @@
 #include <cstdint>
 #include <optional>
 #include <pinbuf/detail/Descriptor.h>
+#include <pinbuf/detail/FileIdentity.h>
 #include <pinbuf/detail/Folder.h>
 #include <string>
 
 namespace pinbuf {
-
-// Tells files of one machine apart, whatever they are named. No other file has it while this one is
-// open or mapped.
-struct FileIdentity {
-    std::uint64_t device;
-    std::uint64_t inode;
-    bool operator==(const FileIdentity&) const = default;
-};
 
 class FolderFile {
 public:
@@ -34,7 +27,16 @@ public:
     // The same to read only, and whoever owns it.
     static std::optional<FolderFile> openToRead(const Folder& folder, const std::string& leaf);
 
+    // As open() does, but makes an empty file, the user's alone, when there is none. It has its name
+    // from the first: only for a file whose bytes say nothing.
+    static FolderFile openOrMake(const Folder& folder, const std::string& leaf);
+
     int descriptor() const { return descriptor_.number(); }
+
+    // Forgets the descriptor, which somebody else has closed.
+    void abandon() { descriptor_.release(); }
+
+    const std::string& quotedPath() const { return quotedPath_; }
 
     // What was found when the file was opened.
     std::uint64_t sizeBytes() const { return sizeBytes_; }
@@ -55,6 +57,7 @@ private:
     FolderFile(std::string quotedPath, Descriptor descriptor);
     static std::optional<FolderFile> openWith(const Folder& folder, const std::string& leaf,
                                               int flags);
+    void requireOurs() const;
 
     std::string quotedPath_;
     Descriptor descriptor_;

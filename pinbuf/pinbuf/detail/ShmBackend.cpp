@@ -8,7 +8,9 @@
 #include <memory>
 #include <optional>
 #include <pinbuf/detail/Error.h>
+#include <pinbuf/detail/LockFile.h>
 #include <pinbuf/detail/Mapping.h>
+#include <pinbuf/detail/Turn.h>
 #include <string>
 #include <sys/stat.h>
 
@@ -41,6 +43,12 @@ std::uint32_t reuse(Directory& directory, const FolderFile& file, const RegionNa
     const std::uint32_t address = adopt(directory, file, name, owner);
     if (file.hasHoles()) reserveHoles(file);
     return address;
+}
+
+FolderFile openRegion(const std::optional<Folder>& folder, const RegionName& name) {
+    std::optional<FolderFile> file = folder ? FolderFile::open(*folder, name.text()) : std::nullopt;
+    if (!file) throw Failure("there is no region of this name");
+    return std::move(*file);
 }
 
 // The names of the folder that may be regions, sorted.
@@ -117,10 +125,20 @@ std::uint32_t ShmBackend::make(const Folder& folder, Directory& directory, const
 
 void* ShmBackend::map(const RegionName& name, const PlatformConstants&) const {
     const std::optional<Folder> folder = Folder::openToRead(Folder::chosenPath());
-    const std::optional<FolderFile> file =
-        folder ? FolderFile::open(*folder, name.text()) : std::nullopt;
-    if (!file) throw Failure("there is no region of this name");
-    return mapOnce(*file);
+    return mapOnce(openRegion(folder, name));
+}
+
+RegionHolder ShmBackend::hold(const RegionName& name) const {
+    const std::optional<Folder> folder = Folder::openToRead(Folder::chosenPath());
+    const FolderFile file = openRegion(folder, name);
+    std::optional<RegionInfo> info;
+    {
+        const FolderLock lock(*folder, FolderLock::Mode::shared);
+        info = describe(*folder, Directory::openToRead(*folder), name.text());
+    }
+    const Turn turn;
+    const LockFile::Hold hold = LockFile::openOrMake(*folder).hold(file.identity().inode);
+    return {hold.isNew, hold.process, info ? info->owner : ""};
 }
 
 std::optional<RegionInfo> ShmBackend::find(const RegionName& name) const {

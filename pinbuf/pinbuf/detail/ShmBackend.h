@@ -42,6 +42,7 @@ public:
     std::uint32_t alloc(const RegionName& name, std::uint32_t sizeBytes,
                         std::string_view owner) const override;
     void* map(const RegionName& name, const PlatformConstants& constants) const override;
+    RegionHolder hold(const RegionName& name) const override;
     std::optional<RegionInfo> find(const RegionName& name) const override;
     std::vector<RegionInfo> list() const override;
 

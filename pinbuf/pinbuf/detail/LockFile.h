@@ -1,0 +1,65 @@
+// LockFile.h - the lock file of a folder: its bytes are empty, the kernel's record locks on them
+// are what counts.
+//
+// Bytes:   n stands for the region whose file has inode number n: who has it locked holds the
+//          region.
+// Owns:    the file's only descriptor in this process, from its first use to the end of the process
+//          or of the file: to close any descriptor of a file drops all record locks that the
+//          process has on it.
+// Locks:   belong to the process, whichever of its threads took them. A forked child has none of
+//          them, exec and every end of the process drop them.
+// Errors:  throws Failure.
+// Threads: everything here happens during a Turn, and a reference is good for as long.
+#ifndef PINBUF_DETAIL_LOCK_FILE_H
+#define PINBUF_DETAIL_LOCK_FILE_H
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <pinbuf/detail/FileIdentity.h>
+#include <pinbuf/detail/Folder.h>
+#include <pinbuf/detail/FolderFile.h>
+#include <vector>
+
+namespace pinbuf {
+
+class LockFile {
+public:
+    static constexpr const char* leaf = ".locks";
+
+    // The folder's lock file; makes it when there is none.
+    static LockFile& openOrMake(const Folder& folder);
+
+    // Locks byte `number` until the process ends, by outcome:
+    // (1) nobody had it: has it now;
+    // (2) this process or another one has it: who.
+    struct Hold {
+        bool isNew;
+        int process; // its id; 0: in a PID name space that this process does not see
+    };
+
+    Hold hold(std::uint64_t number);
+
+private:
+    LockFile(const FileIdentity& folder, FolderFile file);
+
+    static std::vector<std::unique_ptr<LockFile>>& all();
+    static LockFile* find(const Folder& folder);
+    static LockFile& keep(const Folder& folder, FolderFile file);
+
+    bool isCurrent(const Folder& folder) const;
+    bool isRemoved() const;
+    void abandonIfClosed();
+    bool tryLock(std::uint64_t number) const;
+    std::optional<int> holderOf(std::uint64_t number) const;
+    std::vector<std::uint64_t>& held();
+
+    FileIdentity folder_;
+    FolderFile file_;
+    std::vector<std::uint64_t> held_; // by the process that was the forks_th child
+    unsigned forks_;
+};
+
+} // namespace pinbuf
+
+#endif // PINBUF_DETAIL_LOCK_FILE_H
