@@ -141,6 +141,19 @@ TEST_F(Pinbuf, RefusesHostileNames) {
     EXPECT_NE(map(longest.c_str()), nullptr);
 }
 
+TEST_F(Pinbuf, LeavesTheNumbersOfClosedStandardStreamsFree) {
+    EXPECT_EQ(inChild([&] {
+                  for (int number = 0; number <= 2; ++number) ::close(number);
+                  if (alloc("r", 8) == 0 || map("r") == nullptr) return 1;
+                  if (pinbuf_hold("r", nullptr) != 1) return 2;
+                  for (int number = 0; number <= 2; ++number) {
+                      if (::fcntl(number, F_GETFD) != -1) return 3 + number;
+                  }
+                  return 0;
+              }),
+              0);
+}
+
 TEST_F(Pinbuf, FormatsNothingThatANameContains) {
     EXPECT_NE(alloc("%s%n %", 8), 0U);
     EXPECT_EQ(lineOf([] { return alloc("%s%n %", 9); }),

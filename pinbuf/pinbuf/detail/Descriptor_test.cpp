@@ -2,6 +2,8 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <pinbuf/detail/TestSupport.h>
+#include <sys/resource.h>
 #include <type_traits>
 #include <utility>
 
@@ -46,6 +48,32 @@ TEST(Descriptor, GivesItsDescriptorAway) {
     }
     EXPECT_TRUE(isOpen(number));
     ::close(number);
+}
+
+// With a standard stream closed, the kernel gives its number to the next file.
+TEST(Descriptor, IsNeverAStandardStream) {
+    EXPECT_EQ(test::inChild([] {
+                  for (int number = 0; number <= 2; ++number) ::close(number);
+                  const Descriptor first(openNull());
+                  const Descriptor second(openNull());
+                  if (first.number() <= 2 || second.number() <= 2) return 1;
+                  if (isOpen(0) || isOpen(1) || isOpen(2)) return 2;
+                  return ::fcntl(first.number(), F_GETFD) == FD_CLOEXEC ? 0 : 3;
+              }),
+              0);
+}
+
+TEST(Descriptor, OwnsNothingWhenThereIsNoOtherNumber) {
+    EXPECT_EQ(test::inChild([] {
+                  const rlimit limit{3, 3};
+                  ::close(0);
+                  if (::setrlimit(RLIMIT_NOFILE, &limit) != 0) return 1;
+                  const Descriptor descriptor(openNull());
+                  const int error = errno;
+                  if (descriptor.isOpen() || isOpen(0)) return 2;
+                  return error == EMFILE ? 0 : 3;
+              }),
+              0);
 }
 
 } // namespace
