@@ -473,4 +473,30 @@ TEST_F(Pinbuf, ListsNothingFromADamagedDirectoryFile) {
                   " is not a directory of regions: it has 7 bytes");
 }
 
+// A wrong clock is enough to make such files; where a time has 32 bits, it ends in January 2038.
+TEST_F(Pinbuf, TakesFilesOfAnyTime) {
+    const auto touch = [this](const std::string& date) {
+        const std::string quoted = "'" + regions.path();
+        const std::string command = "touch -d " + date + " " + quoted + "/r' " + quoted +
+                                    "/by-hand' " + quoted + "/.regions' " + quoted + "/.locks' " +
+                                    quoted + "'";
+        return std::system(command.c_str()) == 0;
+    };
+    const unsigned address = alloc("r", 8);
+    ASSERT_EQ(pinbuf_hold("r", nullptr), 1);
+    regions.put("by-hand", "12345678");
+    for (const char* date : {"1900-01-01", "2040-01-01", "2300-01-01"}) {
+        ASSERT_TRUE(touch(date));
+        EXPECT_EQ(list().back(), '2') << date;
+        EXPECT_EQ(find("by-hand").back(), '1') << date;
+        ASSERT_TRUE(touch(date));
+        EXPECT_EQ(alloc("r", 8), address) << date;
+        ASSERT_TRUE(touch(date));
+        EXPECT_NE(map("r"), nullptr) << date;
+        EXPECT_EQ(pinbuf_hold("r", nullptr), 0) << date;
+        EXPECT_NE(alloc("by-hand", 8), 0U) << date;
+    }
+    EXPECT_TRUE(touch("2020-01-01")); // so that what cleans up can look at them
+}
+
 } // namespace

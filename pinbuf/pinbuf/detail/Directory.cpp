@@ -3,10 +3,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <fcntl.h>
 #include <pinbuf/detail/Error.h>
 #include <string>
-#include <sys/stat.h>
 
 namespace pinbuf {
 namespace {
@@ -177,11 +175,8 @@ std::optional<std::size_t> Directory::freeIndex() const {
 }
 
 bool Directory::isVanished(const DirectoryRecord& record) const {
-    struct stat found {};
-
-    const int flags = AT_SYMLINK_NOFOLLOW;
-    if (::fstatat(folder_->descriptor(), record.name, &found, flags) != 0) return errno == ENOENT;
-    return static_cast<std::uint64_t>(found.st_size) != record.sizeBytes;
+    const std::optional<FileStatus> found = statusOf(folder_->descriptor(), record.name);
+    return found ? found->sizeBytes != record.sizeBytes : errno == ENOENT;
 }
 
 void Directory::forgetVanished() {

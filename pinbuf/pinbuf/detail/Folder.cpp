@@ -32,9 +32,8 @@ Descriptor openDirectory(const std::string& path) {
 
     const int error = errno;
 
-    struct stat found {};
-
-    if (::lstat(path.c_str(), &found) == 0 && S_ISLNK(found.st_mode)) {
+    const std::optional<FileStatus> found = statusOf(AT_FDCWD, path.c_str());
+    if (found && found->isLink) {
         throw Failure("the folder " + inQuotes(path) + " is a symbolic link");
     }
     if (error == ENOTDIR) throw Failure("the folder " + inQuotes(path) + " is not a directory");
@@ -70,22 +69,18 @@ std::optional<Folder> Folder::openToRead(const std::string& path) {
 
 Folder::Folder(std::string path, Descriptor directory)
     : path_(std::move(path)), directory_(std::move(directory)) {
-    struct stat found {};
-
-    if (::fstat(descriptor(), &found) != 0) {
-        throw Failure("cannot examine the folder " + inQuotes(path_), errno);
-    }
-    identity_ = FileIdentity::of(found);
-    mode_ = found.st_mode;
-    owner_ = found.st_uid;
+    const std::optional<FileStatus> status = statusOf(descriptor());
+    if (!status) throw Failure("cannot examine the folder " + inQuotes(path_), errno);
+    status_ = *status;
 }
 
 void Folder::requireOurs() const {
-    if (owner_ != ::geteuid()) {
+    if (status_.owner != ::geteuid()) {
         throw Failure("the folder " + inQuotes(path_) + " belongs to user " +
-                      std::to_string(owner_) + ", not to user " + std::to_string(::geteuid()));
+                      std::to_string(status_.owner) + ", not to user " +
+                      std::to_string(::geteuid()));
     }
-    if ((mode_ & (S_IWGRP | S_IWOTH)) != 0) {
+    if ((status_.mode & (S_IWGRP | S_IWOTH)) != 0) {
         throw Failure("the folder " + inQuotes(path_) + " is writable by others than its owner");
     }
 }

@@ -7,10 +7,9 @@
 #ifndef PINBUF_DETAIL_FOLDER_H
 #define PINBUF_DETAIL_FOLDER_H
 
-#include <cstdint>
 #include <optional>
 #include <pinbuf/detail/Descriptor.h>
-#include <pinbuf/detail/FileIdentity.h>
+#include <pinbuf/detail/FileStatus.h>
 #include <string>
 #include <string_view>
 
@@ -31,7 +30,7 @@ public:
     // The folder's open file, which finds again the folder of an earlier call.
     int descriptor() const { return directory_.number(); }
 
-    const FileIdentity& identity() const { return identity_; }
+    const FileIdentity& identity() const { return status_.identity; }
 
     // The path of a file in the folder, quoted, for texts.
     std::string quotedPathOf(std::string_view leaf) const;
@@ -43,9 +42,7 @@ private:
 
     std::string path_;
     Descriptor directory_;
-    FileIdentity identity_;
-    std::uint32_t mode_ = 0;
-    std::uint32_t owner_ = 0; // user id
+    FileStatus status_;
 };
 
 // Holds the advisory lock of the folder: every change to it happens under the exclusive lock, every

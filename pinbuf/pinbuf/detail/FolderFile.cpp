@@ -41,19 +41,10 @@ void transferAll(std::size_t sizeBytes, const std::string& what, Transfer transf
 
 FolderFile::FolderFile(std::string quotedPath, Descriptor descriptor)
     : quotedPath_(std::move(quotedPath)), descriptor_(std::move(descriptor)) {
-    constexpr std::uint64_t statusBlockBytes = 512; // whatever the file system's own blocks are
-
-    struct stat status {};
-
-    if (::fstat(descriptor_.number(), &status) != 0) {
-        throw Failure("cannot examine " + quotedPath_, errno);
-    }
-    if (!S_ISREG(status.st_mode)) throw Failure(quotedPath_ + " is not a regular file");
-    identity_ = FileIdentity::of(status);
-    sizeBytes_ = static_cast<std::uint64_t>(status.st_size);
-    mode_ = status.st_mode & 07777U;
-    owner_ = status.st_uid;
-    hasHoles_ = static_cast<std::uint64_t>(status.st_blocks) * statusBlockBytes < sizeBytes_;
+    const std::optional<FileStatus> status = statusOf(descriptor_.number());
+    if (!status) throw Failure("cannot examine " + quotedPath_, errno);
+    if (!status->isRegular) throw Failure(quotedPath_ + " is not a regular file");
+    status_ = *status;
 }
 
 std::optional<FolderFile> FolderFile::openWith(const Folder& folder, const std::string& leaf,
@@ -88,9 +79,9 @@ FolderFile FolderFile::openOrMake(const Folder& folder, const std::string& leaf)
 }
 
 void FolderFile::requireOurs() const {
-    if (owner_ == ::geteuid()) return;
-    throw Failure(quotedPath_ + " belongs to user " + std::to_string(owner_) + ", not to user " +
-                  std::to_string(::geteuid()));
+    if (status_.owner == ::geteuid()) return;
+    throw Failure(quotedPath_ + " belongs to user " + std::to_string(status_.owner) +
+                  ", not to user " + std::to_string(::geteuid()));
 }
 
 std::optional<FolderFile> FolderFile::openToRead(const Folder& folder, const std::string& leaf) {
@@ -98,7 +89,7 @@ std::optional<FolderFile> FolderFile::openToRead(const Folder& folder, const std
 }
 
 void FolderFile::makePrivate() const {
-    if (mode_ == privateMode) return;
+    if (status_.mode == privateMode) return;
     if (::fchmod(descriptor(), privateMode) != 0) {
         throw Failure("cannot change the mode of " + quotedPath_, errno);
     }

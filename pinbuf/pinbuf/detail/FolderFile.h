@@ -10,7 +10,7 @@
 #include <cstdint>
 #include <optional>
 #include <pinbuf/detail/Descriptor.h>
-#include <pinbuf/detail/FileIdentity.h>
+#include <pinbuf/detail/FileStatus.h>
 #include <pinbuf/detail/Folder.h>
 #include <string>
 
@@ -39,11 +39,9 @@ public:
     const std::string& quotedPath() const { return quotedPath_; }
 
     // What was found when the file was opened.
-    std::uint64_t sizeBytes() const { return sizeBytes_; }
+    const FileStatus& status() const { return status_; }
 
-    bool hasHoles() const { return hasHoles_; }
-
-    const FileIdentity& identity() const { return identity_; }
+    std::uint64_t sizeBytes() const { return status_.sizeBytes; }
 
     // Gives the owner alone access.
     void makePrivate() const;
@@ -61,11 +59,7 @@ private:
 
     std::string quotedPath_;
     Descriptor descriptor_;
-    FileIdentity identity_{};
-    std::uint64_t sizeBytes_ = 0;
-    std::uint32_t mode_ = 0;
-    std::uint32_t owner_ = 0; // user id
-    bool hasHoles_ = false;
+    FileStatus status_;
 };
 
 // Reserves memory for bytes [offset, offset + length) of a file and makes the file reach that far,

@@ -104,8 +104,8 @@ TEST_F(FolderFileTest, TellsFilesApartByIdentityAndNotByName) {
     const auto a = FolderFile::open(folder, "a");
     const auto b = FolderFile::open(folder, "b");
     fs::rename(regions.path("a"), regions.path("c"));
-    EXPECT_EQ(a->identity(), FolderFile::open(folder, "c")->identity());
-    EXPECT_NE(a->identity(), b->identity());
+    EXPECT_EQ(a->status().identity, FolderFile::open(folder, "c")->status().identity);
+    EXPECT_NE(a->status().identity, b->status().identity);
 }
 
 TEST_F(FolderFileTest, BecomesPrivate) {
@@ -185,7 +185,7 @@ TEST_F(Reserving, GivesZerosWithMemoryBehindThem) {
     regions.put("f", "");
     reserveRange(FolderFile::open(folder, "f")->descriptor(), 0, 10000);
     EXPECT_EQ(regions.bytes("f"), std::string(10000, '\0'));
-    EXPECT_FALSE(FolderFile::open(folder, "f")->hasHoles());
+    EXPECT_FALSE(FolderFile::open(folder, "f")->status().hasHoles);
 }
 
 TEST_F(Reserving, FillsHolesAndChangesNothingElse) {
@@ -198,9 +198,9 @@ TEST_F(Reserving, FillsHolesAndChangesNothingElse) {
     }
     const std::string before = regions.bytes("f");
     const auto file = FolderFile::open(folder, "f");
-    ASSERT_TRUE(file->hasHoles());
+    ASSERT_TRUE(file->status().hasHoles);
     reserveHoles(*file);
-    EXPECT_FALSE(FolderFile::open(folder, "f")->hasHoles());
+    EXPECT_FALSE(FolderFile::open(folder, "f")->status().hasHoles);
     EXPECT_EQ(regions.bytes("f"), before);
 }
 

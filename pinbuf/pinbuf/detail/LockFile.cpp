@@ -6,7 +6,6 @@
 #include <limits>
 #include <pinbuf/detail/Error.h>
 #include <pinbuf/detail/Turn.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace pinbuf {
@@ -36,7 +35,11 @@ std::vector<std::unique_ptr<LockFile>>& LockFile::all() {
 
 LockFile& LockFile::openOrMake(const Folder& folder) {
     if (LockFile* const known = find(folder); known != nullptr) return *known;
-    for (const std::unique_ptr<LockFile>& other : all()) other->abandonIfClosed();
+    // Before another file gets the number of one that somebody closed: then nothing of somebody
+    // else's is closed later.
+    for (const std::unique_ptr<LockFile>& other : all()) {
+        if (!other->isOpen()) other->file_.abandon();
+    }
     return keep(folder, FolderFile::openOrMake(folder, leaf));
 }
 
@@ -61,29 +64,18 @@ LockFile& LockFile::keep(const Folder& folder, FolderFile file) {
 // Whether the folder's lock file is this one, and its descriptor still ours: a program may close
 // what it does not know.
 bool LockFile::isCurrent(const Folder& folder) const {
-    struct stat named {};
+    const std::optional<FileStatus> named = statusOf(folder.descriptor(), leaf);
+    return named && named->identity == identity() && isOpen();
+}
 
-    struct stat open {};
-
-    return ::fstatat(folder.descriptor(), leaf, &named, AT_SYMLINK_NOFOLLOW) == 0 &&
-           ::fstat(file_.descriptor(), &open) == 0 && FileIdentity::of(named) == file_.identity() &&
-           FileIdentity::of(open) == file_.identity();
+bool LockFile::isOpen() const {
+    const std::optional<FileStatus> open = statusOf(file_.descriptor());
+    return open && open->identity == identity();
 }
 
 bool LockFile::isRemoved() const {
-    struct stat open {};
-
-    return ::fstat(file_.descriptor(), &open) != 0 || open.st_nlink == 0;
-}
-
-// Before another file gets the number of the closed one, so that nothing of somebody else's is
-// closed later.
-void LockFile::abandonIfClosed() {
-    struct stat open {};
-
-    if (::fstat(file_.descriptor(), &open) != 0 || FileIdentity::of(open) != file_.identity()) {
-        file_.abandon();
-    }
+    const std::optional<FileStatus> open = statusOf(file_.descriptor());
+    return !open || !open->isNamed;
 }
 
 std::vector<std::uint64_t>& LockFile::held() {

@@ -16,7 +16,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
-#include <pinbuf/detail/FileIdentity.h>
+#include <pinbuf/detail/FileStatus.h>
 #include <pinbuf/detail/Folder.h>
 #include <pinbuf/detail/FolderFile.h>
 #include <vector>
@@ -48,8 +48,11 @@ private:
     static LockFile& keep(const Folder& folder, FolderFile file);
 
     bool isCurrent(const Folder& folder) const;
+    bool isOpen() const;
     bool isRemoved() const;
-    void abandonIfClosed();
+
+    const FileIdentity& identity() const { return file_.status().identity; }
+
     bool tryLock(std::uint64_t number) const;
     std::optional<int> holderOf(std::uint64_t number) const;
     std::vector<std::uint64_t>& held();

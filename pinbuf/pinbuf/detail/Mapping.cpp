@@ -26,7 +26,7 @@ constinit std::atomic<const Mapping*> mappings{nullptr};
 
 const Mapping* find(const Mapping* from, const FolderFile& file) {
     while (from != nullptr &&
-           (from->file != file.identity() || from->sizeBytes != file.sizeBytes())) {
+           (from->file != file.status().identity || from->sizeBytes != file.sizeBytes())) {
         from = from->next;
     }
     return from;
@@ -72,7 +72,7 @@ void* mapOnce(const FolderFile& file) {
     if (file.sizeBytes() == 0) throw Failure("the region's file is empty");
 
     auto made = std::make_unique<Mapping>();
-    made->file = file.identity();
+    made->file = file.status().identity;
     made->sizeBytes = file.sizeBytes();
     made->spanBytes = spanFor(file.sizeBytes());
     made->address = mapWithZerosBehind(file, made->spanBytes);

@@ -12,7 +12,6 @@
 #include <pinbuf/detail/Mapping.h>
 #include <pinbuf/detail/Turn.h>
 #include <string>
-#include <sys/stat.h>
 
 namespace pinbuf {
 namespace {
@@ -41,7 +40,7 @@ std::uint32_t reuse(Directory& directory, const FolderFile& file, const RegionNa
     }
     file.makePrivate();
     const std::uint32_t address = adopt(directory, file, name, owner);
-    if (file.hasHoles()) reserveHoles(file);
+    if (file.status().hasHoles) reserveHoles(file);
     return address;
 }
 
@@ -74,13 +73,12 @@ std::vector<std::string> regionNames(const Folder& folder) {
 // What is known of the file `name`; empty when it is no region.
 std::optional<RegionInfo> describe(const Folder& folder, const std::optional<Directory>& directory,
                                    const std::string& name) {
-    struct stat found {};
-
-    if (::fstatat(folder.descriptor(), name.c_str(), &found, AT_SYMLINK_NOFOLLOW) != 0 ||
-        !S_ISREG(found.st_mode) || found.st_size > std::numeric_limits<std::uint32_t>::max()) {
+    const std::optional<FileStatus> found = statusOf(folder.descriptor(), name.c_str());
+    if (!found || !found->isRegular ||
+        found->sizeBytes > std::numeric_limits<std::uint32_t>::max()) {
         return std::nullopt;
     }
-    RegionInfo info{name, "", 0, static_cast<std::uint32_t>(found.st_size), false};
+    RegionInfo info{name, "", 0, static_cast<std::uint32_t>(found->sizeBytes), false};
     const DirectoryRecord* record = directory ? directory->find(name) : nullptr;
     if (record != nullptr && record->sizeBytes == info.sizeBytes) {
         info.owner = record->owner;
@@ -137,7 +135,7 @@ RegionHolder ShmBackend::hold(const RegionName& name) const {
         info = describe(*folder, Directory::openToRead(*folder), name.text());
     }
     const Turn turn;
-    const LockFile::Hold hold = LockFile::openOrMake(*folder).hold(file.identity().inode);
+    const LockFile::Hold hold = LockFile::openOrMake(*folder).hold(file.status().identity.inode);
     return {hold.isNew, hold.process, info ? info->owner : ""};
 }
 

@@ -115,7 +115,7 @@ TEST_F(ShmBackendTest, GivesHolesMemory) {
     regions.put("r", "x");
     fs::resize_file(regions.path("r"), 100000);
     alloc("r", 100000);
-    EXPECT_FALSE(FolderFile::open(Folder::openOrMake(regions.path()), "r")->hasHoles());
+    EXPECT_FALSE(FolderFile::open(Folder::openOrMake(regions.path()), "r")->status().hasHoles);
     EXPECT_EQ(regions.bytes("r"), "x" + std::string(99999, '\0'));
 }
 
@@ -126,7 +126,7 @@ TEST_F(ShmBackendTest, GivesNoMemoryToAFileThatNoAddressFits) {
     EXPECT_EQ(
         failureOf([] { alloc("r", 1); }),
         "no physical addresses left for 2147483649 bytes, the longest free range has 2147483648");
-    EXPECT_TRUE(FolderFile::open(Folder::openOrMake(regions.path()), "r")->hasHoles());
+    EXPECT_TRUE(FolderFile::open(Folder::openOrMake(regions.path()), "r")->status().hasHoles);
 }
 
 TEST_F(ShmBackendTest, ListsFilesAndNotRecords) {

@@ -1,0 +1,39 @@
+// FileStatus.h - what the kernel says of a file, in the same widths in both word sizes and whatever
+// its times are.
+#ifndef PINBUF_DETAIL_FILE_STATUS_H
+#define PINBUF_DETAIL_FILE_STATUS_H
+
+#include <cstdint>
+#include <optional>
+
+namespace pinbuf {
+
+// Tells the files of one machine apart, whatever they are named. No other file has the identity of
+// one that is open or mapped.
+struct FileIdentity {
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+    bool operator==(const FileIdentity&) const = default;
+};
+
+struct FileStatus {
+    FileIdentity identity;
+    std::uint64_t sizeBytes = 0;
+    std::uint32_t mode = 0;  // permissions alone
+    std::uint32_t owner = 0; // user id
+    bool isRegular = false;
+    bool isLink = false;   // a symbolic one
+    bool isNamed = false;  // in some folder: it is not removed
+    bool hasHoles = false; // bytes that take no memory yet
+};
+
+// Of an open file; empty, with the reason in errno, on failure.
+std::optional<FileStatus> statusOf(int descriptor);
+
+// Of the file that is named so relative to the open folder, or of the symbolic link itself; empty,
+// with the reason in errno, on failure. An absolute path needs no folder.
+std::optional<FileStatus> statusOf(int folder, const char* name);
+
+} // namespace pinbuf
+
+#endif // PINBUF_DETAIL_FILE_STATUS_H
