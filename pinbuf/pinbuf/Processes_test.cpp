@@ -127,7 +127,8 @@ TEST_P(Together, AgreeOnRegionsThatTheyAllMake) {
         EXPECT_EQ(distinct.size(), rowLength);
         EXPECT_EQ(distinct.count(0), 0U);
         for (const auto& row : answers) EXPECT_EQ(row, answers[0]);
-        EXPECT_EQ(regions.leaves().size(), rowLength + 1) << "the regions and the directory file";
+        EXPECT_EQ(regions.leaves().size(), rowLength + 2)
+            << "the regions, the directory file and the lock file";
     }
 }
 

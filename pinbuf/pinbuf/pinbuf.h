@@ -10,9 +10,9 @@
 //           and why, and pinbuf_error() gives the same line. A failure changes nothing that was
 //           stored before.
 // Threads:  every call may be made from any thread and from any number of processes at once. Making
-//           regions is serialised by an advisory lock on the folder, so a call can wait for another
-//           process that makes one. The environment is read at each call: do not change it while
-//           another thread is in one.
+//           regions is serialised by an advisory lock in the folder, so a call can wait for another
+//           process that makes one; after a second a line on standard error says for which. The
+//           environment is read at each call: do not change it while another thread is in one.
 //
 // Environment:
 //   PINBUF_BACKEND  which back end gives the memory. "shm", also when unset or empty: files in a

@@ -50,7 +50,7 @@ TEST_F(Pinbuf, MakesARegionOfZeros) {
     EXPECT_EQ(regions.bytes("r"), std::string(4008, '\0'));
     EXPECT_EQ(RegionFolder::modeOf(regions.path("r")), 0600U);
     EXPECT_EQ(RegionFolder::modeOf(regions.path()), 0700U);
-    EXPECT_EQ(regions.leaves(), (Leaves{".regions", "r"}));
+    EXPECT_EQ(regions.leaves(), (Leaves{".locks", ".regions", "r"}));
 }
 
 TEST_F(Pinbuf, MapsExactlyTheFile) {
@@ -114,7 +114,7 @@ TEST_F(Pinbuf, RefusesSizesBeyondTheAddressWindow) {
                   "pinbuf_alloc_func: region \"r\": no physical addresses left for " +
                       std::to_string(size) + " bytes, the longest free range has 2147483648");
     }
-    EXPECT_EQ(regions.leaves(), (Leaves{".regions"}));
+    EXPECT_EQ(regions.leaves(), (Leaves{".locks", ".regions"}));
 }
 
 TEST_F(Pinbuf, RefusesHostileNames) {
@@ -186,7 +186,7 @@ TEST_F(Pinbuf, FollowsNoLinkToADirectoryFile) {
     fs::create_symlink(regions.beside("elsewhere"), regions.path(".regions"));
     EXPECT_EQ(lineOf([] { return alloc("r", 8); }),
               "pinbuf_alloc_func: region \"r\": " + quotedPath(".regions") + " is a symbolic link");
-    EXPECT_EQ(regions.leaves(), (Leaves{".regions"}));
+    EXPECT_EQ(regions.leaves(), (Leaves{".locks", ".regions"}));
 }
 
 TEST_F(Pinbuf, FollowsNoLinkToTheFolder) {
@@ -239,7 +239,7 @@ TEST_F(Pinbuf, LeavesEverythingAsItIsWhenTheDirectoryFileIsDamaged) {
     EXPECT_EQ(lineOf([] { return alloc("s", 8); }),
               "pinbuf_alloc_func: region \"s\": " + quotedPath(".regions") +
                   " is not a directory of regions: it begins with other bytes");
-    EXPECT_EQ(regions.leaves(), (Leaves{".regions", "r"}));
+    EXPECT_EQ(regions.leaves(), (Leaves{".locks", ".regions", "r"}));
     EXPECT_EQ(regions.bytes(".regions"), garbage);
     EXPECT_NE(map("r"), nullptr) << "the bytes need no directory";
 }
@@ -294,7 +294,7 @@ TEST_F(Pinbuf, AnswersZeroWhenTheFileSystemIsFull) {
             "device") {
             return 2;
         }
-        if (regions.leaves() != Leaves{".regions", "fits"}) return 3;
+        if (regions.leaves() != Leaves{".locks", ".regions", "fits"}) return 3;
         if (regions.bytes("fits") != std::string(100000, 'x')) return 4;
         const unsigned address = alloc("small", 100000);
         if (address == 0) return 5; // the half-made file gave its memory back
@@ -321,7 +321,7 @@ TEST_F(Pinbuf, AnswersZeroWhenThereIsNoSpaceForTheDirectoryFile) {
             "pinbuf_alloc_func: region \"r\": cannot reserve 4096 bytes: No space left on device") {
             return 1;
         }
-        if (regions.leaves() != Leaves{"filler"}) return 2;
+        if (regions.leaves() != Leaves{".locks", "filler"}) return 2;
         fs::remove(regions.path("filler"));
         return alloc("r", 1) == 0x40000000 ? 0 : 3;
     });
@@ -340,7 +340,8 @@ TEST_F(Pinbuf, AnswersZeroWhenTheProcessMayNotMakeSoLargeAFile) {
                 "pinbuf_alloc_func: region \"r\": cannot reserve 65537 bytes: File too large") {
                 return 2;
             }
-            if (address != 0 || regions.leaves() != Leaves{".regions", "before"}) return 3;
+            if (address != 0 || regions.leaves() != Leaves{".locks", ".regions", "before"})
+                return 3;
             return alloc("r", 65536) == 0x40001000 ? 0 : 4;
         }),
         0);

@@ -8,6 +8,7 @@
     pinbuf.py probe EXE     let EXE (pinbuf-probe) make regions in a fresh folder, and compare what it says with
                             what the files say
 """
+import contextlib
 import fcntl
 import os
 import pathlib
@@ -106,15 +107,24 @@ def check(folder):
     print(f"{len(GOLDEN)} golden files are as they should be")
 
 
+@contextlib.contextmanager
+def locked(folder):
+    """Keeps writers out of a folder; to close the lock file, whose only descriptor this is, drops the lock."""
+    try:
+        lock_file = open(folder / ".locks", "rb")
+    except FileNotFoundError:
+        yield  # nobody has begun to change the folder
+        return
+    with lock_file:
+        fcntl.lockf(lock_file, fcntl.LOCK_SH, 1, 0)
+        yield
+
+
 def read(folder):
     """{name: (owner, address, size, origin)} of the regions of a folder."""
-    descriptor = os.open(folder, os.O_RDONLY | os.O_DIRECTORY)
-    try:
-        fcntl.flock(descriptor, fcntl.LOCK_SH)
+    with locked(folder):
         data = (folder / ".regions").read_bytes()
         sizes = {path.name: path.lstat().st_size for path in folder.iterdir()}
-    finally:
-        os.close(descriptor)
     magic, version, record_size, begin, end = HEADER.unpack_from(data)
     assert (magic, version, record_size, begin, end) == (MAGIC, 1, RECORD.size, WINDOW_BEGIN, WINDOW_END)
     assert len(data) % RECORD.size == 0

@@ -5,7 +5,6 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <pinbuf/detail/Error.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 
 namespace pinbuf {
@@ -85,17 +84,10 @@ void Folder::requireOurs() const {
     }
 }
 
+std::string Folder::quotedPath() const { return inQuotes(path_); }
+
 std::string Folder::quotedPathOf(std::string_view leaf) const {
     return inQuotes(path_ + "/" + std::string(leaf));
 }
-
-FolderLock::FolderLock(const Folder& folder, Mode mode) : descriptor_(folder.descriptor()) {
-    const int operation = mode == Mode::exclusive ? LOCK_EX : LOCK_SH;
-    while (::flock(descriptor_, operation) != 0) {
-        if (errno != EINTR) throw Failure("cannot lock the folder", errno);
-    }
-}
-
-FolderLock::~FolderLock() { ::flock(descriptor_, LOCK_UN); }
 
 } // namespace pinbuf

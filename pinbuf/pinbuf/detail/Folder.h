@@ -32,6 +32,9 @@ public:
 
     const FileIdentity& identity() const { return status_.identity; }
 
+    // For texts.
+    std::string quotedPath() const;
+
     // The path of a file in the folder, quoted, for texts.
     std::string quotedPathOf(std::string_view leaf) const;
 
@@ -43,27 +46,6 @@ private:
     std::string path_;
     Descriptor directory_;
     FileStatus status_;
-};
-
-// Holds the advisory lock of the folder: every change to it happens under the exclusive lock, every
-// look at its directory file under the shared one.
-//
-// Wait:  as long as another holder takes. The kernel drops the lock of a holder that dies, however
-//        it dies.
-// Scope: the lock belongs to this opening of the folder, so it also keeps threads of one process
-//        apart. It is undone explicitly: a process forked by another thread meanwhile shares the
-//        descriptor and must not prolong the lock.
-class FolderLock {
-public:
-    enum class Mode { shared, exclusive };
-
-    FolderLock(const Folder& folder, Mode mode);
-    ~FolderLock();
-    FolderLock(const FolderLock&) = delete;
-    FolderLock& operator=(const FolderLock&) = delete;
-
-private:
-    int descriptor_;
 };
 
 } // namespace pinbuf

@@ -1,11 +1,8 @@
 #include <pinbuf/detail/Folder.h>
 
-#include <chrono>
 #include <gtest/gtest.h>
 #include <pinbuf/detail/TestSupport.h>
 #include <string>
-#include <sys/file.h>
-#include <thread>
 
 namespace pinbuf {
 namespace {
@@ -147,79 +144,6 @@ TEST(Folder, QuotesThePathsOfItsFiles) {
     const RegionFolder regions;
     EXPECT_EQ(Folder::openOrMake(regions.path()).quotedPathOf("a\"b"),
               "\"" + regions.path() + "/a\\x22b\"");
-}
-
-// Whether another opening of the folder could take the lock in that mode now.
-bool isFree(const RegionFolder& regions, int operation) {
-    const int other = ::open(regions.path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    const bool isTaken = ::flock(other, operation | LOCK_NB) == 0;
-    ::close(other);
-    return isTaken;
-}
-
-TEST(FolderLock, ExcludesEverybodyOrOnlyThoseWhoChange) {
-    const RegionFolder regions;
-    const Folder folder = Folder::openOrMake(regions.path());
-    {
-        const FolderLock lock(folder, FolderLock::Mode::exclusive);
-        EXPECT_FALSE(isFree(regions, LOCK_SH));
-        EXPECT_FALSE(isFree(regions, LOCK_EX));
-    }
-    EXPECT_TRUE(isFree(regions, LOCK_EX));
-    {
-        const FolderLock lock(folder, FolderLock::Mode::shared);
-        EXPECT_TRUE(isFree(regions, LOCK_SH));
-        EXPECT_FALSE(isFree(regions, LOCK_EX));
-    }
-    EXPECT_TRUE(isFree(regions, LOCK_EX));
-}
-
-TEST(FolderLock, WaitsForAnotherThread) {
-    const RegionFolder regions;
-    int changes = 0; // read and written in two steps, which only the lock holds together
-    const auto changeOften = [&] {
-        const Folder folder = Folder::openOrMake(regions.path());
-        for (int i = 0; i < 200; ++i) {
-            const FolderLock lock(folder, FolderLock::Mode::exclusive);
-            const int seen = __atomic_load_n(&changes, __ATOMIC_RELAXED);
-            std::this_thread::yield();
-            __atomic_store_n(&changes, seen + 1, __ATOMIC_RELAXED);
-        }
-    };
-    std::thread other(changeOften);
-    changeOften();
-    other.join();
-    EXPECT_EQ(changes, 400);
-}
-
-TEST(FolderLock, IsFreedByAKill) {
-    const RegionFolder regions;
-    regions.make();
-    EXPECT_EQ(inChild([&] {
-                  const Folder folder = Folder::openOrMake(regions.path());
-                  const FolderLock lock(folder, FolderLock::Mode::exclusive);
-                  ::raise(SIGKILL);
-                  return 0;
-              }),
-              -SIGKILL);
-    EXPECT_TRUE(isFree(regions, LOCK_EX));
-}
-
-TEST(FolderLock, IsNotProlongedByAForkedProcess) {
-    const RegionFolder regions;
-    const Folder folder = Folder::openOrMake(regions.path());
-    pid_t child = -1;
-    {
-        const FolderLock lock(folder, FolderLock::Mode::exclusive);
-        child = ::fork();
-        if (child == 0) {
-            ::pause(); // holds a copy of the descriptor meanwhile
-            ::_exit(0);
-        }
-    }
-    EXPECT_TRUE(isFree(regions, LOCK_EX));
-    ::kill(child, SIGKILL);
-    ::waitpid(child, nullptr, 0);
 }
 
 } // namespace

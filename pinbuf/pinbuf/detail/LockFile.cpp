@@ -2,20 +2,22 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <fcntl.h>
 #include <limits>
 #include <pinbuf/detail/Error.h>
 #include <pinbuf/detail/Turn.h>
+#include <thread>
 #include <unistd.h>
 
 namespace pinbuf {
 namespace {
 
 // The record lock of one byte of the file.
-struct flock recordOf(std::uint64_t number, short type) {
+struct flock recordOf(std::uint64_t number, int type) {
     struct flock record {};
 
-    record.l_type = type;
+    record.l_type = static_cast<short>(type);
     record.l_whence = SEEK_SET;
     // An inode number has 64 bits, an offset 63: the lower ones tell files of one folder apart, too.
     record.l_start = static_cast<off_t>(number & std::numeric_limits<std::int64_t>::max());
@@ -23,10 +25,12 @@ struct flock recordOf(std::uint64_t number, short type) {
     return record;
 }
 
+int typeOf(LockFile::Mode mode) { return mode == LockFile::Mode::exclusive ? F_WRLCK : F_RDLCK; }
+
 } // namespace
 
-LockFile::LockFile(const FileIdentity& folder, FolderFile file)
-    : folder_(folder), file_(std::move(file)), forks_(Turn::forks()) {}
+LockFile::LockFile(const FileIdentity& folder, FolderFile file, bool mayChange)
+    : folder_(folder), file_(std::move(file)), mayChange_(mayChange), forks_(Turn::forks()) {}
 
 std::vector<std::unique_ptr<LockFile>>& LockFile::all() {
     static constinit TurnState<std::vector<std::unique_ptr<LockFile>>> files;
@@ -34,13 +38,17 @@ std::vector<std::unique_ptr<LockFile>>& LockFile::all() {
 }
 
 LockFile& LockFile::openOrMake(const Folder& folder) {
-    if (LockFile* const known = find(folder); known != nullptr) return *known;
-    // Before another file gets the number of one that somebody closed: then nothing of somebody
-    // else's is closed later.
-    for (const std::unique_ptr<LockFile>& other : all()) {
-        if (!other->isOpen()) other->file_.abandon();
-    }
-    return keep(folder, FolderFile::openOrMake(folder, leaf));
+    LockFile* const known = find(folder);
+    if (known != nullptr && known->mayChange_) return *known;
+    abandonClosed();
+    return keep(folder, FolderFile::openOrMake(folder, leaf), true);
+}
+
+LockFile* LockFile::openToRead(const Folder& folder) {
+    if (LockFile* const known = find(folder); known != nullptr) return known;
+    abandonClosed();
+    std::optional<FolderFile> file = FolderFile::openToRead(folder, leaf);
+    return file ? &keep(folder, std::move(*file), false) : nullptr;
 }
 
 LockFile* LockFile::find(const Folder& folder) {
@@ -50,19 +58,26 @@ LockFile* LockFile::find(const Folder& folder) {
     return nullptr;
 }
 
+// Before another file gets the number of one that somebody closed: then nothing of somebody else's
+// is closed later.
+void LockFile::abandonClosed() {
+    for (const std::unique_ptr<LockFile>& file : all()) {
+        if (!file->isOpen()) file->file_.abandon();
+    }
+}
+
 // Those that are not of use any more are given up here: a program that removes and makes folders
 // again and again does not run out of descriptors.
-LockFile& LockFile::keep(const Folder& folder, FolderFile file) {
+LockFile& LockFile::keep(const Folder& folder, FolderFile file, bool mayChange) {
     std::vector<std::unique_ptr<LockFile>>& files = all();
     std::erase_if(files, [&folder](const std::unique_ptr<LockFile>& other) {
         return other->folder_ == folder.identity() || other->isRemoved();
     });
-    files.push_back(std::unique_ptr<LockFile>(new LockFile(folder.identity(), std::move(file))));
+    files.push_back(
+        std::unique_ptr<LockFile>(new LockFile(folder.identity(), std::move(file), mayChange)));
     return *files.back();
 }
 
-// Whether the folder's lock file is this one, and its descriptor still ours: a program may close
-// what it does not know.
 bool LockFile::isCurrent(const Folder& folder) const {
     const std::optional<FileStatus> named = statusOf(folder.descriptor(), leaf);
     return named && named->identity == identity() && isOpen();
@@ -90,25 +105,43 @@ LockFile::Hold LockFile::hold(std::uint64_t number) {
     std::vector<std::uint64_t>& ours = held();
     if (std::ranges::find(ours, number) != ours.end()) return {false, ::getpid()};
     ours.reserve(ours.size() + 1);
-    while (!tryLock(number)) {
+    while (!tryLock(number, Mode::exclusive)) {
         // Who has it may give it up between the two questions.
-        if (const std::optional<int> holder = holderOf(number)) return {false, *holder};
+        if (const std::optional<int> holder = holderOf(number, Mode::exclusive))
+            return {false, *holder};
     }
     ours.push_back(number);
     return {true, ::getpid()};
 }
 
-bool LockFile::tryLock(std::uint64_t number) const {
-    const struct flock record = recordOf(number, F_WRLCK);
-    while (::fcntl(file_.descriptor(), F_SETLK, &record) != 0) {
-        if (errno == EAGAIN || errno == EACCES) return false;
-        if (errno != EINTR) throw Failure("cannot lock " + file_.quotedPath(), errno);
-    }
-    return true;
+bool LockFile::tryLock(std::uint64_t number, Mode mode) const {
+    const struct flock record = recordOf(number, typeOf(mode));
+    if (::fcntl(file_.descriptor(), F_SETLK, &record) == 0) return true;
+    if (errno == EAGAIN || errno == EACCES || errno == EINTR) return false;
+    throw Failure("cannot lock " + file_.quotedPath(), errno);
 }
 
-std::optional<int> LockFile::holderOf(std::uint64_t number) const {
-    struct flock record = recordOf(number, F_WRLCK);
+void LockFile::lock(std::uint64_t number, Mode mode) const {
+    const struct flock record = recordOf(number, typeOf(mode));
+    while (::fcntl(file_.descriptor(), F_SETLKW, &record) != 0) {
+        // The kernel takes it for a deadlock when a thread of the holder waits for some other
+        // record lock of this process.
+        if (errno == EDEADLK)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        else if (errno != EINTR)
+            throw Failure("cannot lock " + file_.quotedPath(), errno);
+    }
+}
+
+void LockFile::unlock(std::uint64_t number) const noexcept {
+    const struct flock record = recordOf(number, F_UNLCK);
+    if (::fcntl(file_.descriptor(), F_SETLK, &record) != 0) {
+        notice("cannot unlock the lock file of a folder");
+    }
+}
+
+std::optional<int> LockFile::holderOf(std::uint64_t number, Mode mode) const {
+    struct flock record = recordOf(number, typeOf(mode));
     if (::fcntl(file_.descriptor(), F_GETLK, &record) != 0) {
         throw Failure("cannot examine the locks of " + file_.quotedPath(), errno);
     }

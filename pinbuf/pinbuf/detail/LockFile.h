@@ -1,7 +1,8 @@
 // LockFile.h - the lock file of a folder: its bytes are empty, the kernel's record locks on them
 // are what counts.
 //
-// Bytes:   n stands for the region whose file has inode number n: who has it locked holds the
+// Bytes:   0 stands for the folder (see FolderLock.h);
+//          n stands for the region whose file has inode number n: who has it locked holds the
 //          region.
 // Owns:    the file's only descriptor in this process, from its first use to the end of the process
 //          or of the file: to close any descriptor of a file drops all record locks that the
@@ -27,38 +28,57 @@ class LockFile {
 public:
     static constexpr const char* leaf = ".locks";
 
+    static constexpr std::uint64_t folderByte = 0;
+
     // The folder's lock file; makes it when there is none.
     static LockFile& openOrMake(const Folder& folder);
+
+    // The same to look only, whoever owns it: null when there is none.
+    static LockFile* openToRead(const Folder& folder);
+
+    // Whether the folder's lock file still is this one, and its descriptor still ours: a program
+    // may close what it does not know.
+    bool isCurrent(const Folder& folder) const;
+
+    enum class Mode { shared, exclusive };
+
+    // Locks byte `number` for this process: at once or not at all; or as soon as the others permit.
+    bool tryLock(std::uint64_t number, Mode mode) const;
+    void lock(std::uint64_t number, Mode mode) const;
+    void unlock(std::uint64_t number) const noexcept;
+
+    // A process that keeps this one from locking byte `number`; 0: one in a PID name space that
+    // this process does not see; empty when there is none.
+    std::optional<int> holderOf(std::uint64_t number, Mode mode) const;
 
     // Locks byte `number` until the process ends, by outcome:
     // (1) nobody had it: has it now;
     // (2) this process or another one has it: who.
     struct Hold {
         bool isNew;
-        int process; // its id; 0: in a PID name space that this process does not see
+        int process; // as of holderOf
     };
 
     Hold hold(std::uint64_t number);
 
 private:
-    LockFile(const FileIdentity& folder, FolderFile file);
+    LockFile(const FileIdentity& folder, FolderFile file, bool mayChange);
 
     static std::vector<std::unique_ptr<LockFile>>& all();
     static LockFile* find(const Folder& folder);
-    static LockFile& keep(const Folder& folder, FolderFile file);
+    static void abandonClosed();
+    static LockFile& keep(const Folder& folder, FolderFile file, bool mayChange);
 
-    bool isCurrent(const Folder& folder) const;
     bool isOpen() const;
     bool isRemoved() const;
 
     const FileIdentity& identity() const { return file_.status().identity; }
 
-    bool tryLock(std::uint64_t number) const;
-    std::optional<int> holderOf(std::uint64_t number) const;
     std::vector<std::uint64_t>& held();
 
     FileIdentity folder_;
     FolderFile file_;
+    bool mayChange_;                  // false: for shared locks only, and holds nothing
     std::vector<std::uint64_t> held_; // by the process that was the forks_th child
     unsigned forks_;
 };

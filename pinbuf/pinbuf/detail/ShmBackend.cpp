@@ -8,9 +8,8 @@
 #include <memory>
 #include <optional>
 #include <pinbuf/detail/Error.h>
-#include <pinbuf/detail/LockFile.h>
+#include <pinbuf/detail/FolderLock.h>
 #include <pinbuf/detail/Mapping.h>
-#include <pinbuf/detail/Turn.h>
 #include <string>
 
 namespace pinbuf {
@@ -98,7 +97,7 @@ const ShmBackend& ShmBackend::instance() {
 std::uint32_t ShmBackend::alloc(const RegionName& name, std::uint32_t sizeBytes,
                                 std::string_view owner) const {
     const Folder folder = Folder::openOrMake(Folder::chosenPath());
-    const FolderLock lock(folder, FolderLock::Mode::exclusive);
+    const FolderLock lock = FolderLock::toChange(folder);
     Directory directory = Directory::openOrMake(folder);
     const std::optional<FolderFile> file = FolderFile::open(folder, name.text());
     return file ? reuse(directory, *file, name, sizeBytes, owner)
@@ -129,13 +128,10 @@ void* ShmBackend::map(const RegionName& name, const PlatformConstants&) const {
 RegionHolder ShmBackend::hold(const RegionName& name) const {
     const std::optional<Folder> folder = Folder::openToRead(Folder::chosenPath());
     const FolderFile file = openRegion(folder, name);
-    std::optional<RegionInfo> info;
-    {
-        const FolderLock lock(*folder, FolderLock::Mode::shared);
-        info = describe(*folder, Directory::openToRead(*folder), name.text());
-    }
-    const Turn turn;
-    const LockFile::Hold hold = LockFile::openOrMake(*folder).hold(file.status().identity.inode);
+    const FolderLock lock = FolderLock::toChange(*folder);
+    const std::optional<RegionInfo> info =
+        describe(*folder, Directory::openToRead(*folder), name.text());
+    const LockFile::Hold hold = lock.file().hold(file.status().identity.inode);
     return {hold.isNew, hold.process, info ? info->owner : ""};
 }
 
@@ -143,7 +139,7 @@ std::optional<RegionInfo> ShmBackend::find(const RegionName& name) const {
     const std::optional<Folder> folder = Folder::openToRead(Folder::chosenPath());
     if (!folder) return std::nullopt;
 
-    const FolderLock lock(*folder, FolderLock::Mode::shared);
+    const FolderLock lock = FolderLock::toRead(*folder);
     return describe(*folder, Directory::openToRead(*folder), name.text());
 }
 
@@ -152,7 +148,7 @@ std::vector<RegionInfo> ShmBackend::list() const {
     const std::optional<Folder> folder = Folder::openToRead(Folder::chosenPath());
     if (!folder) return regions;
 
-    const FolderLock lock(*folder, FolderLock::Mode::shared);
+    const FolderLock lock = FolderLock::toRead(*folder);
     const std::optional<Directory> directory = Directory::openToRead(*folder);
     for (const std::string& name : regionNames(*folder)) {
         if (std::optional<RegionInfo> info = describe(*folder, directory, name)) {

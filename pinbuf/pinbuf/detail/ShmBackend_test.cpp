@@ -43,7 +43,7 @@ TEST_F(ShmBackendTest, LeavesNothingOfARegionForWhichThereIsNoMemory) {
         const ShmBackend full(reserve);
         EXPECT_EQ(failureOf([&] { full.alloc(RegionName("r"), 2000000, "owner"); }),
                   "cannot reserve 2000000 bytes: No space left on device");
-        EXPECT_EQ(regions.leaves(), (Leaves{".regions", "before"}));
+        EXPECT_EQ(regions.leaves(), (Leaves{".locks", ".regions", "before"}));
         EXPECT_EQ(record("r"), nullptr);
     }
     EXPECT_EQ(alloc("r", 100), 0x40001000U) << "its address was not used up";
@@ -62,7 +62,7 @@ TEST_F(ShmBackendTest, LeavesNoRecordWhenTheNameIsTakenAtTheLastMoment) {
     });
     EXPECT_EQ(failureOf([&] { overtaken.alloc(RegionName("r"), 5, "owner"); }),
               "cannot make \"" + regions.path("r") + "\": File exists");
-    EXPECT_EQ(regions.leaves(), (Leaves{".regions", "r"}));
+    EXPECT_EQ(regions.leaves(), (Leaves{".locks", ".regions", "r"}));
     EXPECT_EQ(regions.bytes("r"), "by hand");
     EXPECT_EQ(record("r"), nullptr);
     EXPECT_EQ(alloc("r", 5), 0x40000000U) << "a region like any other now";

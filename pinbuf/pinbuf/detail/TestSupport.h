@@ -149,6 +149,44 @@ int inChild(Body body) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
 }
 
+// A child process that runs `body` and then lives until it is killed.
+class Child {
+public:
+    explicit Child(const std::function<bool()>& body) {
+        int ready[2];
+        EXPECT_EQ(::pipe(ready), 0);
+        process_ = ::fork();
+        if (process_ == 0) {
+            const char isDone = body() ? 'y' : 'n';
+            if (::write(ready[1], &isDone, 1) != 1) ::_exit(1);
+            for (;;) ::pause();
+        }
+        ::close(ready[1]);
+        char isDone = 0;
+        EXPECT_EQ(::read(ready[0], &isDone, 1), 1);
+        EXPECT_EQ(isDone, 'y');
+        ::close(ready[0]);
+    }
+
+    ~Child() { end(); }
+
+    Child(const Child&) = delete;
+    Child& operator=(const Child&) = delete;
+
+    void end() {
+        if (hasEnded_) return;
+        ::kill(process_, SIGKILL);
+        ::waitpid(process_, nullptr, 0);
+        hasEnded_ = true;
+    }
+
+    pid_t process() const { return process_; }
+
+private:
+    pid_t process_ = -1;
+    bool hasEnded_ = false;
+};
+
 inline bool isRoot() { return ::geteuid() == 0; }
 
 inline constexpr unsigned nobody = 65534;
