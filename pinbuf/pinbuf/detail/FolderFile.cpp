@@ -141,17 +141,26 @@ void reserveHoles(const FolderFile& file) {
 
 UnfinishedFile::UnfinishedFile(const Folder& folder, std::string unfinishedLeaf)
     : folder_(folder), leaf_(std::move(unfinishedLeaf)) {
-    ::unlinkat(folder_.descriptor(), leaf_.c_str(),
-               0); // what a killed process left; usually nothing
-    Descriptor descriptor(::openat(folder_.descriptor(), leaf_.c_str(),
-                                   O_RDWR | O_CREAT | O_EXCL | safely, privateMode));
+    const auto make = [&] {
+        return ::openat(folder_.descriptor(), leaf_.c_str(), O_RDWR | O_CREAT | O_EXCL | safely,
+                        privateMode);
+    };
+    Descriptor descriptor(make());
+    if (!descriptor.isOpen() && errno == EEXIST) { // what a killed process left
+        if (::unlinkat(folder_.descriptor(), leaf_.c_str(), 0) != 0) {
+            throw Failure("cannot remove " + folder_.quotedPathOf(leaf_), errno);
+        }
+        descriptor = Descriptor(make());
+    }
     if (!descriptor.isOpen()) throw Failure("cannot make " + folder_.quotedPathOf(leaf_), errno);
     file_ = FolderFile(folder_.quotedPathOf(leaf_), std::move(descriptor));
     file_->makePrivate(); // a umask may have taken the owner's own access away
 }
 
 UnfinishedFile::~UnfinishedFile() {
-    if (!leaf_.empty()) ::unlinkat(folder_.descriptor(), leaf_.c_str(), 0);
+    if (leaf_.empty()) return;
+    // What cannot be removed now is removed by the next making, as after a kill.
+    [[maybe_unused]] const int result = ::unlinkat(folder_.descriptor(), leaf_.c_str(), 0);
 }
 
 void UnfinishedFile::publishAs(const std::string& leaf) {

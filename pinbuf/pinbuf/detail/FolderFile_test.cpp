@@ -259,7 +259,7 @@ TEST_F(Unfinished, RemovesALinkAndNotItsTarget) {
 TEST_F(Unfinished, CannotBeMadeWhereADirectoryStands) {
     fs::create_directory(regions.path(leaf));
     EXPECT_EQ(failureOf([&] { UnfinishedFile file(folder, leaf); }),
-              "cannot make " + quotedPath(leaf) + ": File exists");
+              "cannot remove " + quotedPath(leaf) + ": Is a directory");
 }
 
 TEST_F(Unfinished, BelongsToItsOwnerAloneWhateverTheUmask) {

@@ -38,13 +38,20 @@ const Mapping* find(const Mapping* from, const FolderFile& file) {
 
 // The address space that the mapping takes: the region in whole pages and one page more.
 std::size_t spanFor(std::uint64_t sizeBytes) {
-    const auto pageBytes = static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
+    const long known = ::sysconf(_SC_PAGESIZE);
+    if (known <= 0) throw Failure("the size of a page is not known");
+    const auto pageBytes = static_cast<std::uint64_t>(known);
     const std::uint64_t spanBytes = (sizeBytes / pageBytes + 2) * pageBytes;
     if (sizeBytes > std::numeric_limits<std::uint32_t>::max() ||
         spanBytes > std::numeric_limits<std::size_t>::max()) {
         throwCannotMap(sizeBytes, ENOMEM);
     }
     return static_cast<std::size_t>(spanBytes);
+}
+
+// What cannot be given back stays as address space that nobody uses.
+void giveBack(void* span, std::size_t spanBytes) {
+    [[maybe_unused]] const int result = ::munmap(span, spanBytes);
 }
 
 // Zero pages are reserved for the whole span first and the file is laid over their beginning: what
@@ -58,7 +65,7 @@ void* mapWithZerosBehind(const FolderFile& file, std::size_t spanBytes) {
                MAP_SHARED | MAP_FIXED, file.descriptor(), 0);
     if (region == MAP_FAILED) {
         const int error = errno;
-        ::munmap(span, spanBytes);
+        giveBack(span, spanBytes);
         throwCannotMap(file.sizeBytes(), error);
     }
     return region;
@@ -82,7 +89,7 @@ void* mapOnce(const FolderFile& file) {
         // Another thread was faster. If it mapped the same region, its address counts and nobody
         // has seen ours.
         if (const Mapping* known = find(made->next, file); known != nullptr) {
-            ::munmap(made->address, made->spanBytes);
+            giveBack(made->address, made->spanBytes);
             return known->address;
         }
     }
