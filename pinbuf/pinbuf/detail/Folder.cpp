@@ -10,6 +10,10 @@
 namespace pinbuf {
 namespace {
 
+constexpr mode_t ownersAccess = S_IRWXU;
+
+bool lacksAccess(const FileStatus& folder) { return (folder.mode & ownersAccess) != ownersAccess; }
+
 // A trailing slash would make the kernel follow a symbolic link in the last component in spite of
 // O_NOFOLLOW; so would a trailing "/.".
 std::string withoutTrailingSlashes(std::string path) {
@@ -24,19 +28,31 @@ std::string withoutTrailingSlashes(std::string path) {
     return path;
 }
 
-// The open directory, or a closed descriptor when there is none.
-Descriptor openDirectory(const std::string& path) {
-    Descriptor directory(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
-    if (directory.isOpen() || errno == ENOENT) return directory;
+Descriptor openIfPossible(const std::string& path) {
+    return Descriptor(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+}
 
-    const int error = errno;
-
+[[noreturn]] void throwCannotOpen(const std::string& path, int error) {
+    const std::string folder = "the folder " + inQuotes(path);
     const std::optional<FileStatus> found = statusOf(AT_FDCWD, path.c_str());
-    if (found && found->isLink) {
-        throw Failure("the folder " + inQuotes(path) + " is a symbolic link");
+    if (found && found->isLink) throw Failure(folder + " is a symbolic link");
+    if (error == ENOTDIR) throw Failure(folder + " is not a directory");
+    if (error == ENOENT) throw Failure(folder + " has vanished");
+    throw Failure("cannot open " + folder, error);
+}
+
+// Of two processes that make the folder at once one succeeds, and both look at it afterwards.
+void make(const std::string& path) {
+    if (::mkdir(path.c_str(), ownersAccess) != 0 && errno != EEXIST) {
+        throw Failure("cannot make the folder " + inQuotes(path), errno);
     }
-    if (error == ENOTDIR) throw Failure("the folder " + inQuotes(path) + " is not a directory");
-    throw Failure("cannot open the folder " + inQuotes(path), error);
+}
+
+// A umask may have taken our own access to a folder away when it was made. Whether we have it now.
+bool regainAccess(const std::string& path) {
+    const std::optional<FileStatus> found = statusOf(AT_FDCWD, path.c_str());
+    return found && found->owner == ::geteuid() && lacksAccess(*found) &&
+           ::fchmodat(AT_FDCWD, path.c_str(), found->mode | ownersAccess, AT_SYMLINK_NOFOLLOW) == 0;
 }
 
 } // namespace
@@ -48,22 +64,27 @@ std::string Folder::chosenPath() {
 }
 
 Folder Folder::openOrMake(const std::string& path) {
-    // Made first and looked at afterwards: of two processes that start at once one makes it, and
-    // both check it.
-    if (::mkdir(path.c_str(), 0700) != 0 && errno != EEXIST) {
-        throw Failure("cannot make the folder " + inQuotes(path), errno);
+    Descriptor directory = openIfPossible(path);
+    if (!directory.isOpen() && errno == ENOENT) {
+        make(path);
+        directory = openIfPossible(path);
     }
-    Descriptor directory = openDirectory(path);
-    if (!directory.isOpen()) throw Failure("the folder " + inQuotes(path) + " has vanished");
+    if (!directory.isOpen() && errno == EACCES) {
+        if (!regainAccess(path)) throwCannotOpen(path, EACCES);
+        directory = openIfPossible(path);
+    }
+    if (!directory.isOpen()) throwCannotOpen(path, errno);
     Folder folder(path, std::move(directory));
     folder.requireOurs();
+    folder.requireAccess();
     return folder;
 }
 
 std::optional<Folder> Folder::openToRead(const std::string& path) {
-    Descriptor directory = openDirectory(path);
-    if (!directory.isOpen()) return std::nullopt;
-    return Folder(path, std::move(directory));
+    Descriptor directory = openIfPossible(path);
+    if (directory.isOpen()) return Folder(path, std::move(directory));
+    if (errno != ENOENT) throwCannotOpen(path, errno);
+    return std::nullopt;
 }
 
 Folder::Folder(std::string path, Descriptor directory)
@@ -81,6 +102,13 @@ void Folder::requireOurs() const {
     }
     if ((status_.mode & (S_IWGRP | S_IWOTH)) != 0) {
         throw Failure("the folder " + inQuotes(path_) + " is writable by others than its owner");
+    }
+}
+
+// What we may open, as root may everything, need not be what our next process may.
+void Folder::requireAccess() const {
+    if (lacksAccess(status_) && ::fchmod(descriptor(), status_.mode | ownersAccess) != 0) {
+        throw Failure("cannot change the mode of the folder " + inQuotes(path_), errno);
     }
 }
 

@@ -17,11 +17,13 @@ namespace pinbuf {
 
 class Folder {
 public:
-    // The path that the environment names, or the default one (see pinbuf.h).
+    // The path that the environment names, or the default one (see pinbuf.h). Who starts a program
+    // that has more rights than himself does not choose it.
     static std::string chosenPath();
 
     // The folder in which regions may be made: absent, it is created with mode 0700; present, it
-    // must be a directory, belong to the effective user and be writable by nobody else.
+    // must be a directory, belong to the effective user and be writable by nobody else; its owner
+    // gets the access that he lacks.
     static Folder openOrMake(const std::string& path);
 
     // The folder as it is, whoever owns it; empty when there is none. To look, not to change.
@@ -42,6 +44,7 @@ private:
     Folder(std::string path, Descriptor directory);
 
     void requireOurs() const;
+    void requireAccess() const;
 
     std::string path_;
     Descriptor directory_;

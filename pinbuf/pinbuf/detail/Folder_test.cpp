@@ -51,6 +51,54 @@ TEST(Folder, IsMadeForItsOwnerAlone) {
     EXPECT_EQ(RegionFolder::modeOf(regions.path()), 0700U);
 }
 
+// In a child, who is not root: root may enter everything.
+template <typename Body>
+int asOrdinaryUser(const RegionFolder& regions, Body body) {
+    return inChild([&] {
+        if (test::isRoot()) {
+            RegionFolder::chmod(fs::path(regions.path()).parent_path(), 0777);
+            if (::setresuid(test::nobody, test::nobody, test::nobody) != 0) return -1;
+        }
+        return body();
+    });
+}
+
+TEST(Folder, IsItsOwnersWhateverTheUmask) {
+    for (const mode_t mask : {0777U, 0700U, 0400U, 0277U, 022U}) {
+        const RegionFolder regions;
+        const auto body = [&] {
+            ::umask(mask);
+            if (!openFailure(regions.path()).empty()) return 1;
+            return RegionFolder::modeOf(regions.path()) == 0700 ? 0 : 2;
+        };
+        EXPECT_EQ(asOrdinaryUser(regions, body), 0) << mask;
+        EXPECT_EQ(inChild([&] {
+                      regions.clear();
+                      return body();
+                  }),
+                  0)
+            << mask;
+    }
+}
+
+// As a process leaves it that was killed between the two steps of making it.
+TEST(Folder, IsRepairedWhenItsOwnerLacksAccess) {
+    for (const unsigned mode : {0U, 0100U, 0300U, 0500U, 0455U}) {
+        const RegionFolder regions;
+        EXPECT_EQ(asOrdinaryUser(regions,
+                                 [&] {
+                                     regions.make();
+                                     RegionFolder::chmod(regions.path(), mode);
+                                     if (!openFailure(regions.path()).empty()) return 1;
+                                     return RegionFolder::modeOf(regions.path()) == (mode | 0700U)
+                                                ? 0
+                                                : 2;
+                                 }),
+                  0)
+            << mode;
+    }
+}
+
 TEST(Folder, IsTakenAsItIsWhenItExists) {
     const RegionFolder regions;
     regions.make();
@@ -117,12 +165,9 @@ TEST(Folder, BelongsToTheUser) {
 
 TEST(Folder, SaysWhyItCannotBeOpened) {
     if (!test::isRoot()) GTEST_SKIP() << "needs a user who may become another one";
-    const RegionFolder regions;
+    const RegionFolder regions; // in a folder that root alone may enter
     regions.make();
-    RegionFolder::chmod(regions.path(), 0);
-    ASSERT_EQ(::chown(regions.path().c_str(), test::nobody, test::nobody), 0);
     EXPECT_EQ(inChild([&] {
-                  RegionFolder::chmod(fs::path(regions.path()).parent_path(), 0755);
                   if (::setresuid(test::nobody, test::nobody, test::nobody) != 0) return 2;
                   return openFailure(regions.path()) == "cannot open the folder \"" +
                                                             regions.path() + "\": Permission denied"
