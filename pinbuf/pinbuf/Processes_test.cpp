@@ -10,6 +10,8 @@
 #include <set>
 #include <string>
 #include <sys/mman.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <thread>
 #include <vector>
 
@@ -70,6 +72,40 @@ TEST_F(Processes, KeepTheirAddressWhileOtherRegionsComeAndGo) {
     for (int i = 0; i < 40; ++i) ASSERT_NE(alloc("n" + std::to_string(i), 1), 0U);
     EXPECT_EQ(alloc("a", 1), 0x40000000U);
     EXPECT_EQ(alloc("c", 1), 0x40002000U);
+}
+
+// A program with the rights of its file's group: whoever starts it must not lead it elsewhere.
+TEST_F(Processes, IgnoreTheEnvironmentOfAProgramWithRightsOfItsOwn) {
+    const fs::path directory = fs::read_symlink("/proc/self/exe").parent_path();
+    const fs::path copy = directory / ("pinbuf-probe-setgid-" + std::to_string(::getpid()));
+    const auto listWith = [&](const fs::path& program, const char* assignments) {
+        const std::string command =
+            std::string("env ") + assignments + " " + program.string() + " list 2>/dev/null";
+        return std::system(command.c_str());
+    };
+    fs::copy_file(directory / "pinbuf-probe", copy);
+    std::vector<gid_t> groups{pinbuf::test::nobody}; // root may give rights of any
+    if (!pinbuf::test::isRoot()) {
+        groups.resize(64);
+        groups.resize(static_cast<std::size_t>(std::max(::getgroups(64, groups.data()), 0)));
+    }
+    const bool hasRights = std::any_of(groups.begin(), groups.end(), [&copy](gid_t group) {
+        return group != ::getgid() && ::chown(copy.c_str(), static_cast<uid_t>(-1), group) == 0 &&
+               ::chmod(copy.c_str(), 02755) == 0;
+    });
+
+    struct statvfs place {};
+
+    ASSERT_EQ(::statvfs(copy.c_str(), &place), 0);
+    if (!hasRights || (place.f_flag & ST_NOSUID) != 0) {
+        fs::remove(copy);
+        GTEST_SKIP() << "needs a group to give rights of, and a file system that heeds them";
+    }
+    for (const char* misleading : {"PINBUF_BACKEND=none", "PINBUF_DIR=/dev/null"}) {
+        EXPECT_NE(listWith(directory / "pinbuf-probe", misleading), 0) << misleading;
+        EXPECT_EQ(listWith(copy, misleading), 0) << misleading;
+    }
+    fs::remove(copy);
 }
 
 // Starts `count` processes that begin together, in a folder that does not exist yet, and waits for

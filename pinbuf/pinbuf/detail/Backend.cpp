@@ -8,7 +8,7 @@
 namespace pinbuf {
 
 const Backend& chosenBackend() {
-    const char* chosen = std::getenv("PINBUF_BACKEND");
+    const char* chosen = ::secure_getenv("PINBUF_BACKEND");
     const std::string_view name = chosen == nullptr ? "" : chosen;
     if (name.empty() || name == "shm") return ShmBackend::instance();
     throw Failure("PINBUF_BACKEND names no back end: " + inQuotes(name) + ", known is \"shm\"");

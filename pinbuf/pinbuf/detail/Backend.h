@@ -63,7 +63,8 @@ protected:
     ~Backend() = default; // nobody deletes a back end through this interface
 };
 
-// The back end that the environment chooses; lives as long as the process.
+// The back end that the environment chooses, unless the program has more rights than who started
+// it; lives as long as the process.
 const Backend& chosenBackend();
 
 } // namespace pinbuf

@@ -58,7 +58,7 @@ bool regainAccess(const std::string& path) {
 } // namespace
 
 std::string Folder::chosenPath() {
-    const char* chosen = std::getenv("PINBUF_DIR");
+    const char* chosen = ::secure_getenv("PINBUF_DIR");
     if (chosen != nullptr && *chosen != '\0') return withoutTrailingSlashes(chosen);
     return "/dev/shm/pinbuf-" + std::to_string(::geteuid());
 }
