@@ -5,6 +5,7 @@
 #include <pinbuf/detail/Backend.h>
 #include <pinbuf/detail/Error.h>
 #include <pinbuf/detail/RegionName.h>
+#include <pinbuf/detail/Undisturbed.h>
 #include <vector>
 
 namespace {
@@ -13,6 +14,7 @@ namespace {
 // answer `onFailure`.
 template <typename Result, typename Step>
 Result answer(const char* call, const char* name, Result onFailure, Step step) noexcept {
+    const pinbuf::Undisturbed undisturbed;
     pinbuf::clearError();
     try {
         return step();

@@ -9,17 +9,22 @@
 // Errors:   a call that fails writes one line to standard error that says which call, which region
 //           and why, and pinbuf_error() gives the same line. A failure changes nothing that was
 //           stored before.
+//           A file larger than the process may make is such a failure, and not a signal.
 // Threads:  every call may be made from any thread and from any number of processes at once. Making
 //           regions is serialised by an advisory lock in the folder, so a call can wait for another
 //           process that makes one; after a second a line on standard error says for which. The
 //           environment is read at each call: do not change it while another thread is in one.
+//           A thread is not cancelled inside a call. A child that was forked while another thread
+//           was in one may make any call.
 //
 // Environment:
 //   PINBUF_BACKEND  which back end gives the memory. "shm", also when unset or empty: files in a
 //                   folder, no privilege.
 //   PINBUF_DIR      folder of the regions. Unset or empty: /dev/shm/pinbuf-<effective user id>. It
 //                   is made (mode 0700) when absent; it must belong to the user, be writable by
-//                   nobody else and be no symbolic link.
+//                   nobody else and be no symbolic link. What its owner lacks of access to it he
+//                   gets.
+// Both are ignored in a program that has more rights than who started it (set-user-id and the like).
 #ifndef PINBUF_PINBUF_H
 #define PINBUF_PINBUF_H
 

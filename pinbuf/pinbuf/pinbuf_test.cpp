@@ -1,10 +1,13 @@
 #include <pinbuf/pinbuf.h>
 
+#include <atomic>
 #include <cerrno>
 #include <climits>
+#include <csignal>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <pinbuf/detail/TestSupport.h>
+#include <pthread.h>
 #include <sched.h>
 #include <string>
 #include <sys/mount.h>
@@ -329,22 +332,109 @@ TEST_F(Pinbuf, AnswersZeroWhenThereIsNoSpaceForTheDirectoryFile) {
     EXPECT_EQ(result, 0);
 }
 
+// The kernel's signal for it would end the process, or run a handler of the program.
 TEST_F(Pinbuf, AnswersZeroWhenTheProcessMayNotMakeSoLargeAFile) {
-    EXPECT_EQ(
-        inChild([&] {
-            const rlimit limit{65536, 65536};
-            if (alloc("before", 100) == 0 || ::setrlimit(RLIMIT_FSIZE, &limit) != 0) return 1;
-            ::signal(SIGXFSZ, SIG_IGN);
-            const unsigned address = alloc("r", 65537);
-            if (std::string(pinbuf_error()) !=
-                "pinbuf_alloc_func: region \"r\": cannot reserve 65537 bytes: File too large") {
-                return 2;
-            }
-            if (address != 0 || regions.leaves() != Leaves{".locks", ".regions", "before"})
-                return 3;
-            return alloc("r", 65536) == 0x40001000 ? 0 : 4;
-        }),
-        0);
+    static volatile std::sig_atomic_t signals = 0;
+    const auto count = [](int) { signals = signals + 1; };
+    for (const sighandler_t disposition : {SIG_DFL, SIG_IGN, static_cast<sighandler_t>(count)}) {
+        regions.clear();
+        EXPECT_EQ(
+            inChild([&] {
+                const rlimit limit{65536, 65536};
+                if (alloc("before", 100) == 0 || ::setrlimit(RLIMIT_FSIZE, &limit) != 0) return 1;
+                ::signal(SIGXFSZ, disposition);
+                const unsigned address = alloc("r", 65537);
+                if (std::string(pinbuf_error()) !=
+                    "pinbuf_alloc_func: region \"r\": cannot reserve 65537 bytes: File too large") {
+                    return 2;
+                }
+                if (address != 0 || regions.leaves() != Leaves{".locks", ".regions", "before"}) {
+                    return 3;
+                }
+                if (signals != 0) return 4;
+                if (alloc("r", 65536) != 0x40001000) return 5;
+                sigset_t blocked;
+                ::pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
+                return sigismember(&blocked, SIGXFSZ) == 0 ? 0 : 6;
+            }),
+            0);
+    }
+}
+
+TEST_F(Pinbuf, LeavesASignalOfTheProgramPending) {
+    EXPECT_EQ(inChild([&] {
+                  sigset_t blocked;
+                  sigset_t pending;
+                  sigemptyset(&blocked);
+                  sigaddset(&blocked, SIGXFSZ);
+                  ::pthread_sigmask(SIG_BLOCK, &blocked, nullptr);
+                  ::raise(SIGXFSZ);
+                  if (alloc("r", 8) == 0) return 1;
+                  ::sigpending(&pending);
+                  return sigismember(&pending, SIGXFSZ) == 1 ? 0 : 2;
+              }),
+              0);
+}
+
+TEST_F(Pinbuf, IsNotCutShortByTheCancellationOfItsThread) {
+    EXPECT_EQ(inChild([&] {
+                  for (int round = 0; round < 100; ++round) {
+                      std::atomic<bool> isRunning{false};
+                      pthread_t thread{};
+                      const auto call = [](void* started) -> void* {
+                          const pinbuf_visitor visitor = [](const pinbuf_region*, void*) {
+                              return 0;
+                          };
+                          for (;;) {
+                              ::pthread_testcancel();
+                              alloc("r", 8);
+                              *static_cast<std::atomic<bool>*>(started) = true;
+                              alloc("s", 5000);
+                              ::unlink((std::string(std::getenv("PINBUF_DIR")) + "/s").c_str());
+                              map("r");
+                              pinbuf_hold("r", nullptr);
+                              pinbuf_find("r", visitor, nullptr);
+                              pinbuf_list(visitor, nullptr);
+                          }
+                      };
+                      if (::pthread_create(&thread, nullptr, call, &isRunning) != 0) return 1;
+                      while (!isRunning) std::this_thread::yield();
+                      ::pthread_cancel(thread);
+                      void* result = nullptr;
+                      if (::pthread_join(thread, &result) != 0 || result != PTHREAD_CANCELED)
+                          return 2;
+                      if (alloc("r", 8) == 0) return 3; // nothing stays locked
+                  }
+                  return 0;
+              }),
+              0);
+}
+
+TEST_F(Pinbuf, WorksInAChildThatIsForkedInTheMiddleOfACall) {
+    EXPECT_EQ(inChild([&] {
+                  std::thread caller([] {
+                      for (;;) {
+                          alloc("r", 8);
+                          map("r");
+                          alloc("s", 5000);
+                          pinbuf_hold("r", nullptr);
+                          ::unlink((std::string(std::getenv("PINBUF_DIR")) + "/s").c_str());
+                      }
+                  });
+                  for (int round = 0; round < 100; ++round) {
+                      const int result = inChild([] {
+                          ::alarm(60); // ends a child that hangs
+                          if (alloc("r", 8) == 0) return 1;
+                          if (map("r") == nullptr) return 2;
+                          if (alloc("t", 8) == 0) return 3;
+                          return pinbuf_hold("t", nullptr) < 0 ? 4 : 0;
+                      });
+                      if (result != 0) ::_exit(result < 0 ? 100 : result);
+                  }
+                  ::_exit(0);
+                  return 0;
+              }),
+              0);
 }
 
 // A visitor: adds the region's line to the string `context`.

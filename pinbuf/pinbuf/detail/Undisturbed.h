@@ -1,0 +1,30 @@
+// Undisturbed.h - lets a call of the face come to its end.
+//
+// Cancelled: not while this lives; a cancellation waits until the thread is out of the call.
+// SIGXFSZ:   is what the kernel sends beside an error number to who makes a file larger than the
+//            process may. The error is reported, so the signal that came with it is taken back; one
+//            that waited before is left alone.
+// Threads:   concerns the calling thread alone.
+#ifndef PINBUF_DETAIL_UNDISTURBED_H
+#define PINBUF_DETAIL_UNDISTURBED_H
+
+#include <csignal>
+
+namespace pinbuf {
+
+class Undisturbed {
+public:
+    Undisturbed() noexcept;
+    ~Undisturbed();
+    Undisturbed(const Undisturbed&) = delete;
+    Undisturbed& operator=(const Undisturbed&) = delete;
+
+private:
+    sigset_t maskBefore_{};
+    bool mayTakeBack_ = false;
+    int cancelStateBefore_ = 0;
+};
+
+} // namespace pinbuf
+
+#endif // PINBUF_DETAIL_UNDISTURBED_H
