@@ -115,7 +115,7 @@ void CacheTable::doRestart() {
     // So far ahead is fetched where keys will go.
     constexpr U32 ahead = 16;
     for (U32 index = 0; index < size_; ++index) {
-        if (index + ahead < size_) keyToIndex_.fetch(keyAt(index + ahead));
+        if (index + ahead < size_) keyToIndex_.fetch(keyAhead(index + ahead));
         const DeviceOffset key = keyAt(index);
         if (isUnused(key))
             freeIndex_.add(index, true);
@@ -139,7 +139,7 @@ Vel::SharedBits CacheTable::sampledBits() const {
     for (U32 i = 0; i < looks && shared.keys() < enough && shared.bits() != 0; ++i) {
         const auto index = static_cast<U32>(U64{place} * size_ >> 32);
         place += goldenRatio;
-        if (const DeviceOffset key = keyAt(index); !isUnused(key)) shared.add(keyFold(key));
+        if (const DeviceOffset key = keyAhead(index); !isUnused(key)) shared.add(keyFold(key));
     }
     return shared;
 }
@@ -149,6 +149,16 @@ DeviceOffset CacheTable::keyAt(U32 index) const {
     const BytePtr ptr = slot(index);
     VEL_ASSERT_AS("ptr", ptr != nullptr, index);
     return DeviceOffset(RegionLayout::readKeyWord(ptr));
+}
+
+// The same for a slot whose turn has not come. One that is not whole inside the region looks unused: what to say of it is for
+// its turn, when every slot before it is done.
+DeviceOffset CacheTable::keyAhead(U32 index) const {
+    const U32 offset = RegionLayout::slotOffset(entrySize_, index);
+    const bool isInside =
+        offset < pinbufSize_ && pinbufSize_ - offset >= RegionLayout::keyWordBytes;
+    return DeviceOffset(isInside ? RegionLayout::readKeyWord(pinbufPtr_ + offset)
+                                 : RegionLayout::unusedKeyWord);
 }
 
 void CacheTable::recoverSlot(U32 index, DeviceOffset key) {

@@ -144,7 +144,9 @@ public:
     void freeIndexNotify(Vel::U32) noexcept {}
 
     // Rebuilds both maps from the slots alone; may be called at any time. Of several slots with one key the lowest keeps
-    // it, the others are marked unused. One pass. Asserts "keyToIndexs() + freeIndexs() == size()".
+    // it, the others are marked unused. One pass, in ascending order; each slot is traced and written before the next is
+    // judged. Asserts "offset < pinbufSize()" at the first slot that begins behind the region, and in the end
+    // "keyToIndexs() + freeIndexs() == size()".
     void doRestart();
 
     // Whether handleInitialized() has finished; true once the constructor has returned.
@@ -173,6 +175,7 @@ private:
     void openRegion();
     void formatUnlessFormatted();
     DeviceOffset keyAt(Vel::U32 index) const;
+    DeviceOffset keyAhead(Vel::U32 index) const;
     Vel::SharedBits sampledBits() const;
     void recoverSlot(Vel::U32 index, DeviceOffset key);
     Vel::U32 takeFreeIndex();

@@ -3,6 +3,7 @@
 
 #include <Brixo/testing/Child.h>
 #include <Brixo/testing/RegionFolder.h>
+#include <Brixo/testing/SpokenTrace.h>
 #include <Brixo/testing/Tables.h>
 #include <Vel/PtrTrack.h>
 #include <Vel/testing/LiveObjects.h>
@@ -269,6 +270,48 @@ TEST_F(CacheTableRecovery, DiesWhenASlotLiesBehindTheRegion) {
               }),
               "CacheTable.cpp:#: assertion failed: offset < pinbufSize(); index = 0, offset = 8 "
               "(in entryPtr)\n");
+}
+
+// Of 64 slots the first `inside` begin inside the region, the last of them with so many bytes of its key word. What comes
+// before the end is done, what comes behind is not: slot n holds key n, and each third slot that of the one before it.
+TEST_F(CacheTableRecovery, HasDoneEachSlotBeforeTheOneThatLiesBehindTheRegion) {
+    constexpr U32 slots = 64;
+    const auto keyWordAt = [](U32 slot) { return slot % 3 == 2 ? slot - 1 : slot; };
+    std::string before = formattedRegion({});
+    for (U32 slot = 0; slot < slots; ++slot) before += word(keyWordAt(slot)) + "data";
+    for (const U32 inside : {0U, 1U, 9U, 10U, 47U, 48U, 63U}) {
+        for (const U32 lastBytes : {1U, 3U, 4U, 8U}) {
+            if (inside == 0 && lastBytes != 8) continue;
+            const U32 size = 8 * inside + lastBytes;
+            SCOPED_TRACE("region of " + std::to_string(size) + " bytes");
+            std::string said = "BrixoCacheTable/8 CacheTable::doRestart\n";
+            std::string after = before;
+            for (U32 slot = 0; slot < inside; ++slot) {
+                said += "BrixoCacheTable/9 Recovered entry, index: " + std::to_string(slot) +
+                        " key: " + std::to_string(keyWordAt(slot)) + "\n";
+                if (slot % 3 != 2) continue;
+                said += "BrixoCacheTable/1 Discovered duplicate keys, old index: " +
+                        std::to_string(slot - 1) + " new index: " + std::to_string(slot) + "\n";
+                after.replace(8 + 8 * slot, 4, word(unused));
+            }
+            said += "CacheTable.cpp:#: assertion failed: offset < pinbufSize(); index = " +
+                    std::to_string(inside) + ", offset = " + std::to_string(8 + 8 * inside) +
+                    " (in entryPtr)\n";
+            regions.clear();
+            EXPECT_EQ(lastWordsOf([&] {
+                          Vel::TraceHandle::settingsAre("*/none");
+                          const Vel::Ptr<CacheTable> table = openTable(slots, 4);
+                          for (U32 i = 0; i < before.size(); ++i)
+                              table->pinbufPtr()[i] = static_cast<U8>(before[i]);
+                          Vel::TraceHandle::settingsAre("*/all");
+                          const SpokenTrace spoken;
+                          table->pinbufSizeIs(size);
+                          table->doRestart();
+                      }),
+                      said);
+            EXPECT_EQ(bytes(), after);
+        }
+    }
 }
 
 TEST_F(CacheTableRecovery, ReadsOnlyItsOwnSlotsOfALargerRegion) {
