@@ -109,6 +109,18 @@ void CacheTable::doRestart() {
                                 "doRestart");
     keyToIndexDelAll();
     freeIndexDelAll();
+    try {
+        recoverSlots();
+    } catch (...) { // no memory: half of the slots in the maps would be worse than none
+        keyToIndexDelAll();
+        freeIndexDelAll();
+        throw;
+    }
+    VEL_ASSERT_AS("keyToIndexs() + freeIndexs() == size()", keyToIndexs() + freeIndexs() == size(),
+                  keyToIndexs(), freeIndexs(), size());
+}
+
+void CacheTable::recoverSlots() {
     // Either may come to hold every slot; room that nobody takes is not touched.
     freeIndex_.reserve(size_);
     keyToIndex_.reserve(size_, sampledBits());
@@ -122,8 +134,6 @@ void CacheTable::doRestart() {
         else
             recoverSlot(index, key);
     }
-    VEL_ASSERT_AS("keyToIndexs() + freeIndexs() == size()", keyToIndexs() + freeIndexs() == size(),
-                  keyToIndexs(), freeIndexs(), size());
 }
 
 // Registers lie some bytes apart: the low bits that all their addresses share are told by a few, before the first is placed.

@@ -14,7 +14,8 @@
 // Key:        0xffffffff is accepted, but its slot reads as unused in the next recovery: that entry is lost then.
 // Cost:       entry() is one look-up and one addition. A slot takes a bit of freeIndex or a seat of keyToIndex, for which
 //             recovery makes room; a map's member becomes an object only when somebody asks for it (LazyCollection.h).
-// Errors:     broken preconditions are assertions that end the process; an absent key is no error.
+// Errors:     broken preconditions are assertions that end the process; an absent key is no error. Without memory, what makes
+//             members throws std::bad_alloc; entryIs() has changed nothing then, doRestart() leaves both maps empty.
 // Threads:    no lock: the table belongs to its agent's thread. Other readers of the region see writes as they happen.
 #pragma once
 
@@ -147,6 +148,9 @@ public:
     // it, the others are marked unused. One pass, in ascending order; each slot is traced and written before the next is
     // judged. Asserts "offset < pinbufSize()" at the first slot that begins behind the region, and in the end
     // "keyToIndexs() + freeIndexs() == size()".
+    // Without memory it throws std::bad_alloc and leaves both maps empty: until a later call succeeds, every key is absent
+    // and entryIs() asserts "freeIndexs() > 0". The region has lost nothing by it, and members that somebody holds live on.
+    // The room that the maps had is given back first, so that a pass needs no more than the table has had before.
     void doRestart();
 
     // Whether handleInitialized() has finished; true once the constructor has returned.
@@ -177,6 +181,7 @@ private:
     DeviceOffset keyAt(Vel::U32 index) const;
     DeviceOffset keyAhead(Vel::U32 index) const;
     Vel::SharedBits sampledBits() const;
+    void recoverSlots();
     void recoverSlot(Vel::U32 index, DeviceOffset key);
     Vel::U32 takeFreeIndex();
 

@@ -1,12 +1,15 @@
 // CacheTableWithoutMemory_test.cpp - what a table does when the general allocator has nothing more to give.
 #include <Brixo/CacheTable.h>
 
+#include <Brixo/testing/Child.h>
 #include <Brixo/testing/RegionFolder.h>
 #include <Brixo/testing/Tables.h>
+#include <Vel/TraceHandle.h>
 #include <Vel/testing/ScarceMemory.h>
 #include <gtest/gtest.h>
 #include <new>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace Brixo {
@@ -43,6 +46,79 @@ TEST(CacheTableWithoutMemory, AKeyThatFindsNoPlaceTakesNoSlot) {
     EXPECT_EQ(entry(*table, strayKey), "stra");
     EXPECT_EQ(table->keyToIndex(key(strayKey)), free.front());
     EXPECT_EQ(table->auditErrors(9), 0u);
+}
+
+// Entries whose keys need more room than the maps have at first, free slots, and two duplicates.
+constexpr U32 mixedSlots = 1024;
+constexpr U32 mixedKeys = 766; // three slots of four, less two that repeat a key: 5 of slot 0, 1
+
+std::string mixedRegion() {
+    std::string bytes = formattedRegion({});
+    for (U32 slot = 0; slot < mixedSlots; ++slot) {
+        const U32 keyWord = slot % 16 == 0 ? crowdedKey(slot) : slot;
+        bytes += word(slot % 4 == 3 ? 0xffffffff : keyWord) + "data";
+    }
+    return bytes.replace(8 + 8 * 1021, 4, word(strayKey)).replace(8 + 8 * 1022, 4, word(1));
+}
+
+// Calls `body` with one more allocation granted each time, until some are left; how often it has thrown. `afterThrow` looks
+// at what that left. Not each refusal is a failure: the maps do with what they have where they can.
+template <class Body, class AfterThrow>
+int refuseEachAllocation(Body body, AfterThrow afterThrow) {
+    int throws = 0;
+    for (int granted = 0; !testing::Test::HasFailure(); ++granted) {
+        SCOPED_TRACE("allocations granted: " + std::to_string(granted));
+        bool hasThrown = false;
+        allocationsLeft = granted;
+        try {
+            body();
+        } catch (const std::bad_alloc&) {
+            hasThrown = true;
+        }
+        const int left = std::exchange(allocationsLeft, always);
+        if (hasThrown) {
+            ++throws;
+            afterThrow();
+        } else if (left > 0) {
+            break;
+        }
+    }
+    return throws;
+}
+
+TEST(CacheTableWithoutMemory, ARestartThatFailsLeavesBothMapsEmptyAndFindsAllTheNextTime) {
+    const RegionFolder regions;
+    Vel::TraceHandle::settingsAre("*/none");
+    regions.put(regionName, mixedRegion());
+    const Vel::Ptr<CacheTable> table = openTable(mixedSlots, 4);
+    const Pairs used = usedSlots(*table);
+    const std::vector<U32> free = freeSlots(*table);
+    ASSERT_EQ(used.size(), mixedKeys);
+    const std::string whole = regions.bytes(regionName);
+    // A member that somebody holds lives on, whatever becomes of the map.
+    const Vel::Ptr<CacheTable::VelKeyToIndex> held = table->keyToIndex().find(key(crowdedKey(16)));
+
+    const int throws = refuseEachAllocation(
+        [&] { table->doRestart(); },
+        [&] {
+            EXPECT_EQ(usedSlots(*table), Pairs());
+            EXPECT_EQ(table->keyToIndexs(), 0u);
+            EXPECT_EQ(freeSlots(*table), std::vector<U32>());
+            EXPECT_EQ(table->freeIndexs(), 0u);
+            EXPECT_EQ(entry(*table, crowdedKey(16)), "absent");
+            EXPECT_EQ(lastWordsOf([&] { write(*table, 1, "data"); }),
+                      "CacheTable.cpp:#: assertion failed: freeIndexs() > 0 (in takeFreeIndex)\n");
+            EXPECT_TRUE(table->initialized());
+            EXPECT_EQ(regions.bytes(regionName), whole);
+            table->doRestart();
+            EXPECT_EQ(usedSlots(*table), used);
+            EXPECT_EQ(freeSlots(*table), free);
+            EXPECT_EQ(table->auditErrors(9), 0u);
+        });
+    EXPECT_GT(throws, 4) << "more than it takes to make room: some came in the middle of the pass";
+    EXPECT_EQ(usedSlots(*table), used);
+    EXPECT_EQ(freeSlots(*table), free);
+    EXPECT_EQ(held->value(), 16u);
 }
 
 } // namespace
