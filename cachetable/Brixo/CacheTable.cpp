@@ -80,6 +80,9 @@ void CacheTable::openRegion() {
     const Vel::String8 name = regionName();
     pinbufSizeIs(RegionLayout::regionBytes(entrySize_, size_));
     FERROLOG("BrixoCacheTable", "DMA memory size ", pinbufSize_);
+    VEL_ASSERT_AS("pa", pinbufSize() != 0, size(), entrySize()); // 2^32 bytes
+    VEL_ASSERT_AS("offset < pinbufSize()", RegionLayout::fits(entrySize_, size_), size(),
+                  entrySize(), pinbufSize());
     const unsigned pa = pinbuf_alloc_func(name.charPtr(), pinbufSize_, ownerName());
     VEL_ASSERT_AS("pa", pa != 0);
     VEL_TRACE(trace(), traceDetail,

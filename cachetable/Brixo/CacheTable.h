@@ -159,7 +159,9 @@ public:
     void initializedIs(bool initialized) noexcept { initialized_ = initialized; }
 
     // Obtains the region from pinbuf, maps it, formats it unless it is formatted, and recovers it. The constructor
-    // calls it. Asserts "pa" when there is no region, "pinbufPtr()" when it cannot be mapped.
+    // calls it. Asserts "pa" when there is no region, "pinbufPtr()" when it cannot be mapped; and "offset < pinbufSize()",
+    // before a region is asked for, when slots and header together take more than 2^32 bytes: pinbufSize() is too small for
+    // them then ("pa" for 2^32 bytes sharp).
     void handleInitialized();
 
     // How many slots below size() are not in exactly one of the two maps, how many members stand for no such slot, and what

@@ -414,5 +414,76 @@ TEST_F(CacheTableTest, DiesWhenThereAreNoAddressesForSoLargeARegion) {
                   "CacheTable.cpp:#: assertion failed: pa (in openRegion)\n");
 }
 
+// Whose slots, counted without wrapping around, reach beyond 2^32 bytes: no region is made for it, and none is touched.
+TEST_F(CacheTableTest, RefusesSlotsThatReachBeyond2To32) {
+    struct Refused {
+        U32 size, entrySize, bytes; // bytes modulo 2^32
+    };
+
+    for (const Refused& r : {Refused{1, 0xfffffff5, 1},
+                             {1, 0xfffffffb, 7},
+                             {1, 0xfffffffc, 8},
+                             {1, 0xfffffffd, 9},
+                             {1, 0xffffffff, 11},
+                             {2, 0x7ffffff9, 2},
+                             {3, 0x55555552, 10},
+                             {0x3fffffff, 0, 4},
+                             {0x40000000, 0, 8},
+                             {0x40000001, 0, 12},
+                             {1717986919, 1, 11}, // would end in the middle of slot 0's key word
+                             {0x10000001, 12, 24},
+                             {0xffffffff, 0xfffffffc, 8},
+                             {0xffffffff, 0xffffffff, 5}}) {
+        for (const std::string& before : {std::string(), filled(100, 7)}) {
+            SCOPED_TRACE(r.entrySize);
+            if (!before.empty()) regions.put(regionName, before);
+            EXPECT_EQ(lastWordsOf([&] { openTable(r.size, r.entrySize); }),
+                      "CacheTable.cpp:#: assertion failed: offset < pinbufSize(); size() = " +
+                          std::to_string(r.size) +
+                          ", entrySize() = " + std::to_string(r.entrySize) +
+                          ", pinbufSize() = " + std::to_string(r.bytes) + " (in openRegion)\n");
+            EXPECT_EQ(regions.has(regionName), !before.empty());
+            EXPECT_EQ(bytes(), before);
+        }
+        regions.clear();
+    }
+}
+
+// Just below the wrap it is pinbuf that refuses; a size of 2^32 sharp is none.
+TEST_F(CacheTableTest, DiesWithoutARegionJustBelow2To32) {
+    struct Refused {
+        U32 size, entrySize;
+        std::string bytes; // "" for 2^32
+    };
+
+    for (const Refused& r : {Refused{1, 0xfffffff3, "4294967295"},
+                             {1, 0xfffffff4, ""},
+                             {2, 0x7ffffff7, "4294967294"},
+                             {2, 0x7ffffff8, ""},
+                             {0x3ffffffd, 0, "4294967292"},
+                             {0x3ffffffe, 0, ""}}) {
+        EXPECT_EQ(
+            lastWordsOf([&] { openTable(r.size, r.entrySize); }),
+            r.bytes.empty()
+                ? "CacheTable.cpp:#: assertion failed: pa; size() = " + std::to_string(r.size) +
+                      ", entrySize() = " + std::to_string(r.entrySize) + " (in openRegion)\n"
+                : "pinbuf_alloc_func: region \"" + regionName +
+                      "\": no physical addresses left for " + r.bytes +
+                      " bytes, the longest free range has 2147483648\n"
+                      "CacheTable.cpp:#: assertion failed: pa (in openRegion)\n");
+        EXPECT_FALSE(regions.has(regionName));
+    }
+}
+
+TEST_F(CacheTableTest, MayHaveNoSlotsOfAnySize) {
+    for (const U32 entrySize : {0xfffffff4u, 0xfffffffbu, 0xfffffffcu, 0xfffffffdu, 0xffffffffu}) {
+        regions.clear();
+        const Vel::Ptr<CacheTable> table = openTable(0, entrySize);
+        EXPECT_EQ(table->pinbufSize(), 8u);
+        EXPECT_EQ(bytes(), formattedRegion({}));
+        EXPECT_EQ(table->auditErrors(9), 0u);
+    }
+}
+
 } // namespace
 } // namespace Brixo

@@ -16,6 +16,7 @@
 namespace Brixo::RegionLayout {
 
 using Vel::U32;
+using Vel::U64;
 using Vel::U8;
 
 struct Header {
@@ -39,6 +40,12 @@ constexpr U32 slotBytes(U32 entrySize) noexcept { return entrySize + keyWordByte
 // Bytes of a region, modulo 2^32.
 constexpr U32 regionBytes(U32 entrySize, U32 size) noexcept {
     return slotBytes(entrySize) * size + headerBytes;
+}
+
+// Whether a region of 2^32 - 1 bytes has room for so many slots. Else regionBytes() has wrapped around and tells nothing.
+constexpr bool fits(U32 entrySize, U32 size) noexcept {
+    constexpr U64 most = 0xffffffff - headerBytes;
+    return size == 0 || U64{entrySize} + keyWordBytes <= most / size;
 }
 
 // Where slot `index` begins, in bytes from the start of the region, modulo 2^32.

@@ -31,6 +31,20 @@ TEST(RegionLayout, ComputesModulo2To32) {
     EXPECT_EQ(slotOffset(12, 0x10000001), 24u);
 }
 
+TEST(RegionLayout, KnowsWhichSlotsFitIntoARegion) {
+    EXPECT_TRUE(fits(0xfffffff3, 1));
+    EXPECT_FALSE(fits(0xfffffff4, 1)) << "2^32 bytes";
+    EXPECT_FALSE(fits(0xffffffff, 1)) << "though it counts as 11 bytes";
+    EXPECT_TRUE(fits(0x7ffffff7, 2));
+    EXPECT_FALSE(fits(0x7ffffff8, 2));
+    EXPECT_TRUE(fits(0, 0x3ffffffd));
+    EXPECT_FALSE(fits(0, 0x3ffffffe));
+    EXPECT_TRUE(fits(12, 0x0fffffff));
+    EXPECT_FALSE(fits(12, 0x10000000));
+    EXPECT_TRUE(fits(0xffffffff, 0)) << "no slot is too large";
+    EXPECT_FALSE(fits(0xffffffff, 0xffffffff));
+}
+
 TEST(RegionLayout, ReadsAndWritesKeyWordsAtAnyAddress) {
     for (unsigned shift = 0; shift < 8; ++shift) {
         unsigned char bytes[16];
