@@ -1,6 +1,7 @@
 #include <Brixo/CacheTable.h>
 
 #include <Brixo/RegionLayout.h>
+#include <Brixo/detail/RegionRecord.h>
 #include <Ferrolog/Trace.h>
 #include <Vel/Assert.h>
 #include <Vel/KeyHash.h>
@@ -83,18 +84,40 @@ void CacheTable::openRegion() {
     VEL_ASSERT_AS("pa", pinbufSize() != 0, size(), entrySize()); // 2^32 bytes
     VEL_ASSERT_AS("offset < pinbufSize()", RegionLayout::fits(entrySize_, size_), size(),
                   entrySize(), pinbufSize());
+    const auto record = detail::RegionRecord::of(name.charPtr());
+    refuseOtherSlots(name, record);
     const unsigned pa = pinbuf_alloc_func(name.charPtr(), pinbufSize_, ownerName());
     VEL_ASSERT_AS("pa", pa != 0);
+    if (record.sizeBytes != 0 && record.sizeBytes != pinbufSize_)
+        VEL_TRACE(trace(), traceAnomaly,
+                  "Region " << name << " has another size: " << record.sizeBytes
+                            << " bytes on record, " << pinbufSize_ << " bytes asked for");
     VEL_TRACE(trace(), traceDetail,
               "DMA memory physical address for cache table " << name << " 0x" << std::hex << pa);
     pinbufPtrIs(static_cast<BytePtr>(pinbuf_map(name.charPtr(), 1, 0, 0)));
     VEL_ASSERT_AS("pinbufPtr()", pinbufPtr() != nullptr);
 }
 
+// Slots of another size in this region would be taken for keys, and written over.
+void CacheTable::refuseOtherSlots(const Vel::String8& name,
+                                  const detail::RegionRecord& record) const {
+    if (size_ == 0 || !record.isMadeForOtherSlots(entrySize_)) return;
+    const U32 slotBytes = RegionLayout::slotBytes(entrySize_);
+    VEL_TRACE(trace(), traceAnomaly,
+              "Region " << name << " was made for slots of another size: " << record.sizeBytes
+                        << " bytes on record, " << pinbufSize_ << " bytes asked for, " << slotBytes
+                        << " a slot");
+    VEL_ASSERT_AS("pa", false, record.sizeBytes, pinbufSize(), slotBytes);
+}
+
 // Magic first, flag last: whoever finds the region after a kill in between formats it again.
 void CacheTable::formatUnlessFormatted() {
     auto* header = reinterpret_cast<RegionLayout::Header*>(pinbufPtr());
     if (header->magic == RegionLayout::magic && header->formatted != 0) return;
+    if (!RegionLayout::isFresh(*header))
+        VEL_TRACE(trace(), traceAnomaly,
+                  "Formatting region " << regionName() << " anew, over magic 0x" << std::hex
+                                       << header->magic << ", flag 0x" << U32{header->formatted});
     header->magic = RegionLayout::magic;
     RegionLayout::storesInOrder();
     for (U32 index = 0; index < size_; ++index) {

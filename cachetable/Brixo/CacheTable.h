@@ -38,6 +38,10 @@
 
 namespace Brixo {
 
+namespace detail {
+struct RegionRecord;
+}
+
 class BRIXO_API CacheTable : public Vel::PtrInterface {
 public:
     VEL_ENTITY(CacheTable)
@@ -159,7 +163,8 @@ public:
     void initializedIs(bool initialized) noexcept { initialized_ = initialized; }
 
     // Obtains the region from pinbuf, maps it, formats it unless it is formatted, and recovers it. The constructor
-    // calls it. Asserts "pa" when there is no region, "pinbufPtr()" when it cannot be mapped; and "offset < pinbufSize()",
+    // calls it. Asserts "pa" when there is no region, or one that was made for slots of another size as far as its own size
+    // tells (docs/region-layout.md); "pinbufPtr()" when it cannot be mapped; and "offset < pinbufSize()",
     // before a region is asked for, when slots and header together take more than 2^32 bytes: pinbufSize() is too small for
     // them then ("pa" for 2^32 bytes sharp).
     void handleInitialized();
@@ -179,6 +184,7 @@ private:
 
     Vel::String8 regionName() const;
     void openRegion();
+    void refuseOtherSlots(const Vel::String8& name, const detail::RegionRecord& record) const;
     void formatUnlessFormatted();
     DeviceOffset keyAt(Vel::U32 index) const;
     DeviceOffset keyAhead(Vel::U32 index) const;

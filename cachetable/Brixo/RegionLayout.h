@@ -2,7 +2,7 @@
 //
 // Order:    host byte order, little-endian on every machine that this library runs on.
 // Trust:    recovery believes a region that has the magic and a formatted flag other than 0, and then the key words alone.
-//           The data of a slot and the reserved bytes are never read.
+//           The data of a slot are never read, the reserved bytes never to judge by.
 // Access:   slots are packed, so key words and data may lie at any address: readKeyWord and writeKeyWord, by memcpy, are
 //           the only places that touch a key word.
 #pragma once
@@ -22,11 +22,17 @@ using Vel::U8;
 struct Header {
     U32 magic;      // 0: 0xbeefcafe, written first
     U8 formatted;   // 4: 1 once every slot is marked unused, written last: a torn format is redone
-    U8 reserved[3]; // 5: never written, never read
+    U8 reserved[3]; // 5: never written; read only to tell whether the region is fresh
 };
 
 static_assert(std::endian::native == std::endian::little);
 static_assert(sizeof(Header) == 8 && offsetof(Header, formatted) == 4);
+
+// Whether nothing was ever written there: pinbuf makes a region of zero bytes.
+constexpr bool isFresh(const Header& header) noexcept {
+    return (header.magic | header.formatted | header.reserved[0] | header.reserved[1] |
+            header.reserved[2]) == 0;
+}
 
 constexpr U32 magic = 0xbeefcafe;
 constexpr U32 headerBytes = sizeof(Header);
