@@ -1,6 +1,7 @@
 #include <Brixo/CacheTable.h>
 
 #include <Brixo/RegionLayout.h>
+#include <Brixo/detail/OptionalPinbuf.h>
 #include <Brixo/detail/RegionRecord.h>
 #include <Ferrolog/Trace.h>
 #include <Vel/Assert.h>
@@ -15,7 +16,12 @@
 #include <cstring>
 #include <ios>
 #include <memory>
+#include <optional>
 #include <pinbuf/pinbuf.h>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <unistd.h>
 #include <vector>
 
 namespace Brixo {
@@ -43,6 +49,24 @@ const Vel::TraceHandle& trace() {
 const char* ownerName() {
     const char* name = std::getenv("AGENT_PROCESS_NAME");
     return name != nullptr ? name : "@BrixoCacheTable";
+}
+
+// Who else has the region: for people to read, and to tell a restart of theirs from a stranger.
+std::string otherProcess(const pinbuf_holder& holder) {
+    std::string text = holder.process != 0 ? "process " + std::to_string(holder.process)
+                                           : "a process in another name space";
+    text.append(" of owner \"").append(holder.owner).append("\"");
+    if (std::string_view(holder.owner) != ownerName())
+        text.append("; this one is \"").append(ownerName()).append("\"");
+    return text;
+}
+
+std::string otherTable(const CacheTableIndex& id, const CacheTableIndex& other) {
+    std::ostringstream text;
+    text << "another table of this process";
+    if (id != other)
+        text << ": resource " << other.resourceId() << " has the hash of " << id.resourceId();
+    return text.str();
 }
 
 bool isUnused(DeviceOffset key) { return key.value() == RegionLayout::unusedKeyWord; }
@@ -96,6 +120,8 @@ void CacheTable::openRegion() {
               "DMA memory physical address for cache table " << name << " 0x" << std::hex << pa);
     pinbufPtrIs(static_cast<BytePtr>(pinbuf_map(name.charPtr(), 1, 0, 0)));
     VEL_ASSERT_AS("pinbufPtr()", pinbufPtr() != nullptr);
+    reportOtherProcess(name);
+    reportOtherTable(name);
 }
 
 // Slots of another size in this region would be taken for keys, and written over.
@@ -108,6 +134,22 @@ void CacheTable::refuseOtherSlots(const Vel::String8& name,
                         << " bytes on record, " << pinbufSize_ << " bytes asked for, " << slotBytes
                         << " a slot");
     VEL_ASSERT_AS("pa", false, record.sizeBytes, pinbufSize(), slotBytes);
+}
+
+// Nobody is refused: an agent may be started again while the old one dies.
+void CacheTable::reportOtherProcess(const Vel::String8& name) const {
+    pinbuf_holder holder{};
+    if (pinbuf_hold == nullptr || pinbuf_hold(name.charPtr(), &holder) != 0) return;
+    if (holder.process == ::getpid()) return;
+    VEL_TRACE(trace(), traceAnomaly,
+              "Region " << name << " is in use already, by " << otherProcess(holder));
+}
+
+void CacheTable::reportOtherTable(const Vel::String8& name) {
+    const std::optional<CacheTableIndex> other = regionUse_.begin(pinbufPtr_);
+    if (!other) return;
+    VEL_TRACE(trace(), traceAnomaly,
+              "Region " << name << " is in use already, by " << otherTable(tableId_, *other));
 }
 
 // Magic first, flag last: whoever finds the region after a kill in between formats it again.

@@ -2,6 +2,8 @@
 //
 // Owns:       the mapping of its region for as long as the process lives. The region itself is nobody's: it outlives the
 //             process on purpose, and destroying the table neither unmaps nor removes it.
+// Alone:      a second table on the region, in this process or another, is refused nothing, and traces one line that says
+//             who was there first. Both would give away the same slots.
 // Region:     "CacheTable-<agent>-<device>-<hash of the resource id>", laid out as docs/region-layout.md shows and
 //             RegionLayout.h states: magic, formatted flag, then size() slots of a key word and entrySize() bytes.
 // Invariant:  keyToIndexs() + freeIndexs() == size(); each slot index below size() is the value of exactly one member of
@@ -24,6 +26,7 @@
 #include <Brixo/DeviceOffset.h>
 #include <Brixo/Export.h>
 #include <Brixo/RegionLayout.h>
+#include <Brixo/detail/RegionUse.h>
 #include <Vel/IndexSet.h>
 #include <Vel/Integers.h>
 #include <Vel/LazyCollection.h>
@@ -185,6 +188,8 @@ private:
     Vel::String8 regionName() const;
     void openRegion();
     void refuseOtherSlots(const Vel::String8& name, const detail::RegionRecord& record) const;
+    void reportOtherProcess(const Vel::String8& name) const;
+    void reportOtherTable(const Vel::String8& name);
     void formatUnlessFormatted();
     DeviceOffset keyAt(Vel::U32 index) const;
     DeviceOffset keyAhead(Vel::U32 index) const;
@@ -200,6 +205,7 @@ private:
     Vel::BytePtr pinbufPtr_ = nullptr;
     Vel::U32 pinbufSize_ = 0;
     bool initialized_ = false;
+    detail::RegionUse regionUse_{tableId_};
     KeyToIndex keyToIndex_;
     FreeIndex freeIndex_;
 };

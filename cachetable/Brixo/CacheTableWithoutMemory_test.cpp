@@ -4,11 +4,13 @@
 #include <Brixo/testing/Child.h>
 #include <Brixo/testing/RegionFolder.h>
 #include <Brixo/testing/Tables.h>
-#include <Vel/TraceHandle.h>
+#include <Vel/TraceCapture.h>
 #include <Vel/testing/ScarceMemory.h>
+#include <csignal>
 #include <gtest/gtest.h>
 #include <new>
 #include <string>
+#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -119,6 +121,38 @@ TEST(CacheTableWithoutMemory, ARestartThatFailsLeavesBothMapsEmptyAndFindsAllThe
     EXPECT_EQ(usedSlots(*table), used);
     EXPECT_EQ(freeSlots(*table), free);
     EXPECT_EQ(held->value(), 16u);
+}
+
+// Some children die without a region, as the assertion says; in others the table is given up when the region is in use.
+TEST(CacheTableWithoutMemory, ATableThatCouldNotBeMadeUsesNoRegion) {
+    const RegionFolder regions;
+    Vel::TraceHandle::settingsAre("*/none");
+    regions.put(regionName, mixedRegion());
+
+    enum Outcome { made, givenUp, stillThere };
+
+    unsigned outcomes[3] = {};
+    for (int granted = 0; outcomes[made] == 0; ++granted) {
+        const int outcome = deathOf([&] {
+                                allocationsLeft = granted;
+                                try {
+                                    openTable(mixedSlots, 4);
+                                    ::_exit(made);
+                                } catch (const std::bad_alloc&) {}
+                                allocationsLeft = always;
+                                Vel::TraceHandle::settingsAre("*/1");
+                                Vel::TraceCapture lines;
+                                openTable(mixedSlots, 4);
+                                const bool isOther =
+                                    lines.take().find("in use") != std::string::npos;
+                                ::_exit(isOther ? stillThere : givenUp);
+                            }).status;
+        if (outcome == -SIGABRT) continue;
+        ASSERT_TRUE(outcome >= made && outcome <= stillThere) << outcome;
+        ++outcomes[outcome];
+    }
+    EXPECT_GT(outcomes[givenUp], 0u);
+    EXPECT_EQ(outcomes[stillThere], 0u);
 }
 
 } // namespace

@@ -7,4 +7,5 @@
 
 extern "C" {
 extern __attribute__((weak)) decltype(pinbuf_find) pinbuf_find;
+extern __attribute__((weak)) decltype(pinbuf_hold) pinbuf_hold;
 }
