@@ -146,7 +146,7 @@ void CacheTable::reportOtherProcess(const Vel::String8& name) const {
 }
 
 void CacheTable::reportOtherTable(const Vel::String8& name) {
-    const std::optional<CacheTableIndex> other = regionUse_.begin(pinbufPtr_);
+    const std::optional<CacheTableIndex> other = regionUse_.begin(tableId_, pinbufPtr_);
     if (!other) return;
     VEL_TRACE(trace(), traceAnomaly,
               "Region " << name << " is in use already, by " << otherTable(tableId_, *other));

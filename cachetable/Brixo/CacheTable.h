@@ -205,7 +205,7 @@ private:
     Vel::BytePtr pinbufPtr_ = nullptr;
     Vel::U32 pinbufSize_ = 0;
     bool initialized_ = false;
-    detail::RegionUse regionUse_{tableId_};
+    detail::RegionUse regionUse_;
     KeyToIndex keyToIndex_;
     FreeIndex freeIndex_;
 };

@@ -5,6 +5,7 @@
 #include <Brixo/testing/RegionFolder.h>
 #include <Brixo/testing/Tables.h>
 #include <Vel/TraceCapture.h>
+#include <barrier>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
@@ -13,6 +14,7 @@
 #include <optional>
 #include <pinbuf/pinbuf.h>
 #include <string>
+#include <thread>
 #include <unistd.h>
 
 namespace {
@@ -172,6 +174,31 @@ TEST_F(CacheTableOwners, NoticesTwoResourcesOfOneHash) {
         "203}) has the hash of Value('Brixo::PhysicalResourceId', ** {'type': 'tableResource', "
         "'id': 20185})\n");
     EXPECT_EQ(entry(*second, 5), "data") << "which is the other's";
+}
+
+TEST_F(CacheTableOwners, NoticesATableOfAnotherThread) {
+    const Vel::Ptr<CacheTable> first = openTable(2, 4);
+    std::thread([] { openTable(2, 4); }).join();
+    EXPECT_EQ(lines.take(), inUse + "another table of this process\n");
+}
+
+// Of two that begin at once one says so, or both.
+TEST_F(CacheTableOwners, NoticesATableThatIsOpenedAtTheSameTime) {
+    openTable(2, 4); // the region is made, the trace handle too
+    for (unsigned round = 0; round < 50; ++round) {
+        Vel::Ptr<CacheTable> tables[2];
+        std::barrier begin(2);
+        const auto open = [&](Vel::Ptr<CacheTable>& table) {
+            begin.arrive_and_wait();
+            table = openTable(2, 4);
+        };
+        std::thread other([&] { open(tables[1]); });
+        open(tables[0]);
+        other.join();
+        const std::string line = inUse + "another table of this process\n";
+        const std::string said = lines.take();
+        EXPECT_TRUE(said == line || said == line + line) << said;
+    }
 }
 
 // Other devices and agents have regions of their own.
