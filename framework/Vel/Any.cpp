@@ -239,7 +239,7 @@ Ptr<GenericIf> Any::Operand::as(VelType& type) const {
     const String8 text = adapter_ ? adapter_->strRep() : text_;
     const bool isBareName =
         type.isEnumType() && !text.empty() && text.view()[0] != '\'' && text.view()[0] != '"';
-    return type.genericIf(isBareName ? "'" + text + "'" : text, false);
+    return type.genericIfOfForeignText(isBareName ? "'" + text + "'" : text, false);
 }
 
 String8 Any::Operand::numberText(S64 number) { return format("%lld", number); }

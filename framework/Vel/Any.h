@@ -13,7 +13,7 @@
 // Copying:  shares what is wrapped: a value that is set through one copy is set for all; clone() makes another.
 // Owns:     a reference to an adapter, and through it to an object.
 // Errors:   ReflectionException names what is unknown with the nearest known names, and each argument that is missing or one
-//           too many; RangeException for a text that does not say such a value.
+//           too many; RangeException for a text that does not say such a value, or names a collection, which has no text.
 // Threads:  those of what is wrapped: one at a time.
 #pragma once
 

@@ -97,4 +97,8 @@ Ptr<GenericIf> VelType::genericIfListConstructor(const GenericIf*) const {
 
 Ptr<GenericIf> VelType::newGenericIf() const { GenericIf::throwTypeException(qualifiedName_); }
 
+Ptr<GenericIf> VelType::genericIfOfForeignText(const String8& text, bool isConst) const {
+    return genericIf(text, isConst);
+}
+
 } // namespace Vel

@@ -114,7 +114,7 @@ public:
     // An adapter of a copy of the value at the address; of the object there, for a class of counted objects.
     virtual Ptr<GenericIf> genericIf(const void* value, bool isConst) const;
     // Of the value that the whole text is. Throws Vel::RangeException, "junk at column %lld deserializing %s" if something
-    // is left.
+    // is left. A text that names a collection is a fatal assertion: see genericIfOfForeignText().
     virtual Ptr<GenericIf> genericIf(const String8& text, bool isConst) const;
     // Of what another adapter of the same type holds, or of a refinement; null for an adapter of another type.
     virtual Ptr<GenericIf> genericIf(const GenericIf* other, bool isConst) const;
@@ -126,6 +126,9 @@ public:
     virtual Ptr<GenericIf> genericIfListConstructor(const GenericIf* arguments) const;
     // Of a default value; of no object.
     virtual Ptr<GenericIf> newGenericIf() const;
+    // As genericIf(text), for a text of which nobody knows who has written it: one that names a collection, there a fatal
+    // assertion, is refused with Vel::RangeException, which names the type and the attribute.
+    virtual Ptr<GenericIf> genericIfOfForeignText(const String8& text, bool isConst) const;
 
 protected:
     void qualifiedNameIs(Name name) noexcept { qualifiedName_ = name; }

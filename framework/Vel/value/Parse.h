@@ -6,7 +6,7 @@
 //          same place. Both give the same value and the same cursor.
 // Cursor:  moves behind the value and the blanks after it; stays where it was when reading throws.
 // Errors:  RangeException; texts as in textErrors.h and docs/text-form.md. Naming a collection is an assertion: the
-//          entries of a collection have no text form.
+//          entries of a collection have no text form. A reader of texts from outside refuses it instead.
 #pragma once
 
 #include <Vel/Assert.h>
@@ -21,7 +21,38 @@
 
 namespace Vel {
 
+// What a text that names a collection is to its reader: a mistake of this program, or one of whoever has written the text.
+enum class CollectionText : bool { asserted, refused };
+
+template <class T, CollectionText collections = CollectionText::asserted>
+void parseValue(String8::IteratorConst& pos, const String8::IteratorConst& end, T& value);
+
 namespace detail {
+
+// Whether a text of T may name a collection: one of its own, or of a value within it.
+template <class T>
+constexpr bool mayNameCollection() {
+    if constexpr (std::integral<T> || DeclaredEnum<T>)
+        return false;
+    else
+        return !allFields<T>([]<std::size_t i>() {
+            if constexpr (isCollectionField<T, i>)
+                return false;
+            else
+                return !mayNameCollection<FieldType<T, i>>();
+        });
+}
+
+// Where deserializeAttr() puts a value of which it refuses the collections.
+template <class T>
+struct RefusingCollections {
+    T& value;
+
+    friend void sequenceToValue(String8::IteratorConst& it, const String8::IteratorConst& end,
+                                RefusingCollections* read) {
+        parseValue<T, CollectionText::refused>(it, end, read->value);
+    }
+};
 
 // The integer that a scalar reads: only a field of 64 bits takes the full unsigned range.
 template <class Field>
@@ -72,31 +103,41 @@ inline constexpr auto quotedTypeName = joinLiteral<[] {
                                            std::string_view("\0", 1)};
 }>();
 
-template <class T, std::size_t index>
+template <class T, std::size_t index, CollectionText collections>
 void readField(String8::IteratorConst& it, const String8::IteratorConst& end, T& value) {
-    if constexpr (isCollectionField<T, index>)
+    constexpr std::string_view name = attributeAt<T, index>.name;
+    auto& field = value.*(attributeAt<T, index>.access);
+    using Field = FieldType<T, index>;
+    if constexpr (isCollectionField<T, index>) {
+        if constexpr (collections == CollectionText::refused)
+            throwRangeException(String8(schemaOf<T>.shortName()) +
+                                " cannot be read from a text that names its collection " +
+                                String8(name));
         VEL_ASSERT_AS("String(\"This should not be used and doesn't work\") == String(\"\")",
                       false);
-    else
-        deserializeAttr(it, end, &(value.*(attributeAt<T, index>.access)),
-                        attributeAt<T, index>.name);
+    } else if constexpr (collections == CollectionText::refused && mayNameCollection<Field>()) {
+        RefusingCollections<Field> refusing{field};
+        deserializeAttr(it, end, &refusing, name);
+    } else {
+        deserializeAttr(it, end, &field, name);
+    }
 }
 
 // One `'name': value` inside the braces.
-template <class T>
+template <class T, CollectionText collections>
 void readAttribute(String8::IteratorConst& it, const String8::IteratorConst& end, T& value) {
     const String8 name = sequenceToValue(it, end, static_cast<String8*>(nullptr));
     needString(it, end, " : ");
     const bool unknown = allFields<T>([&]<std::size_t i>() {
         if (name.view() != attributeAt<T, i>.name) return true;
-        readField<T, i>(it, end, value);
+        readField<T, i, collections>(it, end, value);
         return false;
     });
     if (unknown)
         throwRangeException(String8(schemaOf<T>.shortName()) + " has no such attribute: " + name);
 }
 
-template <class T>
+template <class T, CollectionText collections>
 void readByGrammar(String8::IteratorConst& it, const String8::IteratorConst& end, T& value) {
     needString(it, end, " Value");
     needString(it, end, " (");
@@ -111,13 +152,13 @@ void readByGrammar(String8::IteratorConst& it, const String8::IteratorConst& end
                                 String8(schemaOf<T>.shortName()));
         if (*it == '}') break;
         if (!first) needString(it, end, ", ");
-        readAttribute(it, end, value);
+        readAttribute<T, collections>(it, end, value);
     }
     needString(it, end, "} ");
     needString(it, end, ") ");
 }
 
-template <class T>
+template <class T, CollectionText collections>
 void readStructured(String8::IteratorConst& pos, const String8::IteratorConst& end, T& value) {
     T result;
     const char* p = pos.charPtr();
@@ -128,7 +169,7 @@ void readStructured(String8::IteratorConst& pos, const String8::IteratorConst& e
         // Not T(): what a refinement's constructor fixes is not what a text without that attribute says.
         forEachField<T>(
             [&]<std::size_t i>() { result.*(attributeAt<T, i>.access) = FieldType<T, i>(); });
-        readByGrammar(it, end, result);
+        readByGrammar<T, collections>(it, end, result);
         pos = it;
     }
     value = result;
@@ -147,19 +188,24 @@ void readScalar(String8::IteratorConst& pos, const String8::IteratorConst& end, 
 } // namespace detail
 
 // Reads one T at the cursor.
-template <class T>
+template <class T, CollectionText collections>
 void parseValue(String8::IteratorConst& pos, const String8::IteratorConst& end, T& value) {
     if constexpr (schemaOf<T>.form == Form::scalar)
         detail::readScalar(pos, end, value);
     else
-        detail::readStructured(pos, end, value);
+        detail::readStructured<T, collections>(pos, end, value);
 }
 
 // Reads a whole text: one T and nothing else. Throws "junk at column %lld deserializing %s" if something is left.
-template <class T>
+template <class T, CollectionText collections = CollectionText::asserted>
 T parseWhole(const String8& text) {
     String8::IteratorConst pos = text.begin();
-    T value(pos, text.end());
+    T value;
+    // Through the constructor where that reads the same: it stands in the type's own library.
+    if constexpr (collections == CollectionText::refused && detail::mayNameCollection<T>())
+        parseValue<T, collections>(pos, text.end(), value);
+    else
+        value = T(pos, text.end());
     needEnd(pos, text.end(), text);
     return value;
 }

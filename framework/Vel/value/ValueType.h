@@ -57,6 +57,10 @@ public:
 
     Ptr<GenericIf> newGenericIf() const override { return new ValueGenericIf<T>(T(), false); }
 
+    Ptr<GenericIf> genericIfOfForeignText(const String8& text, bool isConst) const override {
+        return new ValueGenericIf<T>(valueOfWholeText<T, CollectionText::refused>(text), isConst);
+    }
+
 private:
     static VelType* baseType() {
         if constexpr (!DeclaredEnum<T>) {

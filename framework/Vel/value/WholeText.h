@@ -43,7 +43,7 @@ T wholeInteger(const String8& text) {
 } // namespace detail
 
 // Throws Vel::RangeException: what the type's own reader throws, or "junk at column %lld deserializing %s".
-template <class T>
+template <class T, CollectionText collections = CollectionText::asserted>
 T valueOfWholeText(const String8& text) {
     if constexpr (std::is_pointer_v<T>) {
         if (text != String8("None")) cannotConvert(text.begin(), text.end(), typeid(T));
@@ -60,7 +60,7 @@ T valueOfWholeText(const String8& text) {
     } else if constexpr (std::is_integral_v<T>) {
         return detail::wholeInteger<T>(text);
     } else {
-        return parseWhole<T>(text);
+        return parseWhole<T, collections>(text);
     }
 }
 
