@@ -1,7 +1,7 @@
 #include <Vel/GenericIfPtrInterface.h>
 
-#include <Vel/Builtin.h>
 #include <Vel/VelType.h>
+#include <Vel/value/ArgumentFrom.h>
 #include <Vel/valueToStrepOfRawPtr.h>
 #include <typeinfo>
 
@@ -19,9 +19,7 @@ void GenericIfPtrInterface::attributeOp(const AttributeOp& op, const Ptr<const G
     if (op.attributeId() == 0 && op.operation() == AttributeOp::compare) {
         const GenericIf* const other = op.velOpArg();
         if (other == nullptr || other->type() != type()) throwTypeException("velOpArg");
-        const bool same = other->voidPtr(PtrInterface::_fwkType()) == object_.ptr();
-        result->voidPtrIs(&same, Builtin<bool>::_fwkType());
-        return;
+        return answer(result, other->voidPtr(PtrInterface::_fwkType()) == object_.ptr());
     }
     GenericIf::attributeOp(op, index, result);
 }

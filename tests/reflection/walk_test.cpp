@@ -151,6 +151,35 @@ TEST_P(Walk, AConstAdapterReadsTheSameAndRefusesEveryModification) {
                 << attr->name();
 }
 
+// Whether an attribute has an operation. Of attribute 0, comparison is the adapter's own.
+bool supports(const VelAttr& attr, Op::Operation operation) {
+    const Flags& flags = attr.flags();
+    if (operation == Op::compare) return attr.id() == 0;
+    if (flags.has(Flags::collection))
+        return operation <= Op::keys || (operation >= Op::set && operation <= Op::delAll);
+    if (flags.has(Flags::function))
+        return operation == (flags.has(Flags::changing) ? Op::set : Op::read);
+    return operation == Op::read || (operation == Op::set && flags.has(Flags::writable));
+}
+
+TEST_P(Walk, AnOperationThatAnAttributeDoesNotHaveIsRefusedByItsName) {
+    const Ptr<GenericIf> made = instance();
+    const Ptr<GenericIf> index = Builtin<U16>::genericIf(1);
+    for (const VelAttr* attr : attributesOf(type())) {
+        const std::string name = "attribute " + std::string(attr->name());
+        const bool takesIndex = attr->flags().has(Flags::collection);
+        for (const Op::Operation operation : {0U, 1U, 2U, 3U, 4U, 99U, 100U, 101U, 127U, 128U, 129U,
+                                              130U, 131U, 255U, 0xffffffffU}) {
+            if (supports(*attr, operation)) continue;
+            const std::string refused =
+                name + " does not support operation " + std::to_string(operation);
+            EXPECT_EQ(refusal(made, {attr->id(), operation}, nullptr, nullptr), refused);
+            EXPECT_EQ(refusal(made, {attr->id(), operation}, index, nullptr),
+                      takesIndex ? refused : name + " takes no index");
+        }
+    }
+}
+
 TEST_P(Walk, EachFunctionIsCalled) {
     const Ptr<GenericIf> made = instance();
     for (const VelAttr* attr : attributesOf(type())) {
@@ -278,8 +307,10 @@ TEST_P(Walk, PrintsAndParses) {
         EXPECT_EQ(text.view().substr(0, 5 + type().qualifiedName().size()),
                   "Ptr('" + std::string(type().qualifiedName()));
         return;
+    EXPECT_EQ(refusal(made, {0, Op::compare, made.ptr()}, nullptr, nullptr),
+              "argument result is missing or of another type");
     }
-    // The bytes of a mask print as None and cannot be read: naming them in a text ends the process.
+    // The bytes of a mask print as None and cannot be read: texts_test.cpp.
     if (text.view().find("None") != std::string_view::npos) return;
     EXPECT_EQ(type().genericIf(text, false)->strRep(), text);
     try {

@@ -34,9 +34,11 @@ public:
     void attributeOp(const AttributeOp& op, const Ptr<const GenericIf>& index,
                      const Ptr<GenericIf>& result) override {
         refuseIfConst(op);
-        if (op.operation() != AttributeOp::compare)
-            if (const auto* entry = detail::AttributeDispatch<T>::find(op.attributeId()))
-                return entry->run(instance(), op, index.ptr(), result);
+        const bool comparesObjects =
+            op.attributeId() == 0 && op.operation() == AttributeOp::compare;
+        const auto* entry = detail::AttributeDispatch<T>::find(op.attributeId());
+        if (entry != nullptr && !comparesObjects)
+            return entry->run(instance(), op, index.ptr(), result);
         GenericIfPtrInterface::attributeOp(op, index, result);
     }
 
