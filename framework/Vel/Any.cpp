@@ -171,9 +171,9 @@ void Any::set(Name attribute, const Operand& key, const Operand& value) {
     adapter_->attributeOp({attr.id(), AttributeOp::set, written.ptr()}, at, nullptr);
 }
 
-void Any::del(Name attribute, const Operand& key) {
+Any Any::del(Name attribute, const Operand& key) {
     const VelAttr& attr = attributeNamed(attribute);
-    adapter_->attributeOp({attr.id(), AttributeOp::del}, key.as(keyTypeOf(attr)), nullptr);
+    return ask(attr, AttributeOp::del, attr.type(), key.as(keyTypeOf(attr)));
 }
 
 void Any::delAll(Name attribute) {

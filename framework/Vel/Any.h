@@ -78,7 +78,8 @@ public:
 
     bool has(Name attribute, const Operand& key) const;
     U32 count(Name attribute) const;
-    void del(Name attribute, const Operand& key);
+    // Gives what was there: a default value or null, as get() would have before.
+    Any del(Name attribute, const Operand& key);
     void delAll(Name attribute);
 
     // Adds a member from what makes one: the arguments of its constructor, the member itself, or key and value.

@@ -130,7 +130,12 @@ TEST(Any, WorksWithCollections) {
     EXPECT_EQ(table.get("route", 3), route);
     EXPECT_EQ(result([&] { table.insert("route", {}); }), "! route lacks its argument id");
     EXPECT_EQ(result([&] { table.insert("size", {1}); }), "! attribute size takes no index");
-    table.del("weight", 1);
+    EXPECT_EQ(table.del("weight", 1).text(), "10");
+    EXPECT_EQ(table.del("weight", 1).text(), "0");
+    EXPECT_EQ(table.del("peer", 53).get("protocol").text(), "'udp'");
+    EXPECT_EQ(table.del("route", 3), route);
+    EXPECT_TRUE(table.del("route", 3).isNull());
+    EXPECT_EQ(result([&] { return table.del("size", 1); }), "! attribute size takes no index");
     EXPECT_EQ(table.count("weight"), 1u);
     table.delAll("weight");
     EXPECT_EQ(table.count("weight"), 0u);

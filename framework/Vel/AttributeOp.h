@@ -8,7 +8,8 @@
 //     compare  100  of attribute 0: whether the argument holds an equal value: bool
 //     set      128  writes the argument; with an index, under that key; with a List, inserts a member or calls a function
 //                   that changes its object
-//     del      129  removes the member under the index
+//     del      129  removes the member under the index; the result, if there is one, becomes what was there: a default value,
+//                   or no object, if there was nothing
 //     delAll   130  removes every member
 //
 // Numbers above 127 modify: a const adapter refuses them whatever the attribute.

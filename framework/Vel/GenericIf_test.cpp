@@ -281,6 +281,27 @@ TEST(GenericIf, AMapOfValuesIsReadWrittenCountedAndCleared) {
     EXPECT_EQ(run(adapter, 131, Op::count, u32(0)), "0");
 }
 
+TEST(GenericIf, ADeletionAnswersWhatWasThere) {
+    const Ptr<GenericIf> adapter = table();
+    ASSERT_EQ(modify(adapter, 131, Op::set, u32(5), u16(1)), "");
+    EXPECT_EQ(run(adapter, 131, Op::del, u16(9), u16(1)),
+              "! argument U16 is missing or of another type");
+    EXPECT_EQ(run(adapter, 131, Op::has, Builtin<bool>::genericIf(false), u16(1)), "True")
+        << "nothing is removed then";
+    EXPECT_EQ(run(adapter, 131, Op::del, u32(9), u16(1)), "5");
+    EXPECT_EQ(run(adapter, 131, Op::del, u32(9), u16(1)), "0");
+    ASSERT_EQ(
+        modify(adapter, 132, Op::set, listOf({Net::_fwkType_Protocol()->newGenericIf(), port(80)})),
+        "");
+    EXPECT_EQ(run(adapter, 132, Op::del, Net::Endpoint::_fwkType()->newGenericIf(), port(80)),
+              "Value('Net::Endpoint', ** {'protocol': 'tcp', 'port': 80})");
+    ASSERT_EQ(modify(adapter, 133, Op::set, listOf({u16(3)})), "");
+    const Ptr<GenericIf> route = Net::Route::_fwkType()->newGenericIf();
+    EXPECT_NE(run(adapter, 133, Op::del, route, u16(3)), "None");
+    EXPECT_EQ(read<U16>(route, 130), "3") << "it lives as long as somebody refers to it";
+    EXPECT_EQ(run(adapter, 133, Op::del, route, u16(3)), "None");
+}
+
 TEST(GenericIf, AMapOfValuesRefusesByName) {
     const Ptr<GenericIf> adapter = table();
     EXPECT_EQ(read<U32>(adapter, 131), "! argument key is missing or of another type");

@@ -268,6 +268,16 @@ TEST_P(Walk, EachCollectionIsWrittenReadIteratedAndEmptied) {
         (void)insertOne(made, *attr);
         made->attributeOp({attr->id(), Op::del}, key, nullptr);
         EXPECT_FALSE(has(key));
+        (void)insertOne(made, *attr);
+        made->attributeOp({attr->id(), Op::read}, key, value);
+        const Ptr<GenericIf> removed = attr->type()->newGenericIf();
+        const String8 nothing = removed->strRep();
+        made->attributeOp({attr->id(), Op::del}, key, removed);
+        EXPECT_EQ(removed->strRep(), value->strRep());
+        EXPECT_NE(removed->strRep(), nothing);
+        EXPECT_FALSE(has(key));
+        made->attributeOp({attr->id(), Op::del}, key, removed);
+        EXPECT_EQ(removed->strRep(), nothing);
         EXPECT_EQ(refusal(made, {attr->id(), Op::read}, nullptr, value).substr(0, 9), "argument ");
         EXPECT_EQ(refusal(made, {attr->id(), 99}, key, value),
                   "attribute " + std::string(attr->name()) + " does not support operation 99");

@@ -71,6 +71,38 @@ TEST_F(Writers, InsertingAndDeletingTellsWhoListens) {
     EXPECT_EQ(col->processingStatuss(), 0u);
 }
 
+TEST_F(Writers, ADeletionAnswersWhatItsDeleterGives) {
+    const Ptr<DalProcessingStatus> status = col->processingStatusIs(DalId(3));
+    Any any(adapter);
+    EXPECT_EQ(any.del("processingStatus", 3).as<Ptr<DalProcessingStatus>>(), status);
+    EXPECT_TRUE(any.del("processingStatus", 3).isNull());
+    EXPECT_EQ(listener->told, "3 3 ") << "added and removed once";
+}
+
+TEST_F(Writers, ADeletionWhoseAnswerCannotBeTakenRemovesNothing) {
+    ASSERT_EQ(run(AttributeOp::set, list({dal("3")})), "");
+    const Ptr<GenericIf> number = Vel::Builtin<Vel::U8>::genericIf(3);
+    EXPECT_THROW(
+        adapter->attributeOp({DalProcessingStatusCol::processingStatusId, AttributeOp::del},
+                             dal("3"), number),
+        Vel::ReflectionException);
+    EXPECT_EQ(col->processingStatuss(), 1u);
+    EXPECT_EQ(listener->told, "3 ");
+}
+
+TEST(WritersOfValues, ADeletionOfABitSaysWhetherItWasSet) {
+    Any targets = Any::parse("Brixo::TargetMask", "6");
+    EXPECT_TRUE(targets.del("targetId", 2).as<bool>());
+    EXPECT_FALSE(targets.del("targetId", 2).as<bool>());
+    EXPECT_FALSE(targets.del("targetId", 64).as<bool>()) << "0, which no reading would take";
+    EXPECT_TRUE(targets.del("bitId", 65).as<bool>()) << "1";
+    EXPECT_EQ(targets.text(), "0");
+    Any bits = Any::parse("Orn::U64Bitmask", "9223372036854775808");
+    EXPECT_FALSE(bits.del("bitId", 62).as<bool>());
+    EXPECT_TRUE(bits.del("bitId", 63).as<bool>());
+    EXPECT_EQ(bits.text(), "0");
+}
+
 TEST_F(Writers, AnIteratorsDeletionTellsToo) {
     ASSERT_EQ(run(AttributeOp::set, list({dal("3")})), "");
     const Ptr<Vel::AttributeIterator> at =

@@ -46,11 +46,15 @@ public:
             collection().create(key);
     }
 
-    void del(const Key& key) {
-        if constexpr (hasWriters)
-            std::invoke(writers.deleter, object_, key);
+    void del(const Key& key) { (void)remove(key); }
+
+    // The same; gives what was there: a default value, or null, where there was nothing.
+    Value take(const Key& key) {
+        auto removed = remove(key);
+        if constexpr (std::is_same_v<decltype(removed), Value>)
+            return removed;
         else
-            collection().del(key);
+            return removed ? Value(removed->value()) : Value();
     }
 
     void delAll() {
@@ -80,6 +84,14 @@ public:
 private:
     Collection& collection() const noexcept { return object_.*(attributeAt<T, index>.access); }
 
+    // Gives the member, or what a deleter of the object's own gives.
+    auto remove(const Key& key) {
+        if constexpr (hasWriters)
+            return std::invoke(writers.deleter, object_, key);
+        else
+            return collection().del(key);
+    }
+
     T& object_;
 };
 
@@ -105,7 +117,10 @@ public:
         std::invoke(access.writer, object_, key, value);
     }
 
-    void del(const Key& key) { std::invoke(access.deleter, object_, key); }
+    void del(const Key& key) { (void)take(key); }
+
+    // The same; says what was there.
+    Value take(const Key& key) { return std::invoke(access.deleter, object_, key); }
 
     void delAll() {
         for (Position at = begin(); !isAtEnd(at);) del(at);

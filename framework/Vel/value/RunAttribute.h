@@ -175,6 +175,16 @@ void setMember(CollectionAccess<T, index>& members, const AttributeOp& op, const
     }
 }
 
+// Answers what was under the key, if somebody wants to know. An adapter that cannot take the answer is refused before
+// anything is removed.
+template <class T, std::size_t index>
+void delMember(CollectionAccess<T, index>& members,
+               const typename AttributeTraits<T, index>::Key& key, const Ptr<GenericIf>& result) {
+    if (!result) return members.del(key);
+    answer(result, typename AttributeTraits<T, index>::Value());
+    answer(result, members.take(key));
+}
+
 template <class T, std::size_t index>
 void appendKeys(const CollectionAccess<T, index>& members, const Ptr<GenericIf>& result) {
     (void)GenericIf::List::of(result.ptr());
@@ -199,7 +209,7 @@ void runCollection(T& object, const AttributeOp& op, const GenericIf* key,
     case AttributeOp::count: return whole(), answer(result, members.count());
     case AttributeOp::keys: return whole(), appendKeys<T, index>(members, result);
     case AttributeOp::set: return setMember<T, index>(members, op, key);
-    case AttributeOp::del: return members.del(at());
+    case AttributeOp::del: return delMember<T, index>(members, at(), result);
     case AttributeOp::delAll: return whole(), members.delAll();
     default: GenericIf::throwOpNotSupportedException(name, op.operation(), false);
     }

@@ -70,7 +70,7 @@ template <class Reader, class Writer, class Deleter, class Counter, class Next>
 struct KeyedAccess {
     Reader reader;   // Value (Key) const
     Writer writer;   // void (Key, Value)
-    Deleter deleter; // (Key)
+    Deleter deleter; // Value (Key): what was there
     Counter counter; // U32 () const
     Next next;       // Key (Key) const: the key behind one, from and to Key::null()
 };
@@ -79,7 +79,7 @@ struct KeyedAccess {
 template <class Inserter, class Deleter, class Emptier>
 struct MemberWriters {
     Inserter inserter; // (Key)
-    Deleter deleter;   // (Key)
+    Deleter deleter;   // Value (Key): what was there
     Emptier emptier;   // ()
 };
 
