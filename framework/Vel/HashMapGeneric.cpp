@@ -6,9 +6,44 @@ namespace Vel {
 
 using detail::VTableOps;
 
+namespace {
+
+// Of a map to which nobody has said what its members are.
+class NoVTable final : public HashMapVTableGeneric {
+public:
+    constexpr NoVTable() = default;
+
+    U32 hash(const PtrInterface*) const override { return missing(); }
+
+    bool keyEquals(const void*, const PtrInterface*) const override { return missing() != 0; }
+
+    bool keyLessThan(const void*, const PtrInterface*, const PtrInterface*) const override {
+        return missing() != 0;
+    }
+
+    void setNext(PtrInterface*, PtrInterface*) const override { (void)missing(); }
+
+private:
+    static U32 missing() {
+        VEL_ASSERT_AS("vtableIs() was called", false);
+        return 0;
+    }
+};
+
+constinit const NoVTable noVTable{};
+
+} // namespace
+
 HashMapGeneric::HashMapGeneric(unsigned initialSize, const HashMapVTableGeneric& vtable)
     : vtable_(&vtable) {
     setSize0(initialSize);
+}
+
+HashMapGeneric::HashMapGeneric(unsigned initialSize) : HashMapGeneric(initialSize, noVTable) {}
+
+void HashMapGeneric::vtableIs(const HashMapVTableGeneric& vtable) {
+    VEL_ASSERT(size() == 0, size());
+    vtable_ = &vtable;
 }
 
 void HashMapGeneric::newMemberG(const Ptr<PtrInterface>& member, void* key) {

@@ -27,9 +27,14 @@ class VEL_API HashMapGeneric {
 public:
     // Room for `initialSize` members, which costs nothing up to eight. `vtable` outlives the map.
     HashMapGeneric(unsigned initialSize, const HashMapVTableGeneric& vtable);
+    // A map that learns by vtableIs() what its members are, before the first of them comes: without, that is a fatal assertion.
+    explicit HashMapGeneric(unsigned initialSize);
     HashMapGeneric(const HashMapGeneric&) = delete;
     HashMapGeneric& operator=(const HashMapGeneric&) = delete;
     ~HashMapGeneric() = default;
+
+    // What the members are. The map is empty; `vtable` outlives it.
+    void vtableIs(const HashMapVTableGeneric& vtable);
 
     // Inserts `member`, an object of the vtable's entry type that is in no map. *key is its key. A member that has this
     // key already gives way: it is removed.

@@ -53,6 +53,37 @@ TEST(HashMapGeneric, IsSearchedAndWalkedWithoutKnowingItsTypes) {
     EXPECT_EQ(map.findNextG(nullptr, &bucket), nullptr);
 }
 
+TEST(HashMapGeneric, LearnsBeforeItsFirstMemberWhatMembersAre) {
+    HashMapGeneric map(4);
+    EXPECT_EQ(map.size(), 0u);
+    int bucket = 0;
+    EXPECT_EQ(map.findNextG(nullptr, &bucket), nullptr);
+    map.vtableIs(HashMapVTable<Member, U64>::instance());
+    U64 key = 7;
+    const Ptr<Member> member = new Member(key, 1);
+    map.newMemberG(member, &key);
+    EXPECT_EQ(map.startAtHash(&key, keyHash(key), &bucket), member.ptr());
+    EXPECT_EQ(map.findNextG(nullptr, &bucket), member.ptr());
+    EXPECT_EQ(map.auditErrors(1), 0u);
+    map.deleteMember(member);
+    EXPECT_EQ(map.size(), 0u);
+    EXPECT_EQ(member->references(), 1u);
+    HashMapGeneric roomy(100);
+    EXPECT_GT(roomy.heapBytes(), 0u);
+}
+
+TEST(HashMapGenericDeathTest, AMemberNeedsAVTableAndAVTableAnEmptyMap) {
+    U64 key = 7;
+    const Ptr<Member> member = new Member(key, 1);
+    HashMapGeneric map(4);
+    EXPECT_DEATH(map.newMemberG(member, &key),
+                 "HashMapGeneric.cpp:[0-9]+: assertion failed: vtableIs\\(\\) was called ");
+    map.vtableIs(HashMapVTable<Member, U64>::instance());
+    map.newMemberG(member, &key);
+    EXPECT_DEATH(map.vtableIs(HashMapVTable<Member, U64>::instance()),
+                 "HashMapGeneric.cpp:[0-9]+: assertion failed: size\\(\\) == 0; size\\(\\) = 1 ");
+}
+
 // Keys of few hashes: n, and 2^32 times itself beside it, fold to the same 32 bits in groups.
 class HashMapGenericOfFewHashes : public testing::Test {
 protected:
