@@ -30,6 +30,7 @@
 #include <Vel/StreamBogon.h>
 #include <Vel/String8.h>
 #include <Vel/VelType.h>
+#include <Vel/strepToValue.h>
 #include <Vel/value/Compare.h>
 #include <Vel/value/HashOf.h>
 #include <Vel/value/LogFields.h>

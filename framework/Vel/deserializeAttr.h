@@ -2,7 +2,7 @@
 #pragma once
 
 #include <Vel/String8.h>
-#include <Vel/sequenceToValue.h>
+#include <Vel/detail/readValue.h>
 #include <Vel/textErrors.h>
 #include <string_view>
 
@@ -16,10 +16,7 @@ template <class T>
 void deserializeAttr(String8::IteratorConst& it, const String8::IteratorConst& end, T* value,
                      std::string_view attributeName) {
     try {
-        if constexpr (requires { sequenceToValue(it, end, value); })
-            sequenceToValue(it, end, value);
-        else
-            *value = T(it, end);
+        detail::readValue(it, end, value);
     } catch (const RangeException& failure) {
         rethrowFromDeserializeAttr(failure, String8(attributeName));
     }

@@ -1,6 +1,7 @@
 #include <Brixo/Command.h>
 
 #include <Brixo/testing/EnumConformance.h>
+#include <Vel/value/ValueGenericIf.h>
 #include <gtest/gtest.h>
 
 namespace Brixo {
@@ -17,6 +18,14 @@ TEST(Command, HasOneDescriptorWithoutABase) {
     EXPECT_EQ(_fwkType_Command()->qualifiedName(), "Brixo::Command");
     EXPECT_EQ(_fwkType_Command(), _fwkType_Command());
     EXPECT_EQ(_fwkType_Command()->base(), nullptr);
+}
+
+TEST(Command, HasAnAdapterOfItsName) {
+    const Vel::Ptr<Vel::GenericIf> adapter = new Command_GenericIf_(Command::readCmd, true);
+    EXPECT_EQ(adapter->type(), _fwkType_Command());
+    EXPECT_EQ(adapter->strRep(), "'readCmd'");
+    EXPECT_EQ(adapter->attributeId("readCmd"), 1u);
+    EXPECT_TRUE(adapter->isConst());
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include <Brixo/IoMemType.h>
 
 #include <Brixo/testing/EnumConformance.h>
+#include <Vel/value/ValueGenericIf.h>
 #include <gtest/gtest.h>
 
 namespace Brixo {
@@ -15,6 +16,14 @@ TEST(IoMemType, HasOneDescriptorWithoutABase) {
     EXPECT_EQ(_fwkType_IoMemType()->qualifiedName(), "Brixo::IoMemType");
     EXPECT_EQ(_fwkType_IoMemType(), _fwkType_IoMemType());
     EXPECT_EQ(_fwkType_IoMemType()->base(), nullptr);
+}
+
+TEST(IoMemType, HasAnAdapterOfItsName) {
+    const Vel::Ptr<Vel::GenericIf> adapter = new IoMemType_GenericIf_(IoMemType::mmapMem, true);
+    EXPECT_EQ(adapter->type(), _fwkType_IoMemType());
+    EXPECT_EQ(adapter->strRep(), "'mmapMem'");
+    EXPECT_EQ(adapter->attributeId("mmapMem"), 1u);
+    EXPECT_TRUE(adapter->isConst());
 }
 
 } // namespace

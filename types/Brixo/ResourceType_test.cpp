@@ -1,6 +1,7 @@
 #include <Brixo/ResourceType.h>
 
 #include <Brixo/testing/EnumConformance.h>
+#include <Vel/value/ValueGenericIf.h>
 #include <gtest/gtest.h>
 
 namespace Brixo {
@@ -16,6 +17,15 @@ TEST(ResourceType, HasOneDescriptorWithoutABase) {
     EXPECT_EQ(_fwkType_ResourceType()->qualifiedName(), "Brixo::ResourceType");
     EXPECT_EQ(_fwkType_ResourceType(), _fwkType_ResourceType());
     EXPECT_EQ(_fwkType_ResourceType()->base(), nullptr);
+}
+
+TEST(ResourceType, HasAnAdapterOfItsName) {
+    const Vel::Ptr<Vel::GenericIf> adapter =
+        new ResourceType_GenericIf_(ResourceType::tableResource, true);
+    EXPECT_EQ(adapter->type(), _fwkType_ResourceType());
+    EXPECT_EQ(adapter->strRep(), "'tableResource'");
+    EXPECT_EQ(adapter->attributeId("tableResource"), 1u);
+    EXPECT_TRUE(adapter->isConst());
 }
 
 } // namespace

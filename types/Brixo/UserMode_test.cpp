@@ -1,6 +1,7 @@
 #include <Brixo/UserMode.h>
 
 #include <Brixo/testing/EnumConformance.h>
+#include <Vel/value/ValueGenericIf.h>
 #include <gtest/gtest.h>
 
 namespace Brixo {
@@ -15,6 +16,14 @@ TEST(UserMode, HasOneDescriptorWithoutABase) {
     EXPECT_EQ(_fwkType_UserMode()->qualifiedName(), "Brixo::UserMode");
     EXPECT_EQ(_fwkType_UserMode(), _fwkType_UserMode());
     EXPECT_EQ(_fwkType_UserMode()->base(), nullptr);
+}
+
+TEST(UserMode, HasAnAdapterOfItsName) {
+    const Vel::Ptr<Vel::GenericIf> adapter = new UserMode_GenericIf_(UserMode::serializer, true);
+    EXPECT_EQ(adapter->type(), _fwkType_UserMode());
+    EXPECT_EQ(adapter->strRep(), "'serializer'");
+    EXPECT_EQ(adapter->attributeId("serializer"), 1u);
+    EXPECT_TRUE(adapter->isConst());
 }
 
 } // namespace

@@ -7,7 +7,7 @@
 #include <Vel/Ptr.h>
 #include <Vel/String8.h>
 #include <Vel/VelType.h>
-#include <Vel/needString.h>
+#include <Vel/strepToValue.h>
 #include <Vel/value/Enum.h>
 #include <Vel/value/EnumNames.h>
 #include <iosfwd>
@@ -15,15 +15,8 @@
 
 namespace Vel {
 
-// Reads a whole text into *value: throws "junk at column %lld deserializing %s" if something is left. What throws leaves
-// *value alone.
-template <DeclaredEnum E>
-void strepToValue(const String8& text, E* value) {
-    String8::IteratorConst pos = text.begin();
-    const E read = sequenceToValue(pos, text.end(), static_cast<E*>(nullptr));
-    needEnd(pos, text.end(), text);
-    *value = read;
-}
+template <class T>
+class ValueGenericIf;
 
 } // namespace Vel
 
@@ -53,5 +46,7 @@ void strepToValue(const String8& text, E* value) {
     /* The bare name. */                                                                           \
     API std::ostream& operator<<(std::ostream& out, const E& value);                               \
     API ::Vel::VelType* _fwkType_##E();                                                            \
+    /* Its adapter: <Vel/value/ValueGenericIf.h>. */                                               \
+    using E##_GenericIf_ = ::Vel::ValueGenericIf<E>;                                               \
     inline ::Vel::VelType* velEnumType(E) { return _fwkType_##E(); }                               \
     static_assert(true)

@@ -15,9 +15,11 @@
 #include <Vel/deserializeAttr.h>
 #include <Vel/needString.h>
 #include <Vel/sequenceToValue.h>
+#include <Vel/strepToValue.h>
 #include <Vel/textReading.h>
 #include <Vel/value/EnumNames.h>
 #include <Vel/value/WriteStrep.h>
+#include <utility>
 
 namespace Vel {
 
@@ -43,10 +45,10 @@ constexpr bool mayNameCollection() {
         });
 }
 
-// Where deserializeAttr() puts a value of which it refuses the collections.
+// A value whose reader refuses collections.
 template <class T>
 struct RefusingCollections {
-    T& value;
+    T value{};
 
     friend void sequenceToValue(String8::IteratorConst& it, const String8::IteratorConst& end,
                                 RefusingCollections* read) {
@@ -116,8 +118,9 @@ void readField(String8::IteratorConst& it, const String8::IteratorConst& end, T&
         VEL_ASSERT_AS("String(\"This should not be used and doesn't work\") == String(\"\")",
                       false);
     } else if constexpr (collections == CollectionText::refused && mayNameCollection<Field>()) {
-        RefusingCollections<Field> refusing{field};
-        deserializeAttr(it, end, &refusing, name);
+        RefusingCollections<Field> read;
+        deserializeAttr(it, end, &read, name);
+        field = std::move(read.value);
     } else {
         deserializeAttr(it, end, &field, name);
     }
@@ -199,15 +202,15 @@ void parseValue(String8::IteratorConst& pos, const String8::IteratorConst& end, 
 // Reads a whole text: one T and nothing else. Throws "junk at column %lld deserializing %s" if something is left.
 template <class T, CollectionText collections = CollectionText::asserted>
 T parseWhole(const String8& text) {
-    String8::IteratorConst pos = text.begin();
-    T value;
-    // Through the constructor where that reads the same: it stands in the type's own library.
-    if constexpr (collections == CollectionText::refused && detail::mayNameCollection<T>())
-        parseValue<T, collections>(pos, text.end(), value);
-    else
-        value = T(pos, text.end());
-    needEnd(pos, text.end(), text);
-    return value;
+    if constexpr (collections == CollectionText::refused && detail::mayNameCollection<T>()) {
+        detail::RefusingCollections<T> read;
+        strepToValue(text, &read);
+        return std::move(read.value);
+    } else {
+        T value{};
+        strepToValue(text, &value);
+        return value;
+    }
 }
 
 } // namespace Vel
