@@ -214,7 +214,7 @@ std::optional<Any> Any::call(Name attribute, std::initializer_list<Operand> argu
 
 void Any::forEachAttribute(const std::function<void(const VelAttr&)>& visit) const {
     std::vector<const VelType*> chain; // from the last base down
-    for (const VelType* at = &type(); at != nullptr; at = at->base())
+    for (const VelType* at = &type(); at != nullptr; at = at->inheritsFrom())
         chain.insert(chain.begin(), at);
     for (const VelType* const at : chain)
         for (const VelAttr* const attr : at->attrs()) visit(*attr);

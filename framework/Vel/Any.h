@@ -88,7 +88,7 @@ public:
     // Calls a function with its arguments in order. Gives its result; nothing if it has none.
     std::optional<Any> call(Name attribute, std::initializer_list<Operand> arguments = {});
 
-    // Every attribute, those of the bases first.
+    // Every attribute, inherited ones first.
     void forEachAttribute(const std::function<void(const VelAttr&)>& visit) const;
 
     // Every member of a collection, in its order. A member may be removed while it is visited, others not.

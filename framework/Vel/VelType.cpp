@@ -29,7 +29,8 @@ bool bindBuiltins() {
 } // namespace
 
 VelType::VelType(Name shortName, VelType* base, VelType* scope, const VelTypeFlags& flags)
-    : shortName_(shortName), qualifiedName_(shortName), base_(base), scope_(scope), flags_(flags) {}
+    : shortName_(shortName), qualifiedName_(shortName), base_(base), inheritsFrom_(base),
+      scope_(scope), flags_(flags) {}
 
 VelType::~VelType() = default;
 
@@ -40,7 +41,7 @@ bool VelType::isKindOf(const VelType* other) const noexcept {
 }
 
 VelAttr* VelType::attr(AttributeId id) const noexcept {
-    for (const VelType* type = this; type != nullptr; type = type->base_)
+    for (const VelType* type = this; type != nullptr; type = type->inheritsFrom_)
         if (VelAttr* const attr = type->attributes_.find(id)) return attr;
     return nullptr;
 }

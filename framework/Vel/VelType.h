@@ -2,7 +2,8 @@
 //
 // Names:    name() is the short one, "DeviceId"; qualifiedName() has the namespace, "Net::DeviceId", and is what
 //           typeNode() finds.
-// Bases:    an attribute of a base is visible in every type that refines it, whichever of the two is registered first.
+// Bases:    an attribute of a base is visible in every type that refines it, whichever of the two is registered first. A type
+//           may have the attributes of another that is not its base, without being of its kind: inheritsFrom().
 // Lifetime: that of the process.
 // Threads:  written while one thread registers; reading is free for all after that.
 // Errors:   what a type cannot be wrapped in, or be made from, throws ReflectionException.
@@ -46,6 +47,9 @@ public:
 
     VelType* base() const noexcept { return base_; }
 
+    // The type whose attributes are found behind its own: its base, or one that it extends; null for none.
+    VelType* inheritsFrom() const noexcept { return inheritsFrom_; }
+
     VelType* scope() const noexcept { return scope_; }
 
     // Whether this is `other` or refines it. O(depth).
@@ -81,13 +85,13 @@ public:
     // Its own attributes, by id, the key attribute last.
     std::span<VelAttr* const> attrs() const noexcept { return attributes_.all(); }
 
-    // An attribute of this type or, behind its own, of its bases; null if there is none. One probe a type.
+    // An attribute of this type or, behind its own, of those it inherits from; null if there is none. One probe a type.
     VelAttr* attr(Name name) const noexcept {
         const NameKey key(name);
         const VelType* type = this;
         do {
             if (VelAttr* const attr = type->attributes_.find(key)) return attr;
-        } while ((type = type->base_) != nullptr);
+        } while ((type = type->inheritsFrom_) != nullptr);
         return nullptr;
     }
 
@@ -133,10 +137,14 @@ public:
 protected:
     void qualifiedNameIs(Name name) noexcept { qualifiedName_ = name; }
 
+    // For a type that has the attributes of another that is not its base.
+    void inheritsFromIs(VelType* type) noexcept { inheritsFrom_ = type; }
+
 private:
     Name shortName_;
     Name qualifiedName_;
     VelType* base_;
+    VelType* inheritsFrom_;
     VelType* scope_;
     Name valueAttrName_;
     std::size_t size_ = 0;

@@ -60,6 +60,9 @@ void print(const Vel::VelType& type) {
     if (type.isValue() && type.base() != nullptr)
         std::cout << " Refines " << code(type.base()->qualifiedName())
                   << " and has its attributes too.";
+    else if (type.isValue() && type.inheritsFrom() != nullptr)
+        std::cout << " Has the attributes of " << code(type.inheritsFrom()->qualifiedName())
+                  << " too.";
     if (!type.constructorArguments().empty())
         std::cout << " Constructed from " << signature(type.constructorArguments()) << ".";
     std::cout << "\n";

@@ -114,6 +114,21 @@ TEST(Schema, ARefinementShowsWhatItInherits) {
         EXPECT_EQ(table->attr(name), VelType::typeNode("Brixo::LogicalResourceId")->attr(name));
 }
 
+TEST(Schema, ATypeThatExtendsAnotherFindsItsAttributesWithoutBeingOfItsKind) {
+    const VelType* const mask = VelType::typeNode("Brixo::TargetMask");
+    const VelType* const bits = VelType::typeNode("Orn::U64Bitmask");
+    EXPECT_EQ(mask->base(), nullptr);
+    EXPECT_EQ(mask->attrs().size(), 4u);
+    EXPECT_FALSE(mask->isKindOf(bits));
+    for (const char* name : {"value", "bits", "bitId", "nextBitId"}) {
+        ASSERT_NE(mask->attr(name), nullptr) << name;
+        EXPECT_EQ(mask->attr(name), bits->attr(name));
+        EXPECT_EQ(mask->attr(bits->attr(name)->id()), bits->attr(name));
+    }
+    EXPECT_EQ(mask->attr("targets")->id(), 131u);
+    EXPECT_EQ(mask->attr("bit"), nullptr);
+}
+
 TEST(Schema, AnEnumeratorsIdIsItsNumber) {
     for (const VelType* type : Vel::IntrospectionReactor::global()->types()) {
         if (!type->isEnumType()) continue;

@@ -168,8 +168,7 @@ TEST(WritersOfValues, AMaskShowsItsOwnAttributesAndThoseItInherits) {
     EXPECT_EQ(read(131, Vel::Builtin<Vel::U32>::_fwkType()), "2") << "targets, its own";
     EXPECT_EQ(read(2, Vel::Builtin<Vel::U64>::_fwkType()), "5") << "value, inherited";
     EXPECT_EQ(read(3, Vel::Builtin<Vel::U32>::_fwkType()), "2") << "bits, inherited";
-    EXPECT_THROW((void)mask->attributeId("value"), Vel::ReflectionException)
-        << "its descriptor has no base";
+    EXPECT_EQ(mask->attributeId("value"), 2u) << "though its descriptor has no base";
 }
 
 } // namespace

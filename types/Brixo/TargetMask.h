@@ -3,7 +3,8 @@
 // Invariant: an alias (TargetId::anyTarget, TargetId::allTargets) is set only in an empty mask. It is looked at when an alias
 //            itself is set or removed, and only then: an ordinary target may join an alias.
 // Errors:    an id that is out of range, or an alias where it may not stand, is an assertion that ends the process.
-// Inherited: the bit operations of Orn::U64Bitmask act on the same word and know no aliases.
+// Inherited: the bit operations of Orn::U64Bitmask act on the same word and know no aliases. Reflection finds its attributes
+//            by id and by name, though the mask is registered without a base.
 #pragma once
 
 #include <Brixo/DeviceId.h>

@@ -1,5 +1,7 @@
 #include <Brixo/TargetMask.h>
 
+#include <Vel/Any.h>
+#include <Vel/ReflectionException.h>
 #include <Vel/testing/AssertionTesting.h>
 #include <Vel/testing/ValueTesting.h>
 #include <gtest/gtest.h>
@@ -160,6 +162,27 @@ TEST(TargetMask, PrintsReadsAndLogsItsValue) {
 TEST(TargetMask, ItsTypeHasNoBase) {
     EXPECT_EQ(TargetMask::_fwkType()->qualifiedName(), "Brixo::TargetMask");
     EXPECT_EQ(TargetMask::_fwkType()->base(), nullptr);
+}
+
+TEST(TargetMask, ReflectionFindsWhatItInheritsByName) {
+    Vel::Any any = Vel::Any::parse("Brixo::TargetMask", "17");
+    const Vel::Ptr<Vel::GenericIf> mask = any.adapter();
+    EXPECT_EQ(mask->attributeId("value"), 2u);
+    EXPECT_EQ(mask->attributeId("bits"), 3u);
+    EXPECT_EQ(mask->attributeId("bitId"), 4u);
+    EXPECT_EQ(mask->attributeId("nextBitId"), 5u);
+    EXPECT_EQ(mask->attributeId("targets"), 131u);
+    EXPECT_EQ(any.get("bits").text(), "2");
+    EXPECT_EQ(any.get("value").text(), "17");
+    EXPECT_EQ(any.get("bitId", 4).text(), "True");
+    EXPECT_EQ(any.call("nextBitId", {0})->text(), "4");
+    any.set("bitId", 1, true);
+    EXPECT_EQ(any.text(), "19");
+    std::string names;
+    any.forEachAttribute(
+        [&](const Vel::VelAttr& attr) { names += std::string(attr.name()) + " "; });
+    EXPECT_EQ(names, "value bits bitId nextBitId maskFromDevId targets targetId nextTargetId ");
+    EXPECT_THROW((void)mask->attributeId("bit"), Vel::ReflectionException);
 }
 
 TEST(TargetMask, AgreesWithASetOfNumbers) {

@@ -96,12 +96,39 @@ struct CallHash {
     }
 };
 
+namespace detail {
+
+// In the place of a base: T's attributes, without being a T.
+template <class T>
+struct Extension {};
+
+template <class Base>
+struct Inheritance {
+    using Refined = Base;
+    using Inherited = Base;
+};
+
+template <class T>
+struct Inheritance<Extension<T>> {
+    using Refined = void;
+    using Inherited = T;
+};
+
+template <class Base>
+using RefinedBy = typename Inheritance<Base>::Refined;
+template <class Base>
+using InheritedBy = typename Inheritance<Base>::Inherited;
+
+} // namespace detail
+
 template <class T, class Base, std::size_t inherited, std::size_t constructorArguments,
           class... Attributes>
 class Schema {
 public:
     using Type = T;
-    using BaseType = Base; // void if the type refines none
+    using BaseType = detail::RefinedBy<Base>; // void if the type refines none
+    // Whose attributes stand first: the base, or what is extended; or void.
+    using InheritedType = detail::InheritedBy<Base>;
 
     // Attributes that come from the base stand first.
     static constexpr std::size_t inheritedCount = inherited;
@@ -208,11 +235,12 @@ public:
             name, form, hash, constructor, attributes};
     }
 
-    // The same for a type that has them all without being registered as a refinement: its descriptor has no base.
+    // The same for a type that has them all without being registered as a refinement: its descriptor has no base, and finds
+    // them by name and by id all the same.
     template <class Extended>
     constexpr auto extendedAs(std::string_view name) const {
-        return Schema<Extended, void, sizeof...(Attributes), constructorArguments, Attributes...>{
-            name, form, hash, constructor, attributes};
+        return Schema<Extended, detail::Extension<T>, sizeof...(Attributes), constructorArguments,
+                      Attributes...>{name, form, hash, constructor, attributes};
     }
 
 private:

@@ -14,6 +14,7 @@ public:
     ValueType(Name shortName, Name qualifiedName, VelType* base)
         : VelType(shortName, base, nullptr, VelTypeFlags()) {
         qualifiedNameIs(qualifiedName);
+        if (VelType* const inherited = inheritedType()) inheritsFromIs(inherited);
         referencesLeak();
     }
 
@@ -63,11 +64,25 @@ public:
 
 private:
     static VelType* baseType() {
-        if constexpr (!DeclaredEnum<T>) {
-            using Base = typename std::remove_cvref_t<decltype(schemaOf<T>)>::BaseType;
-            if constexpr (!std::is_void_v<Base>) return Base::_fwkType();
-        }
-        return nullptr;
+        if constexpr (!DeclaredEnum<T>)
+            return typeOrNull<typename std::remove_cvref_t<decltype(schemaOf<T>)>::BaseType>();
+        else
+            return nullptr;
+    }
+
+    static VelType* inheritedType() {
+        if constexpr (!DeclaredEnum<T> && !BuiltinType<T>)
+            return typeOrNull<typename std::remove_cvref_t<decltype(schemaOf<T>)>::InheritedType>();
+        else
+            return nullptr;
+    }
+
+    template <class Other>
+    static VelType* typeOrNull() {
+        if constexpr (std::is_void_v<Other>)
+            return nullptr;
+        else
+            return Other::_fwkType();
     }
 };
 
