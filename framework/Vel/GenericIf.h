@@ -1,8 +1,8 @@
 // GenericIf.h - an adapter that shows one value or object without naming its class: every attribute by its id.
 //
-//     Vel::Ptr<Vel::GenericIf> device = Vel::VelType::typeNode("Net::DeviceId")->genericIf("7", false);
+//     Vel::Ptr<Vel::GenericIf> port = Vel::VelType::typeNode("Net::Port")->genericIf("7", false);
 //     Vel::Ptr<Vel::GenericIf> number = Vel::Builtin<Vel::U16>::_fwkType()->newGenericIf();
-//     device->attributeOp({device->attributeId("value"), Vel::AttributeOp::read}, nullptr, number);
+//     port->attributeOp({port->attributeId("value"), Vel::AttributeOp::read}, nullptr, number);
 //     number->strRep();  // "7"
 //
 // Family: ValueGenericIf<T> holds a copy of a value, of an enumerator or of a builtin; GenericIfPtrInterface and

@@ -58,6 +58,21 @@ std::string modify(const Ptr<GenericIf>& adapter, AttributeId id, Op::Operation 
     return run(adapter, id, operation, nullptr, index, argument);
 }
 
+TEST(GenericIf, DoesWhatItsHeaderShows) {
+    Vel::Ptr<Vel::GenericIf> port = Vel::VelType::typeNode("Net::Port")->genericIf("7", false);
+    Vel::Ptr<Vel::GenericIf> number = Vel::Builtin<Vel::U16>::_fwkType()->newGenericIf();
+    port->attributeOp({port->attributeId("value"), Vel::AttributeOp::read}, nullptr, number);
+    EXPECT_EQ(number->strRep(), "7");
+}
+
+TEST(GenericIf, ALiteralIsATextForEveryKindOfType) {
+    EXPECT_EQ(Net::Port::_fwkType()->genericIf("443", true)->strRep(), "443");
+    EXPECT_EQ(Net::Port::_Type::instance()->genericIf("443", true)->strRep(), "443");
+    EXPECT_EQ(Net::_fwkType_Protocol()->genericIf("'udp'", false)->strRep(), "'udp'");
+    EXPECT_EQ(Net::Route::_fwkType()->genericIf("None", false)->strRep(), "None");
+    EXPECT_THROW((void)Net::Port::_fwkType()->genericIf("443!", false), RangeException);
+}
+
 TEST(GenericIf, ReadsEachAttributeOfAValue) {
     EXPECT_EQ(read<U16>(port(443), 2), "443");
     EXPECT_EQ(read<U16>(port(443), 3), "443");

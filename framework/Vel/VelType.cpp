@@ -79,6 +79,10 @@ Ptr<GenericIf> VelType::genericIf(const String8&, bool) const {
     GenericIf::throwTypeException(qualifiedName_);
 }
 
+Ptr<GenericIf> VelType::genericIf(const char* text, bool isConst) const {
+    return genericIf(String8(text), isConst);
+}
+
 Ptr<GenericIf> VelType::genericIf(const GenericIf*, bool) const { return nullptr; }
 
 Ptr<GenericIf> VelType::genericIf(GenericIf* other, bool isConst) {

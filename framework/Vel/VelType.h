@@ -120,6 +120,9 @@ public:
     // Of the value that the whole text is. Throws Vel::RangeException, "junk at column %lld deserializing %s" if something
     // is left. A text that names a collection is a fatal assertion: see genericIfOfForeignText().
     virtual Ptr<GenericIf> genericIf(const String8& text, bool isConst) const;
+
+    // The same: a literal is a text, not an address.
+    Ptr<GenericIf> genericIf(const char* text, bool isConst) const;
     // Of what another adapter of the same type holds, or of a refinement; null for an adapter of another type.
     virtual Ptr<GenericIf> genericIf(const GenericIf* other, bool isConst) const;
     Ptr<GenericIf> genericIf(GenericIf* other, bool isConst);
