@@ -227,8 +227,8 @@ void Any::forEachMember(Name attribute,
     while (adapter.attributeIterator_nonNull(at)) {
         const Any key(adapter.attributeIterator_iterKey(at));
         const Any value(adapter.attributeIterator_iterObj(at));
-        adapter.attributeIterator_iterInc(at); // first: the visitor may remove the member
         visit(key, value);
+        adapter.attributeIterator_iterInc(at); // from the key on, whatever the visitor did
     }
 }
 

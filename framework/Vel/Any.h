@@ -91,7 +91,8 @@ public:
     // Every attribute, inherited ones first.
     void forEachAttribute(const std::function<void(const VelAttr&)>& visit) const;
 
-    // Every member of a collection, in its order. A member may be removed while it is visited, others not.
+    // Every member of a collection, in its order. The visitor may add and remove members: one that comes behind the visited
+    // one is visited, too, and one that goes before its turn is not.
     void forEachMember(Name attribute,
                        const std::function<void(const Any& key, const Any& value)>& visit) const;
 

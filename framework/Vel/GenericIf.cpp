@@ -12,6 +12,11 @@ namespace {
 // A name views characters that need not end in a NUL.
 String8 asText(Name name) { return String8(name); }
 
+AttributeIterator& given(const Ptr<AttributeIterator>& iterator) {
+    if (!iterator) GenericIf::throwTypeException("iterator");
+    return *iterator;
+}
+
 } // namespace
 
 GenericIf::~GenericIf() = default;
@@ -49,34 +54,34 @@ Ptr<AttributeIterator> GenericIf::attributeIterator(AttributeId id) {
 }
 
 Ptr<GenericIf> GenericIf::attributeIterator_iterObj(const Ptr<AttributeIterator>& iterator) {
-    return iterator->obj(isConst_);
+    return given(iterator).obj(isConst_);
 }
 
 Ptr<const GenericIf> GenericIf::attributeIterator_iterObj(
     const Ptr<AttributeIterator>& iterator) const {
-    return iterator->obj(true);
+    return given(iterator).obj(true);
 }
 
 Ptr<GenericIf> GenericIf::attributeIterator_iterKey(const Ptr<AttributeIterator>& iterator) const {
-    return iterator->key();
+    return given(iterator).key();
 }
 
 void GenericIf::attributeIterator_iterInc(const Ptr<AttributeIterator>& iterator) const {
-    iterator->inc();
+    given(iterator).inc();
 }
 
 void GenericIf::attributeIterator_iterDel(const Ptr<AttributeIterator>& iterator) {
     if (isConst_) throwConstException("attempting to modify a const instance");
-    iterator->del();
+    given(iterator).del();
 }
 
 bool GenericIf::attributeIterator_nonNull(const Ptr<AttributeIterator>& iterator) const {
-    return iterator->nonNull();
+    return given(iterator).nonNull();
 }
 
 Ptr<AttributeIterator> GenericIf::attributeIterator_iterClone(
     const Ptr<AttributeIterator>& iterator) const {
-    return iterator->clone();
+    return given(iterator).clone();
 }
 
 void GenericIf::throwConstException(const char* text) {

@@ -82,7 +82,8 @@ public:
     // Stands on the first member of a collection attribute. Throws for any other attribute.
     virtual Ptr<AttributeIterator> attributeIterator(AttributeId id);
 
-    // The member an iterator stands on, its key, the next member, removal. A const adapter's members are const.
+    // The member an iterator stands on, its key, the next member, removal: AttributeIterator.h says what is refused where. A
+    // const adapter's members are const. An iterator that is null is refused as an argument that is missing.
     virtual Ptr<GenericIf> attributeIterator_iterObj(const Ptr<AttributeIterator>& iterator);
     virtual Ptr<const GenericIf> attributeIterator_iterObj(
         const Ptr<AttributeIterator>& iterator) const;

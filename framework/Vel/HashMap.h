@@ -81,11 +81,19 @@ public:
         return static_cast<Entry*>(buckets_.next(Ops(), &member));
     }
 
-    // The first member whose hash is above the key's, or null.
+    // The first member in the map's order behind the key, whether a member has it or not; or null.
     Entry* firstBehind(const Key& key) const noexcept {
-        const U32 hash = keyHash(key) + 1; // 0 behind the last of all hashes
         detail::OrderedBuckets::Place place;
-        return hash != 0 ? static_cast<Entry*>(buckets_.notBelow(Ops(), hash, place)) : nullptr;
+        if constexpr (foldIsKey<Key>) {
+            const U32 hash = keyHash(key) + 1; // 0 behind the last of all hashes
+            return hash != 0 ? static_cast<Entry*>(buckets_.notBelow(Ops(), hash, place)) : nullptr;
+        } else {
+            if (const Entry* const member = find(key)) return next(*member);
+            MapLink* at = buckets_.notBelow(Ops(), keyHash(key), place);
+            while (at != nullptr && !ordersBefore(key, keyOf(at)))
+                at = buckets_.next(Ops(), at, place);
+            return static_cast<Entry*>(at);
+        }
     }
 
     // Whether `a` comes before `b` in every map of this kind.

@@ -235,5 +235,29 @@ TEST(HashMap, ReservingInTheMiddleOfAWalkSkipsNobody) {
     }
 }
 
+// Every second number is a member; of the others some share their hash with members.
+TEST(HashMap, FindsTheFirstMemberBehindAnyKey) {
+    for (const U32 hashMask : {0xffffffffU, 0xf0U, 0x3U, 0U}) {
+        SCOPED_TRACE(hashMask);
+        for (const unsigned count : {0U, 1U, 7U, 40U, 300U}) {
+            Map map;
+            for (unsigned i = 0; i < count; ++i) {
+                const Ptr<Member> member = new Member(Key{U64{2 * i}, hashMask}, i);
+                map.insert(*member);
+            }
+            for (unsigned number = 0; number <= 2 * count; ++number) {
+                const Key key{number, hashMask};
+                const Member* expected = nullptr;
+                for (const Member& member : map) {
+                    if (!Map::ordersBefore(key, member.key())) continue;
+                    expected = &member;
+                    break;
+                }
+                ASSERT_EQ(map.firstBehind(key), expected) << number << " of " << count;
+            }
+        }
+    }
+}
+
 } // namespace
 } // namespace Vel

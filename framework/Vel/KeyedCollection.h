@@ -98,7 +98,7 @@ public:
         map_.forEach(visit);
     }
 
-    // The first member whose hash orders behind the key's, or null; borrowed.
+    // The first member in the map's order behind the key, whether a member has it or not; null if there is none. Borrowed.
     Entry* firstBehind(const Key& key) const noexcept { return map_.firstBehind(key); }
 
     Iterator begin() const noexcept { return Iterator(map_.begin()); }

@@ -151,6 +151,9 @@ public:
 
     Iterator begin() const noexcept { return Iterator(*this); }
 
+    // On the first member in the map's order behind the key, whether a member has it or not.
+    Iterator behind(const Key& key) const noexcept { return Iterator(*this, key); }
+
     std::default_sentinel_t end() const noexcept { return {}; }
 
     // How many broken invariants the collection can see in itself. O(count).
@@ -180,6 +183,11 @@ public:
     explicit Iterator(const LazyCollection& collection) noexcept
         : collection_(&collection), stored_(collection.store_.first()) {
         standOnFirst(collection.objects_.first());
+    }
+
+    Iterator(const LazyCollection& collection, const Key& before) noexcept
+        : collection_(&collection), stored_(collection.store_.first()), key_(before) {
+        advance();
     }
 
     value_type operator*() const noexcept { return {key_, value()}; }

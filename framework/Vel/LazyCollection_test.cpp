@@ -225,6 +225,21 @@ TYPED_TEST(LazyCollectionOf, AWalkStaysWhereItIsWhateverHappens) {
     EXPECT_TRUE(walk == this->collection.end());
 }
 
+TYPED_TEST(LazyCollectionOf, AWalkBeginsBehindAnyKey) {
+    this->collection.reserve(16);
+    EXPECT_FALSE(this->collection.behind(0));
+    for (const U32 key : {0U, 4U, 10U, 6U, 40U, 1U}) this->set(key, true);
+    for (const U32 key : {4U, 40U}) this->collection.find(key); // an object
+    for (U32 key = 0; key < 64; ++key) {
+        const auto at = this->collection.behind(key);
+        const auto expected = this->model.upper_bound(key);
+        ASSERT_EQ(static_cast<bool>(at), expected != this->model.end()) << key;
+        if (at) {
+            EXPECT_EQ(at.key(), expected->first) << key;
+        }
+    }
+}
+
 // A bucket that is full makes objects of its own; nobody sees them.
 TEST(LazyCollection, CrowdedNumbersAreNoObjectsOfTheCollection) {
     Numbers numbers;

@@ -1,10 +1,13 @@
 // CollectionAccess.h - the members of a collection attribute of an object, whether it holds a KeyedCollection or computes
 // its values: the same operations for both.
+//
+// Walks: a Position is for a walk during which nothing changes; behind() goes on from a key, whatever has happened.
 #pragma once
 
 #include <Vel/Integers.h>
 #include <Vel/value/AttributeTraits.h>
 #include <functional>
+#include <optional>
 #include <type_traits>
 #include <utility>
 
@@ -70,15 +73,17 @@ public:
 
     Key keyAt(const Position& position) const { return position.key(); }
 
-    Value valueAt(const Position& position) const { return (*position).second; }
-
     void advance(Position& position) const { position.advance(); }
 
-    // Stands on the next member before the one it stood on goes.
-    void del(Position& position) {
-        const Key key = keyAt(position);
-        advance(position);
-        del(key);
+    // The first key behind this one, whether it has a member or not.
+    std::optional<Key> behind(const Key& key) const {
+        if constexpr (requires { collection().behind(key); }) {
+            const Position position = collection().behind(key);
+            return position ? std::optional<Key>(position.key()) : std::nullopt;
+        } else {
+            const auto* const member = collection().firstBehind(key);
+            return member != nullptr ? std::optional<Key>(member->fwkKey()) : std::nullopt;
+        }
     }
 
 private:
@@ -123,7 +128,7 @@ public:
     Value take(const Key& key) { return std::invoke(access.deleter, object_, key); }
 
     void delAll() {
-        for (Position at = begin(); !isAtEnd(at);) del(at);
+        for (Position at = begin(); !isAtEnd(at); advance(at)) del(at);
     }
 
     Position begin() const { return std::invoke(access.next, object_, Key(Key::null())); }
@@ -132,16 +137,14 @@ public:
 
     Key keyAt(const Position& position) const { return position; }
 
-    Value valueAt(const Position& position) const { return value(position); }
-
     void advance(Position& position) const {
         position = std::invoke(access.next, object_, position);
     }
 
-    void del(Position& position) {
-        const Key key = position;
+    std::optional<Key> behind(const Key& key) const {
+        Position position = key;
         advance(position);
-        del(key);
+        return isAtEnd(position) ? std::nullopt : std::optional<Key>(position);
     }
 
 private:
