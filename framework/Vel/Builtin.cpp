@@ -35,7 +35,6 @@ VelType* Builtin<T>::_fwkType() {
         made->isValueIs(true);
         made->hasGenericIfSupportIs(true);
         made->sizeIs(sizeof(T));
-        VelType::typeNodeIs(made, builtinName<T>);
         return made;
     }();
     return type;

@@ -9,7 +9,7 @@
 //         ObjectGenericIf<T> hold a reference to an object; GenericIf::List holds arguments.
 // Const:  a const adapter refuses every operation that would modify what it holds, before anything else is looked at.
 // Errors: ReflectionException, by the throw... functions.
-// Threads: one at a time.
+// Threads: one at a time for each adapter. Types are everybody's.
 #pragma once
 
 #include <Vel/AttributeId.h>

@@ -25,7 +25,7 @@ IntrospectionReactor::IntrospectionReactor() : active_(activeByEnvironment()) {}
 
 IntrospectionReactor::~IntrospectionReactor() = default;
 
-Ptr<IntrospectionReactor> IntrospectionReactor::global() { return globalReactor(); }
+const Ptr<IntrospectionReactor>& IntrospectionReactor::global() { return globalReactor(); }
 
 void IntrospectionReactor::globalIs(const Ptr<IntrospectionReactor>& reactor) {
     VEL_ASSERT(reactor != nullptr);

@@ -10,7 +10,8 @@
 //          or activeIs(false) before a library is loaded, leaves its modules unregistered; their routines can be called
 //          again later.
 // Refine:  a registrar of one's own takes the place of the global one by globalIs() and sees every call.
-// Threads: one at a time.
+// Threads: one at a time registers, or puts another registrar in the place of the global one; types() and active() may be
+//          read by any number of threads when nobody does.
 #pragma once
 
 #include <Vel/AttributeId.h>
@@ -33,8 +34,9 @@ public:
     IntrospectionReactor& operator=(const IntrospectionReactor&) = delete;
     ~IntrospectionReactor() override;
 
-    // The one of the process; made on first use.
-    static Ptr<IntrospectionReactor> global();
+    // The one of the process; made on first use. Looking at it counts nothing: threads that read the registry need not care
+    // in which mode counts are.
+    static const Ptr<IntrospectionReactor>& global();
     static void globalIs(const Ptr<IntrospectionReactor>& reactor);
 
     // Whether modules register.

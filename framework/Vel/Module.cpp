@@ -3,17 +3,20 @@
 #include <Vel/Assert.h>
 #include <Vel/IntrospectionReactor.h>
 #include <Vel/VelType.h>
+#include <atomic>
 #include <cstddef>
 #include <cstdlib>
 #include <ios>
+#include <mutex>
 #include <string>
-#include <utility>
 
 namespace Vel {
 
 namespace {
 
-Module* firstPending = nullptr;
+// Modules that were loaded and whose types are not bound yet. Null, seen without the lock, tells that all are.
+constinit std::atomic<Module*> firstPending = nullptr;
+constinit std::mutex pendingLock;
 
 // Keeps a namespace open, also when what stands in it throws. Null: the types stand in none.
 class OpenScope {
@@ -47,21 +50,26 @@ void Module::load() {
     holdStreams();
     if (!isPending_) {
         isPending_ = true;
-        nextPending_ = std::exchange(firstPending, this);
+        const std::lock_guard lock(pendingLock);
+        nextPending_ = firstPending.load(std::memory_order_relaxed);
+        firstPending.store(this, std::memory_order_release);
     }
     registerTypes();
 }
 
 void Module::bindPending() {
-    while (Module* const module = firstPending) {
-        firstPending = module->nextPending_;
+    if (firstPending.load(std::memory_order_acquire) == nullptr) return;
+    const std::lock_guard lock(pendingLock);
+    while (Module* const module = firstPending.load(std::memory_order_relaxed)) {
         for (const TypeDescription* const type : module->types_)
             VelType::typeNodeIs(type->type(), type->qualifiedName);
+        firstPending.store(module->nextPending_, std::memory_order_release);
     }
 }
 
 void Module::registerTypes() {
     if (isRegistered_) return;
+    // Held: whoever is told of a type may put another registrar in its place.
     const Ptr<IntrospectionReactor> reactor = IntrospectionReactor::global();
     if (!reactor->active()) return;
     isRegistered_ = true;

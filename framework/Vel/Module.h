@@ -11,7 +11,8 @@
 //     not active it does nothing and stays callable.
 //
 // Cost:    loading with an inactive registrar stores one pointer. Types are bound to their names at the first look-up.
-// Threads: the loader's thread; the guard is a plain byte.
+// Threads: the loader's thread; the guard is a plain byte. Any number of threads may look types up when nothing is loaded:
+//          the first of them binds what is unbound, behind a lock.
 #pragma once
 
 #include <Vel/Export.h>

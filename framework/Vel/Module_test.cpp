@@ -4,12 +4,25 @@
 #include <Vel/IntrospectionReactor.h>
 #include <Vel/TypeSection.h>
 #include <Vel/testing/NetTypes.h>
+#include <atomic>
 #include <gtest/gtest.h>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 VEL_MODULE(netModule, Net::Protocol, Net::Port, Net::LowPort, Net::Endpoint, Net::Route, Net::Table)
+
+namespace Late {
+
+VEL_ENUM(Late, Season, spring, autumn);
+VEL_ENUM_FUNCTIONS(, Season);
+VEL_DEFINE_ENUM(Season)
+VEL_ENUM(Late, Weather, rain, fog, snow);
+VEL_ENUM_FUNCTIONS(, Weather);
+VEL_DEFINE_ENUM(Weather)
+
+} // namespace Late
 
 namespace Vel {
 namespace {
@@ -120,6 +133,28 @@ TEST_F(ModuleTest, AnInactiveRegistrarLeavesItCallable) {
     ports.registerTypes();
     EXPECT_TRUE(ports.isRegistered());
     EXPECT_EQ(recorder->types().size(), 2u);
+}
+
+TEST_F(ModuleTest, ManyThreadsMayBeTheFirstToLookATypeUp) {
+    recorder->activeIs(false);
+    static Module seasons{detail::moduleTypes<Late::Season>};
+    static Module weathers{detail::moduleTypes<Late::Weather>};
+    seasons.load();
+    weathers.load();
+    constexpr unsigned threads = 4;
+    std::atomic<unsigned> ready = 0;
+    std::atomic<unsigned> found = 0;
+    std::vector<std::thread> all;
+    for (unsigned number = 0; number < threads; ++number)
+        all.emplace_back([&] {
+            ++ready;
+            while (ready != threads) std::this_thread::yield();
+            if (VelType::typeNode("Late::Season") == Late::_fwkType_Season()) ++found;
+            if (VelType::typeNode("Late::Weather") == Late::_fwkType_Weather()) ++found;
+            if (VelType::typeNode("Late::Climate") == nullptr) ++found;
+        });
+    for (std::thread& thread : all) thread.join();
+    EXPECT_EQ(found, 3 * threads);
 }
 
 TEST_F(ModuleTest, WhatTheRegistrarThrowsLeavesTheGuardSetAndNoScopeOpen) {

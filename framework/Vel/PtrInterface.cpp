@@ -7,13 +7,20 @@ namespace Vel {
 
 VelType* PtrInterface::fwkType() const { return _fwkType(); }
 
+namespace {
+
+class ObjectBaseType : public VelType {
+public:
+    ObjectBaseType() : VelType("PtrInterface", nullptr, nullptr, VelTypeFlags()) {
+        qualifiedNameIs("Vel::PtrInterface");
+        referencesLeak();
+    }
+};
+
+} // namespace
+
 VelType* PtrInterface::_fwkType() {
-    static VelType* const type = [] {
-        auto* made = new VelType("PtrInterface", nullptr, nullptr, VelTypeFlags());
-        made->referencesLeak();
-        VelType::typeNodeIs(made, "Vel::PtrInterface");
-        return made;
-    }();
+    static VelType* const type = new ObjectBaseType;
     return type;
 }
 

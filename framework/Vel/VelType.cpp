@@ -11,19 +11,23 @@ namespace Vel {
 
 namespace {
 
-// Never destroyed: types are looked up until the process ends.
-std::unordered_map<Name, VelType*>& typeNodes() {
-    static auto* const nodes = new std::unordered_map<Name, VelType*>;
-    return *nodes;
+using TypeNodes = std::unordered_map<Name, VelType*>;
+
+// The types that no module brings.
+TypeNodes* nodesOfBuiltins() {
+    auto* const nodes = new TypeNodes;
+    for (VelType* const type :
+         {Builtin<bool>::_fwkType(), Builtin<int>::_fwkType(), Builtin<U8>::_fwkType(),
+          Builtin<U16>::_fwkType(), Builtin<U32>::_fwkType(), Builtin<U64>::_fwkType(),
+          Builtin<BytePtr>::_fwkType(), Builtin<void*>::_fwkType(), PtrInterface::_fwkType()})
+        nodes->emplace(type->qualifiedName(), type);
+    return nodes;
 }
 
-// A builtin binds itself when its descriptor is made.
-bool bindBuiltins() {
-    return Builtin<bool>::_fwkType() != nullptr && Builtin<int>::_fwkType() != nullptr &&
-           Builtin<U8>::_fwkType() != nullptr && Builtin<U16>::_fwkType() != nullptr &&
-           Builtin<U32>::_fwkType() != nullptr && Builtin<U64>::_fwkType() != nullptr &&
-           Builtin<BytePtr>::_fwkType() != nullptr && Builtin<void*>::_fwkType() != nullptr &&
-           PtrInterface::_fwkType() != nullptr;
+// Never destroyed: types are looked up until the process ends. Written by what loads modules alone.
+TypeNodes& typeNodes() {
+    static TypeNodes* const nodes = nodesOfBuiltins();
+    return *nodes;
 }
 
 } // namespace
@@ -64,8 +68,6 @@ void VelType::typeNodeIs(VelType* type, Name qualifiedName) {
 }
 
 VelType* VelType::typeNode(Name qualifiedName) {
-    static const bool hasBuiltins = bindBuiltins();
-    VEL_ASSERT(hasBuiltins);
     Module::bindPending();
     const auto node = typeNodes().find(qualifiedName);
     return node != typeNodes().end() ? node->second : nullptr;
