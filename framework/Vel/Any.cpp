@@ -7,6 +7,7 @@
 #include <Vel/ReflectionException.h>
 #include <Vel/format.h>
 #include <Vel/nearestNames.h>
+#include <Vel/shownName.h>
 #include <vector>
 
 namespace Vel {
@@ -33,7 +34,7 @@ public:
             if (arguments_.name(i) == name) return set(i, value);
         std::vector<Name> known;
         for (std::size_t i = 0; i < arguments_.size(); ++i) known.push_back(arguments_.name(i));
-        refuse(withNearest(owner_ + " has no argument " + String8(name), name, known),
+        refuse(withNearest(owner_ + " has no argument " + shownName(name), name, known),
                Exception::Id::type);
     }
 
@@ -77,7 +78,7 @@ VelType& Any::type(Name qualifiedName) {
     std::vector<Name> known;
     for (const VelType* const type : IntrospectionReactor::global()->types())
         known.push_back(type->qualifiedName());
-    refuse(withNearest("there is no type " + String8(qualifiedName), qualifiedName, known),
+    refuse(withNearest("there is no type " + shownName(qualifiedName), qualifiedName, known),
            Exception::Id::type);
 }
 
@@ -107,8 +108,8 @@ const VelAttr& Any::attributeNamed(Name name) const {
     if (const VelAttr* const attr = type().attr(name)) return *attr;
     std::vector<Name> known;
     forEachAttribute([&known](const VelAttr& attr) { known.push_back(attr.name()); });
-    refuse(withNearest(String8(type().qualifiedName()) + " has no attribute " + String8(name), name,
-                       known),
+    refuse(withNearest(String8(type().qualifiedName()) + " has no attribute " + shownName(name),
+                       name, known),
            Exception::Id::attribute);
 }
 

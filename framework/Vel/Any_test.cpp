@@ -57,6 +57,26 @@ TEST(Any, SaysWhatItCannotMake) {
               "! junk at column 3 deserializing 443!");
 }
 
+TEST(Any, AVeryLongNameIsRefusedInAFewWords) {
+    const std::string written(std::size_t{1} << 20, 'a');
+    const std::string shown(64, 'a');
+    Any endpoint = Any::make("Net::Endpoint", {{"port", 53}, {"protocol", "udp"}});
+    EXPECT_EQ(result([&] { return Any::make(written); }), "! there is no type " + shown + "...");
+    EXPECT_EQ(result([&] { return endpoint.get(written); }),
+              "! Net::Endpoint has no attribute " + shown + "...");
+    EXPECT_EQ(result([&] {
+                  return Any::make("Net::Endpoint", {{written, 53}});
+              }),
+              "! Net::Endpoint has no argument " + shown + "...");
+    EXPECT_EQ(
+        result([&] { (void)endpoint.adapter()->attributeId(String8(std::string_view(written))); }),
+        "! Net::Endpoint has no attribute " + shown + "...");
+    EXPECT_EQ(result([] {
+                  return Any::parse("U8", String8(std::string_view(std::string(100, '0') + "256")));
+              }),
+              "! " + std::string(64, '0') + "... is out of range for U8");
+}
+
 TEST(Any, GetsAndSetsByName) {
     Any endpoint = Any::make("Net::Endpoint", {{"port", 53}, {"protocol", "udp"}});
     EXPECT_EQ(endpoint.get("port").get("value").as<U16>(), 53u);

@@ -3,6 +3,7 @@
 #include <Vel/ReflectionException.h>
 #include <Vel/VelType.h>
 #include <Vel/format.h>
+#include <Vel/shownName.h>
 #include <string>
 
 namespace Vel {
@@ -111,7 +112,7 @@ void GenericIf::throwUnknownArgException(Name attribute) {
 
 void GenericIf::throwUnknownAttrException(const VelType* type, Name attribute) {
     throw ReflectionException(asText(type->qualifiedName()) + " has no attribute " +
-                                  asText(attribute),
+                                  shownName(attribute),
                               Exception::Id::attribute);
 }
 

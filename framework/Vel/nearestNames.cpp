@@ -41,8 +41,13 @@ String8 nearestNames(Name written, const std::vector<Name>& known) {
     constexpr std::size_t most = 3;
     std::vector<std::pair<std::size_t, Name>> near;
     for (const Name name : known) {
+        const std::size_t longer = std::max(written.size(), name.size());
+        const auto isNear = [longer](std::size_t away) { return away < (longer + 2) / 3; };
+        // By as much as one is longer, characters have to be inserted: a name that is too long for that, and may be very
+        // long, is not compared.
+        if (!isNear(longer - std::min(written.size(), name.size()))) continue;
         const std::size_t away = distance(written, name);
-        if (3 * away < std::max(written.size(), name.size())) near.emplace_back(away, name);
+        if (isNear(away)) near.emplace_back(away, name);
     }
     std::ranges::stable_sort(near, {}, &std::pair<std::size_t, Name>::first);
     String8 text;

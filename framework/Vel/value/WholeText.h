@@ -5,6 +5,7 @@
 #include <Vel/String8.h>
 #include <Vel/format.h>
 #include <Vel/sequenceToValue.h>
+#include <Vel/shownName.h>
 #include <Vel/textErrors.h>
 #include <Vel/textReading.h>
 #include <Vel/value/EnumFunctions.h>
@@ -36,7 +37,8 @@ T wholeInteger(const String8& text) {
     needEnd(pos, text.end(), text);
     const T value = static_cast<T>(number);
     if (static_cast<ScalarNumber<T>>(value) != number)
-        throwRangeException(text + " is out of range for " + String8(typeOf<T>()->name()));
+        throwRangeException(shownName(text) + " is out of range for " +
+                            String8(typeOf<T>()->name()));
     return value;
 }
 
