@@ -63,6 +63,8 @@
 #include <Vel/networkByteOrder.h>
 #include <Vel/sequenceToValue.h>
 #include <Vel/sequenceToValueOfPtr.h>
+#include <Vel/shownName.h>
+#include <Vel/strepToValue.h>
 #include <Vel/textErrors.h>
 #include <Vel/textReading.h>
 #include <Vel/textWriting.h>
