@@ -40,6 +40,24 @@ TEST(Ferrolog, AFailedOpeningLeavesTracingOff) {
     FERROLOG("T", "nowhere");
 }
 
+// Texts that a program prints on a closed stream go nowhere; they must not go into the trace.
+TEST(Ferrolog, ClosedStandardStreamsStayClosed) {
+    TestFile file;
+    EXPECT_EQ(inChild([&] {
+                  ::close(STDIN_FILENO);
+                  ::close(STDOUT_FILENO);
+                  ::close(STDERR_FILENO);
+                  ASSERT_EQ(ferrolog_open(file.path.c_str(), smallRing), 0);
+                  FERROLOG("T", "before the failure");
+                  for (int const stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+                      EXPECT_EQ(::write(stream, "assertion failed", 16), -1);
+                  }
+              }),
+              0);
+    EXPECT_EQ(texts(Reader(file.path)), std::vector<std::string>{"before the failure"});
+    EXPECT_EQ(Reader(file.path).notes(), std::vector<std::string>{});
+}
+
 TEST(Ferrolog, NothingHappensWhileNoFileIsOpen) {
     TestFile file;
     ferrolog_site site{"T", "%i", "i", 1, 0};

@@ -1,5 +1,7 @@
 #include <Ferrolog/detail/Snapshot.h>
 
+#include <Ferrolog/detail/openFile.h>
+
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -32,7 +34,7 @@ std::vector<std::byte> readWhole(int descriptor, std::size_t count) {
 
 Snapshot Snapshot::ofFile(std::string const& path) {
     Snapshot snapshot;
-    int const descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    int const descriptor = openFile(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY);
     if (descriptor < 0) {
         snapshot.error = std::strerror(errno);
         return snapshot;

@@ -4,6 +4,7 @@
 #include <Ferrolog/detail/Complaint.h>
 #include <Ferrolog/detail/SiteTable.h>
 #include <Ferrolog/detail/Words.h>
+#include <Ferrolog/detail/openFile.h>
 
 #include <bit>
 #include <cerrno>
@@ -73,8 +74,7 @@ void TraceFile::close() {
 
 TraceFile::Outcome TraceFile::tryOpen(char const* path, U32 ringBytes, int& error) {
     // O_NONBLOCK: a fifo of that name must not stop us before we have seen that it is one.
-    descriptor_ =
-        ::open(path, O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, 0600);
+    descriptor_ = openFile(path, O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY, 0600);
     if (descriptor_ < 0) {
         error = errno;
         complain("cannot open \"%s\": %s; tracing stays off", path,
@@ -233,7 +233,7 @@ TraceFile::Outcome TraceFile::moveAside(char const* path, int& error) {
 // Through a descriptor of its own: a mapping keeps its open file alive, and with it the lock that
 // close() gives back.
 bool TraceFile::map(char const* path, int& error) {
-    int const mapped = ::open(path, O_RDWR | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    int const mapped = openFile(path, O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY);
     void* address = MAP_FAILED;
     error = errno;
     if (mapped >= 0 && !isSameFile(mapped)) {
