@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <mutex>
 #include <pthread.h>
 
 using namespace Ferrolog::detail;
@@ -85,7 +86,7 @@ U32 ringBytesOfEnvironment() {
     errno = 0;
     unsigned long long const bytes = std::strtoull(text, &end, 10);
     if (*text < '0' || *text > '9' || *end != '\0' || errno != 0 || bytes > ~U32{0}) {
-        complain("FERROLOG_SIZE \"%s\" is not a number of bytes; it is ignored", text);
+        complain({"FERROLOG_SIZE \"", text, "\" is not a number of bytes; it is ignored"});
         return 0;
     }
     return static_cast<U32>(bytes);
@@ -152,7 +153,7 @@ constinit uint32_t ferrolog_state = stateUnknown;
 int ferrolog_open(char const* path, uint32_t ringBytes) {
     std::lock_guard const lock(openingMutex);
     if (state() >= firstEpoch) {
-        complain("cannot open \"%s\": a trace file is open already", path);
+        complain({"cannot open \"", path, "\": a trace file is open already"});
         return EBUSY;
     }
     return openLocked(path, ringBytes);

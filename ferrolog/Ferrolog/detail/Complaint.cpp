@@ -1,40 +1,106 @@
 #include <Ferrolog/detail/Complaint.h>
 
+#include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
-#include <cstdarg>
-#include <cstdio>
+#include <charconv>
 #include <cstring>
-#include <mutex>
 #include <unistd.h>
 
 namespace Ferrolog::detail {
 
 namespace {
 
-constinit std::mutex lineMutex;
-constinit std::array<char, 512> line{};
+// Always ended by a zero byte.
+class Line {
+public:
+    constexpr Line() = default;
+
+    void add(Piece const& piece) {
+        if (!piece.isNumber()) {
+            addHarmless(piece.text());
+            return;
+        }
+        char digits[10];
+        char const* const end = std::to_chars(digits, digits + sizeof digits, piece.number()).ptr;
+        addHarmless({digits, static_cast<std::size_t>(end - digits)});
+    }
+
+    char const* text() const { return text_.data(); }
+
+    void print() {
+        text_[length_] = '\n'; // in place of the end mark
+        ssize_t written = 0;
+        do {
+            written = ::write(STDERR_FILENO, text_.data(), length_ + 1);
+        } while (written < 0 && errno == EINTR); // any other failure has nobody to be told to
+        text_[length_] = '\0';
+    }
+
+private:
+    void addHarmless(std::string_view text) {
+        constexpr char digits[] = "0123456789abcdef";
+        for (char const c : text) {
+            auto const byte = static_cast<U8>(c);
+            if (byte >= 0x20 && byte != 0x7F) {
+                add(c);
+            } else {
+                add('\\');
+                add('x');
+                add(digits[byte >> 4]);
+                add(digits[byte & 15]);
+            }
+        }
+    }
+
+    void add(char c) {
+        if (length_ + 1 < text_.size()) {
+            text_[length_] = c;
+            ++length_;
+        }
+    }
+
+    std::array<char, 512> text_{};
+    std::size_t length_ = 0;
+};
+
+// The one that readers are given, and the one that the next complaint goes into.
+constinit std::array<Line, 2> kept{};
+constinit std::atomic<U32> newest = 0;
+constinit std::atomic_flag keeping{};
+
+void keep(Line const& line) {
+    if (keeping.test_and_set()) {
+        return; // the complaint that we interrupted, or that another thread has at this moment
+    }
+    U32 const next = 1 - newest;
+    kept[next] = line;
+    newest = next;
+    keeping.clear();
+}
 
 } // namespace
 
-void complain(char const* format, ...) {
+void complain(std::initializer_list<Piece> pieces) {
     int const savedErrno = errno;
-    std::array<char, 512> text{"Ferrolog: "};
-    std::size_t const start = std::strlen(text.data());
-    va_list arguments;
-    va_start(arguments, format);
-    std::vsnprintf(text.data() + start, text.size() - start, format, arguments);
-    va_end(arguments);
-    {
-        std::lock_guard const lock(lineMutex);
-        line = text;
+    Line line;
+    line.add("Ferrolog: ");
+    for (Piece const& piece : pieces) {
+        line.add(piece);
     }
-    std::size_t const length = std::strlen(text.data());
-    text[length] = '\n'; // in place of the end mark: nothing reads it as a C string any more
-    [[maybe_unused]] auto const written = ::write(STDERR_FILENO, text.data(), length + 1);
+    keep(line);
+    line.print();
     errno = savedErrno;
 }
 
-char const* lastComplaint() { return line.data(); }
+char const* lastComplaint() { return kept[newest].text(); }
+
+void forgetComplainers() { keeping.clear(); }
+
+char const* textOfError(int error) {
+    char const* const text = ::strerrordesc_np(error);
+    return text == nullptr ? "unknown error" : text;
+}
 
 } // namespace Ferrolog::detail

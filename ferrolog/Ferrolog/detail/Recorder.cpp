@@ -49,21 +49,21 @@ U32 Recorder::tagOf(ferrolog_site& site) {
     SiteText text{orEmpty(site.file), orEmpty(site.format), orEmpty(site.letters), site.line};
     U32 words = wordsOf(text.letters);
     if (words > maxArgumentWords) {
-        complain("call site %s:%u has the letters \"%s\"; its arguments are not recorded",
-                 text.file.data(), site.line, text.letters.data());
+        complain({"call site ", text.file, ":", site.line, " has the letters \"", text.letters,
+                  "\"; its arguments are not recorded"});
         text.letters = "";
         words = 0;
     }
-    U32 id = noRoomSiteId;
-    {
-        // Keeps two threads from entering one site twice. That would do no harm, so nobody waits
-        // here: a signal handler that interrupted the holder would wait for ever.
-        std::unique_lock const lock(siteMutex_, std::try_to_lock);
-        id = SiteTable(file_).enter(text);
+    // Keeps two threads from entering one site twice. That would do no harm, so nobody waits here:
+    // a signal handler that interrupted the one who enters would wait for ever.
+    bool const alone = !entering_.test_and_set();
+    U32 const id = SiteTable(file_).enter(text);
+    if (alone) {
+        entering_.clear();
     }
     if (id == noRoomSiteId && !noRoomSaid_.exchange(true)) {
-        complain("no room for call site %s:%u; its messages are kept without their text",
-                 text.file.data(), site.line);
+        complain({"no room for call site ", text.file, ":", site.line,
+                  "; its messages are kept without their text"});
     }
     U32 const tag = messageTag(id, words);
     storeLast(site.ticket, epoch_ << 16 | tag);

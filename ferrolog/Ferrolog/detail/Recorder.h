@@ -11,7 +11,6 @@
 #include <Ferrolog/detail/TraceFile.h>
 
 #include <atomic>
-#include <mutex>
 
 namespace Ferrolog::detail {
 
@@ -65,7 +64,7 @@ private:
     std::atomic<U64> anchorTicks_ = 0;
     std::atomic<bool> anchorBusy_ = false;
     std::atomic<ChunkHeader*> sharedChunk_ = nullptr;
-    std::mutex siteMutex_;
+    std::atomic_flag entering_{}; // a call site is just being entered
     std::atomic<bool> noRoomSaid_ = false;
 };
 

@@ -6,11 +6,12 @@
 #include <Ferrolog/detail/Words.h>
 #include <Ferrolog/detail/openFile.h>
 
+#include <array>
 #include <bit>
 #include <cerrno>
+#include <climits>
 #include <cstring>
 #include <fcntl.h>
-#include <string>
 #include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
@@ -36,6 +37,15 @@ bool hasRoomForSites(FileHeader const& header, Layout const& layout) {
            header.textUsed <= layout.textBytes / 4 * 3;
 }
 
+void cannotOpen(char const* path, char const* why) {
+    complain({"cannot open \"", path, "\": ", why, "; tracing stays off"});
+}
+
+void cannotReserve(char const* path, U32 bytes, int error) {
+    complain({"cannot reserve ", bytes, " bytes for \"", path, "\": ", textOfError(error),
+              "; tracing stays off"});
+}
+
 bool isSame(struct stat const& a, struct stat const& b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
@@ -44,8 +54,8 @@ bool isSame(struct stat const& a, struct stat const& b) {
 
 int TraceFile::open(char const* path, U32 ringBytes) {
     if (ringBytes > maxRingBytes) {
-        complain("cannot open \"%s\": a ring of %u bytes is larger than %u; tracing stays off",
-                 path, ringBytes, maxRingBytes);
+        complain({"cannot open \"", path, "\": a ring of ", ringBytes, " bytes is larger than ",
+                  maxRingBytes, "; tracing stays off"});
         return EINVAL;
     }
     if (ringBytes != 0) {
@@ -61,7 +71,7 @@ int TraceFile::open(char const* path, U32 ringBytes) {
         case Outcome::failed: close(); return error;
         }
     }
-    complain("cannot open \"%s\": other processes keep replacing it; tracing stays off", path);
+    cannotOpen(path, "other processes keep replacing it");
     return EAGAIN;
 }
 
@@ -77,8 +87,7 @@ TraceFile::Outcome TraceFile::tryOpen(char const* path, U32 ringBytes, int& erro
     descriptor_ = openFile(path, O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY, 0600);
     if (descriptor_ < 0) {
         error = errno;
-        complain("cannot open \"%s\": %s; tracing stays off", path,
-                 error == ELOOP ? "it is a symbolic link" : std::strerror(error));
+        cannotOpen(path, error == ELOOP ? "it is a symbolic link" : textOfError(error));
         return Outcome::failed;
     }
     if (!isAcceptable(path, error)) {
@@ -86,8 +95,7 @@ TraceFile::Outcome TraceFile::tryOpen(char const* path, U32 ringBytes, int& erro
     }
     if (::flock(descriptor_, LOCK_EX | LOCK_NB) != 0) {
         error = errno == EWOULDBLOCK ? EBUSY : errno;
-        complain("cannot open \"%s\": %s; tracing stays off", path,
-                 error == EBUSY ? "another process writes into it" : std::strerror(error));
+        cannotOpen(path, error == EBUSY ? "another process writes into it" : textOfError(error));
         return Outcome::failed;
     }
     if (!isStillAt(path)) {
@@ -98,7 +106,7 @@ TraceFile::Outcome TraceFile::tryOpen(char const* path, U32 ringBytes, int& erro
 
     if (::fstat(descriptor_, &status) != 0) {
         error = errno;
-        complain("cannot open \"%s\": %s; tracing stays off", path, std::strerror(error));
+        cannotOpen(path, textOfError(error));
         return Outcome::failed;
     }
     auto const fileBytes = static_cast<U64>(status.st_size);
@@ -114,7 +122,7 @@ bool TraceFile::isAcceptable(char const* path, int& error) {
     char const* why = nullptr;
     if (::fstat(descriptor_, &status) != 0) {
         error = errno;
-        why = std::strerror(error);
+        why = textOfError(error);
     } else if (!S_ISREG(status.st_mode)) {
         error = EINVAL;
         why = "it is not a regular file";
@@ -125,7 +133,7 @@ bool TraceFile::isAcceptable(char const* path, int& error) {
     if (why == nullptr) {
         return true;
     }
-    complain("cannot open \"%s\": %s; tracing stays off", path, why);
+    cannotOpen(path, why);
     return false;
 }
 
@@ -152,8 +160,7 @@ TraceFile::Outcome TraceFile::create(char const* path, U32 ringBytes, int& error
     layout_ = layoutOf(ringBytes);
     error = ::posix_fallocate(descriptor_, 0, static_cast<off_t>(layout_.fileBytes));
     if (error != 0) {
-        complain("cannot reserve %u bytes for \"%s\": %s; tracing stays off", layout_.fileBytes,
-                 path, std::strerror(error));
+        cannotReserve(path, layout_.fileBytes, error);
         // Made by us, or empty before: what was reserved of it must not fill the file system.
         ::unlink(path);
         return Outcome::failed;
@@ -181,24 +188,23 @@ TraceFile::Outcome TraceFile::adopt(char const* path, U32 ringBytes, U64 fileByt
     bool const read = ::pread(descriptor_, &copy, sizeof copy, 0) == ssize_t{sizeof copy};
     U32 const found = read ? ringBytesOf(copy, fileBytes) : 0;
     if (found == 0) {
-        complain("\"%s\" is not a whole trace file; it is moved aside", path);
+        complain({"\"", path, "\" is not a whole trace file; it is moved aside"});
         return moveAside(path, error);
     }
     if (ringBytes != 0 && ringBytes != found) {
-        complain("\"%s\" has a ring of %u bytes instead of %u; it is moved aside", path, found,
-                 ringBytes);
+        complain({"\"", path, "\" has a ring of ", found, " bytes instead of ", ringBytes,
+                  "; it is moved aside"});
         return moveAside(path, error);
     }
     layout_ = layoutOf(found);
     if (!hasRoomForSites(copy, layout_)) {
-        complain("\"%s\" has little room left for call sites; it is moved aside", path);
+        complain({"\"", path, "\" has little room left for call sites; it is moved aside"});
         return moveAside(path, error);
     }
     // A file with holes, copied by a tool, say: the space must be there before it is mapped.
     error = ::posix_fallocate(descriptor_, 0, static_cast<off_t>(fileBytes));
     if (error != 0) {
-        complain("cannot reserve %u bytes for \"%s\": %s; tracing stays off", layout_.fileBytes,
-                 path, std::strerror(error));
+        cannotReserve(path, layout_.fileBytes, error);
         return Outcome::failed;
     }
     if (!map(path, error)) {
@@ -209,10 +215,19 @@ TraceFile::Outcome TraceFile::adopt(char const* path, U32 ringBytes, U64 fileByt
 }
 
 TraceFile::Outcome TraceFile::moveAside(char const* path, int& error) {
+    std::size_t const length = std::strlen(path);
+    std::array<char, PATH_MAX + 2> target{}; // a longer name has not been opened
+    if (length + 3 > target.size()) {
+        error = ENAMETOOLONG;
+        cannotOpen(path, textOfError(error));
+        return Outcome::failed;
+    }
+    std::memcpy(target.data(), path, length);
+    target[length] = '.';
     for (char digit = '1'; digit <= '9'; ++digit) {
-        std::string const target = std::string(path) + '.' + digit;
-        if (::renameat2(AT_FDCWD, path, AT_FDCWD, target.c_str(), RENAME_NOREPLACE) == 0) {
-            complain(R"("%s" is now "%s")", path, target.c_str());
+        target[length + 1] = digit;
+        if (::renameat2(AT_FDCWD, path, AT_FDCWD, target.data(), RENAME_NOREPLACE) == 0) {
+            complain({"\"", path, "\" is now \"", target.data(), "\""});
             return Outcome::again;
         }
         error = errno;
@@ -220,13 +235,13 @@ TraceFile::Outcome TraceFile::moveAside(char const* path, int& error) {
             return Outcome::again;
         }
         if (error != EEXIST) {
-            complain(R"(cannot rename "%s" to "%s": %s; tracing stays off)", path, target.c_str(),
-                     std::strerror(error));
+            complain({"cannot rename \"", path, "\" to \"", target.data(),
+                      "\": ", textOfError(error), "; tracing stays off"});
             return Outcome::failed;
         }
     }
-    complain(R"(cannot move "%s" aside: "%s.1" to "%s.9" exist; tracing stays off)", path, path,
-             path);
+    complain({"cannot move \"", path, "\" aside: \"", path, ".1\" to \"", path,
+              ".9\" exist; tracing stays off"});
     return Outcome::failed;
 }
 
@@ -246,7 +261,7 @@ bool TraceFile::map(char const* path, int& error) {
         ::close(mapped);
     }
     if (address == MAP_FAILED) {
-        complain("cannot map \"%s\": %s; tracing stays off", path, std::strerror(error));
+        complain({"cannot map \"", path, "\": ", textOfError(error), "; tracing stays off"});
         return false;
     }
     base_ = static_cast<char*>(address);

@@ -21,12 +21,10 @@ namespace Ferrolog::testing {
 
 inline constexpr unsigned smallRing = 16 << 10; // the smallest: 64 chunks of 56 words, 16 lanes
 
-// Owns: a directory, and everything in it until the end of the test. Closes the trace file at both
-//       ends.
-class TestFile {
+// Owns: a directory, and everything in it until the end of the test.
+class TestDirectory {
 public:
-    TestFile() {
-        ferrolog_close();
+    TestDirectory() {
         std::string name = std::filesystem::temp_directory_path() / "ferrolog.XXXXXX";
         if (::mkdtemp(name.data()) == nullptr) {
             std::abort();
@@ -35,16 +33,24 @@ public:
         path = name + "/trace";
     }
 
-    TestFile(TestFile const&) = delete;
-    TestFile& operator=(TestFile const&) = delete;
+    TestDirectory(TestDirectory const&) = delete;
+    TestDirectory& operator=(TestDirectory const&) = delete;
 
-    ~TestFile() {
-        ferrolog_close();
-        std::filesystem::remove_all(directory);
-    }
+    ~TestDirectory() { std::filesystem::remove_all(directory); }
 
     std::string directory;
     std::string path; // does not exist at first
+};
+
+// Closes the trace file at both ends.
+class TestFile : public TestDirectory {
+public:
+    TestFile() { ferrolog_close(); }
+
+    TestFile(TestFile const&) = delete;
+    TestFile& operator=(TestFile const&) = delete;
+
+    ~TestFile() { ferrolog_close(); }
 };
 
 inline std::vector<std::string> texts(Reader const& reader) {
