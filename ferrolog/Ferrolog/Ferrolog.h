@@ -52,7 +52,9 @@ FERROLOG_API extern uint32_t ferrolog_state;
 //            of an earlier life is continued: its messages stay until newer ones push them out. A
 //            file that is not a whole trace file, has another ring size, or has little room left
 //            for call sites is moved to PATH.1 (or .2 to .9), and a line says so; nothing is ever
-//            overwritten. One process and its forked children hold the file at a time.
+//            overwritten, and when all nine exist, tracing stays off. An opening that fails leaves
+//            nothing of what it made; what one leaves that was killed is made anew in its place.
+//            One process and its forked children hold the file at a time.
 // ringBytes  rounded up to a power of two from 16 KiB to 256 MiB. 0: the size the file has, or 1
 //            MiB. All of it is reserved here, so a full file system is an answer of this call and
 //            no bus error later.

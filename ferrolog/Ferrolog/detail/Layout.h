@@ -19,6 +19,8 @@ using U32 = std::uint32_t;
 using U64 = std::uint64_t;
 
 inline constexpr std::array<char, 8> fileMagic = {'F', 'E', 'R', 'R', 'O', 'L', 'O', 'G'};
+// Until then: an opening has begun to make the file, and nothing is in it yet.
+inline constexpr std::array<char, 8> unfinishedMagic = {'F', 'E', 'R', 'R', 'O', 'L', 'O', '\0'};
 inline constexpr U32 fileByteOrder = 0x01020304;
 inline constexpr U32 fileVersion = 1;
 

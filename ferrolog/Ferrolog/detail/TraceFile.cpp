@@ -46,6 +46,34 @@ void cannotReserve(char const* path, U32 bytes, int error) {
               "; tracing stays off"});
 }
 
+// Piece by piece: on some file systems a signal undoes what the call has reserved so far, and a
+// timer's next one may come before all of it is done.
+int reserveSpace(int descriptor, U32 bytes) {
+    U32 piece = U32{1} << 20;
+    for (U32 done = 0; done < bytes;) {
+        U32 const count = std::min(piece, bytes - done);
+        int const error =
+            ::posix_fallocate(descriptor, static_cast<off_t>(done), static_cast<off_t>(count));
+        if (error == 0) {
+            done += count;
+        } else if (error == EINTR) {
+            piece = std::max(piece / 2, U32{4096});
+        } else {
+            return error;
+        }
+    }
+    return 0;
+}
+
+// Makes the file so large, all of it zeros but for the mark of a file that is being made.
+int reserve(int descriptor, U32 bytes) {
+    if (::ftruncate(descriptor, 0) != 0 ||
+        ::pwrite(descriptor, unfinishedMagic.data(), unfinishedMagic.size(), 0) < 0) {
+        return errno;
+    }
+    return reserveSpace(descriptor, bytes);
+}
+
 bool isSame(struct stat const& a, struct stat const& b) {
     return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
@@ -82,6 +110,13 @@ void TraceFile::close() {
     descriptor_ = -1;
 }
 
+void TraceFile::unmap() {
+    if (base_ != nullptr) {
+        ::munmap(base_, layout_.fileBytes);
+    }
+    base_ = nullptr;
+}
+
 TraceFile::Outcome TraceFile::tryOpen(char const* path, U32 ringBytes, int& error) {
     // O_NONBLOCK: a fifo of that name must not stop us before we have seen that it is one.
     descriptor_ = openFile(path, O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY, 0600);
@@ -110,10 +145,16 @@ TraceFile::Outcome TraceFile::tryOpen(char const* path, U32 ringBytes, int& erro
         return Outcome::failed;
     }
     auto const fileBytes = static_cast<U64>(status.st_size);
-    if (fileBytes == 0) {
+    FileHeader found{}; // zeros where the file is shorter
+    if (::pread(descriptor_, &found, sizeof found, 0) < 0) {
+        error = errno;
+        cannotOpen(path, textOfError(error));
+        return Outcome::failed;
+    }
+    if (fileBytes == 0 || found.magic == unfinishedMagic) {
         return create(path, ringBytes == 0 ? defaultRingBytes : ringBytes, error);
     }
-    return adopt(path, ringBytes, fileBytes, error);
+    return adopt(path, ringBytes, found, fileBytes, error);
 }
 
 bool TraceFile::isAcceptable(char const* path, int& error) {
@@ -154,18 +195,18 @@ bool TraceFile::isSameFile(int descriptor) const {
            isSame(ours, other);
 }
 
-// The order: space, every part, and the magic last. A process that dies before leaves a file that
-// is moved aside.
+// The order: the mark of a file that is being made, space, every part, and the magic last, over the
+// mark. A process that dies before leaves a file that the next opening makes anew.
 TraceFile::Outcome TraceFile::create(char const* path, U32 ringBytes, int& error) {
     layout_ = layoutOf(ringBytes);
-    error = ::posix_fallocate(descriptor_, 0, static_cast<off_t>(layout_.fileBytes));
+    error = reserve(descriptor_, layout_.fileBytes);
     if (error != 0) {
         cannotReserve(path, layout_.fileBytes, error);
-        // Made by us, or empty before: what was reserved of it must not fill the file system.
-        ::unlink(path);
+        discard(path);
         return Outcome::failed;
     }
     if (!map(path, error)) {
+        discard(path);
         return Outcome::failed;
     }
 
@@ -183,10 +224,18 @@ TraceFile::Outcome TraceFile::create(char const* path, U32 ringBytes, int& error
     return Outcome::ready;
 }
 
-TraceFile::Outcome TraceFile::adopt(char const* path, U32 ringBytes, U64 fileBytes, int& error) {
-    FileHeader copy{};
-    bool const read = ::pread(descriptor_, &copy, sizeof copy, 0) == ssize_t{sizeof copy};
-    U32 const found = read ? ringBytesOf(copy, fileBytes) : 0;
+// What we made, or found empty or begun: it must not fill the file system, and no later opening take
+// it for something worth keeping.
+void TraceFile::discard(char const* path) const {
+    bool const isEmpty = ::ftruncate(descriptor_, 0) == 0;
+    if (isStillAt(path) && ::unlink(path) != 0 && !isEmpty) {
+        complain({"cannot remove \"", path, "\": ", textOfError(errno)});
+    }
+}
+
+TraceFile::Outcome TraceFile::adopt(char const* path, U32 ringBytes, FileHeader const& before,
+                                    U64 fileBytes, int& error) {
+    U32 const found = ringBytesOf(before, fileBytes);
     if (found == 0) {
         complain({"\"", path, "\" is not a whole trace file; it is moved aside"});
         return moveAside(path, error);
@@ -197,12 +246,12 @@ TraceFile::Outcome TraceFile::adopt(char const* path, U32 ringBytes, U64 fileByt
         return moveAside(path, error);
     }
     layout_ = layoutOf(found);
-    if (!hasRoomForSites(copy, layout_)) {
+    if (!hasRoomForSites(before, layout_)) {
         complain({"\"", path, "\" has little room left for call sites; it is moved aside"});
         return moveAside(path, error);
     }
     // A file with holes, copied by a tool, say: the space must be there before it is mapped.
-    error = ::posix_fallocate(descriptor_, 0, static_cast<off_t>(fileBytes));
+    error = reserveSpace(descriptor_, layout_.fileBytes);
     if (error != 0) {
         cannotReserve(path, layout_.fileBytes, error);
         return Outcome::failed;

@@ -5,8 +5,8 @@
 
 namespace Ferrolog::detail {
 
-// Owns:      nothing after open(): the mapping stays until the process ends, the descriptor until
-//            close().
+// Owns:      nothing after open(): the mapping stays until unmap(), the descriptor until close().
+//            A copy is the same file.
 // Invariant: `base` is null or maps `layout.fileBytes` bytes of a valid file.
 class TraceFile {
 public:
@@ -17,6 +17,9 @@ public:
 
     // Gives the lock back; the mapping stays.
     void close();
+
+    // Precondition: nobody looks into the file any more.
+    void unmap();
 
     Layout const& layout() const { return layout_; }
 
@@ -41,7 +44,9 @@ private:
     bool isStillAt(char const* path) const;
     bool isSameFile(int descriptor) const;
     Outcome create(char const* path, U32 ringBytes, int& error);
-    Outcome adopt(char const* path, U32 ringBytes, U64 fileBytes, int& error);
+    void discard(char const* path) const;
+    Outcome adopt(char const* path, U32 ringBytes, FileHeader const& before, U64 fileBytes,
+                  int& error);
     Outcome moveAside(char const* path, int& error);
     bool map(char const* path, int& error);
     void freeAllLanesAndChunks() const;

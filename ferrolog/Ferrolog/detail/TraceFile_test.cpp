@@ -144,6 +144,63 @@ TEST_F(TraceFileTest, WithoutSpaceItSaysSoAndLeavesNothing) {
               0);
 }
 
+// Then no name is used up either, however often it is tried.
+TEST_F(TraceFileTest, WithoutAMappingItSaysSoAndLeavesNothing) {
+    EXPECT_EQ(inChild([&] {
+                  std::string const path = file.path;
+                  complaintsOf([&] {
+                      rlimit before{};
+                      ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+                      for (int round = 0; round < 12; ++round) {
+                          // One descriptor: the file's own, none to map it through.
+                          int const next = ::open("/", O_PATH | O_CLOEXEC);
+                          ::close(next);
+                          rlimit const one{static_cast<rlim_t>(next) + 1, before.rlim_max};
+                          ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &one), 0);
+                          ASSERT_EQ(trace.open(path.c_str(), minRingBytes), EMFILE);
+                          ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
+                          ASSERT_TRUE(fs::is_empty(file.directory));
+                      }
+                  });
+              }),
+              0);
+}
+
+TEST_F(TraceFileTest, AFileThatADeadProcessHadBegunIsMadeAnewInItsPlace) {
+    for (std::size_t const bytes : {8U, 20000U, 45056U, 100000U}) {
+        std::string begun("FERROLO", 8);
+        begun.resize(bytes, 'x');
+        write(file.path, begun);
+        ASSERT_EQ(open(file.path), 0);
+        EXPECT_EQ(printed, "");
+        trace.close();
+        EXPECT_EQ(Ferrolog::Reader(file.path).notes(), std::vector<std::string>{});
+        EXPECT_EQ(fs::file_size(file.path), 45056U);
+        EXPECT_EQ(contents(file.path).back(), std::byte{0});
+    }
+    EXPECT_FALSE(fs::exists(file.path + ".1"));
+}
+
+// A process that is killed in the middle of an opening, at one moment after another.
+TEST_F(TraceFileTest, AnOpeningThatIsKilledUsesNoNameUp) {
+    for (int round = 0; round < 60; ++round) {
+        ::unlink(file.path.c_str());
+        pid_t const child = ::fork();
+        if (child == 0) {
+            TraceFile killed;
+            killed.open(file.path.c_str(), U32{4} << 20);
+            ::pause();
+        }
+        ::usleep(static_cast<useconds_t>(round * 20));
+        ::kill(child, SIGKILL);
+        ::waitpid(child, nullptr, 0);
+        ASSERT_EQ(open(file.path, U32{4} << 20), 0) << printed;
+        trace.close();
+        trace.unmap();
+        ASSERT_EQ(printed, "") << round;
+    }
+}
+
 TEST_F(TraceFileTest, AForeignFileIsMovedAside) {
     write(file.path, "precious");
     EXPECT_EQ(open(file.path), 0);
