@@ -1,11 +1,15 @@
 #include <Ferrolog/Ferrolog.h>
 
 #include <Ferrolog/detail/Complaint.h>
+#include <Ferrolog/detail/Openings.h>
 #include <Ferrolog/detail/Recorder.h>
+#include <Ferrolog/detail/Turn.h>
 
+#include <atomic>
 #include <cerrno>
+#include <charconv>
 #include <cstdlib>
-#include <mutex>
+#include <cstring>
 #include <pthread.h>
 
 using namespace Ferrolog::detail;
@@ -18,10 +22,8 @@ constexpr U32 stateUnknown = 1; // nobody has looked at the environment yet
 constexpr U32 firstEpoch = 2;
 constexpr U32 lastEpoch = 0xFFFF; // the upper half of a ticket
 
-constinit std::mutex openingMutex;
-constinit std::atomic<Recorder*> recorder = nullptr;
-constinit U32 epochs = firstEpoch;
-pthread_key_t threadEnd;
+constinit U32 epochs = firstEpoch;     // with a turn
+constinit std::atomic<U32> missed = 0; // messages that came while the file was being opened
 
 // ferrolog_state in the upper half of a word, as tickets have it. The library's own: the other may lie in the executable,
 // which costs a look-up.
@@ -43,87 +45,114 @@ void stateIs(U32 value) {
 // In the static block of the thread, so that reaching it is no call.
 [[gnu::tls_model("initial-exec")]] constinit thread_local Lane thisThread;
 
+constinit pthread_key_t threadEnd = 0;
+constinit bool threadsAreWatched = false;
+constinit bool forksAreWatched = false;
+
+// Thread-specific data with a larger key is allocated when a thread sets it first.
+constexpr pthread_key_t keysWithRoomOfTheirOwn = 32;
+
 void onThreadEnd(void* lane) { Recorder::giveBack(*static_cast<Lane*>(lane)); }
 
 void onForkInChild() {
     thisThread = Lane{};
-    if (Recorder* const r = recorder) {
-        r->forgetParent();
+    forgetParent();
+    forgetComplainers();
+    Turn::giveAfterFork();
+}
+
+// At load: all this allocates, which the first message must not, for it may come in a signal handler.
+// The library is never unloaded (-z nodelete), so what is registered stays callable.
+[[gnu::constructor]] void watchThreadsAndForks() {
+    forksAreWatched = ::pthread_atfork(Turn::takeForFork, Turn::giveAfterFork, onForkInChild) == 0;
+    // Without a key the lane of a thread that ended is lent again when there is no other.
+    if (::pthread_key_create(&threadEnd, onThreadEnd) == 0) {
+        threadsAreWatched = threadEnd < keysWithRoomOfTheirOwn;
+        if (!threadsAreWatched) {
+            ::pthread_key_delete(threadEnd);
+        }
     }
 }
 
-// Once, at the first opening. The library is never unloaded (-z nodelete), so what is registered
-// stays callable.
-void watchThreadsAndForks() {
-    static constinit bool done = false;
-    if (done) {
-        return;
+// With a turn, while no file is open.
+int openNow(char const* path, U32 ringBytes) {
+    if (!forksAreWatched) {
+        complain({"cannot open \"", path,
+                  "\": there was no memory to prepare for forks; tracing stays off"});
+        return ENOMEM;
     }
-    done = true;
-    pthread_key_create(&threadEnd, onThreadEnd);
-    pthread_atfork(nullptr, nullptr, onForkInChild);
-}
-
-// Precondition: openingMutex is held and no file is open.
-int openLocked(char const* path, U32 ringBytes) {
-    TraceFile file;
-    if (int const error = file.open(path, ringBytes); error != 0) {
+    if (state() != stateUnknown) {
+        missed = 0;
+    }
+    if (int const error = beginOpening(path, ringBytes, epochs); error != 0) {
         return error;
     }
-    watchThreadsAndForks();
-    recorder = new Recorder(file, epochs, recorder);
     stateIs(epochs);
     epochs = epochs == lastEpoch ? firstEpoch : epochs + 1;
+    Visit().recorder().countAsLost(missed.exchange(0));
     return 0;
 }
 
 U32 ringBytesOfEnvironment() {
-    char const* const text = secure_getenv("FERROLOG_SIZE");
+    char const* const text = ::secure_getenv("FERROLOG_SIZE");
     if (text == nullptr || *text == '\0') {
         return 0;
     }
-    char* end = nullptr;
-    errno = 0;
-    unsigned long long const bytes = std::strtoull(text, &end, 10);
-    if (*text < '0' || *text > '9' || *end != '\0' || errno != 0 || bytes > ~U32{0}) {
+    U32 bytes = 0;
+    char const* const end = text + std::strlen(text);
+    auto const [rest, error] = std::from_chars(text, end, bytes);
+    if (rest != end || error != std::errc{}) {
         complain({"FERROLOG_SIZE \"", text, "\" is not a number of bytes; it is ignored"});
         return 0;
     }
-    return static_cast<U32>(bytes);
+    return bytes;
 }
 
 void openFromEnvironment() {
-    // Never wait: the caller may be a signal handler that interrupted the one who opens.
-    std::unique_lock const lock(openingMutex, std::try_to_lock);
-    if (!lock || state() != stateUnknown) {
+    Turn const turn = Turn::ifFree();
+    if (!turn || state() != stateUnknown) {
         return;
     }
-    char const* const path = secure_getenv("FERROLOG_FILE");
-    if (path == nullptr || *path == '\0' || openLocked(path, ringBytesOfEnvironment()) != 0) {
+    char const* const path = ::secure_getenv("FERROLOG_FILE");
+    if (path == nullptr || *path == '\0' || openNow(path, ringBytesOfEnvironment()) != 0) {
         stateIs(stateOff);
     }
 }
 
-// The recorder of the open file; null: tracing is off.
-Recorder* openRecorder() {
+void lookForFile() {
     if (state() == stateUnknown) {
         openFromEnvironment();
     }
-    return state() < firstEpoch ? nullptr : recorder.load();
+}
+
+void append(Recorder& recorder, ferrolog_site& site, U32 const* words) {
+    Lane& lane = thisThread;
+    if (lane.recorder != &recorder && !lane.busy) {
+        Recorder::giveBack(lane); // to the opening that it is from
+    }
+    bool const hadLane = lane.recorder != nullptr;
+    recorder.append(lane, recorder.tagOf(site), words);
+    if (!hadLane && lane.recorder != nullptr && threadsAreWatched) {
+        // Cannot fail, as the key has room of its own; if it did, the lane would be found anyway.
+        static_cast<void>(::pthread_setspecific(threadEnd, &lane));
+    }
+}
+
+// Another thread, or what we interrupted, is opening the file: counted by whoever comes later, it or we.
+void miss() {
+    ++missed;
+    if (Visit const visit; visit) {
+        visit.recorder().countAsLost(missed.exchange(0));
+    }
 }
 
 [[gnu::noinline, gnu::cold]] void appendSlowly(ferrolog_site& site, U32 const* words) {
     int const savedErrno = errno;
-    if (Recorder* const r = openRecorder()) {
-        Lane& lane = thisThread;
-        if (lane.recorder != r && lane.recorder != nullptr && !lane.busy) {
-            lane = Lane{};
-        }
-        bool const hadLane = lane.recorder != nullptr;
-        r->append(lane, r->tagOf(site), words);
-        if (!hadLane && lane.recorder != nullptr) {
-            pthread_setspecific(threadEnd, &lane);
-        }
+    lookForFile();
+    if (Visit const visit; visit) {
+        append(visit.recorder(), site, words);
+    } else if (state() != stateOff) {
+        miss();
     }
     errno = savedErrno;
 }
@@ -151,28 +180,32 @@ bool tryAppend(Lane& lane, U32 const& laneTickets, ferrolog_site const& site, U3
 constinit uint32_t ferrolog_state = stateUnknown;
 
 int ferrolog_open(char const* path, uint32_t ringBytes) {
-    std::lock_guard const lock(openingMutex);
-    if (state() >= firstEpoch) {
+    Turn const turn = Turn::waitedFor();
+    if (!turn || state() >= firstEpoch) {
         complain({"cannot open \"", path, "\": a trace file is open already"});
         return EBUSY;
     }
-    return openLocked(path, ringBytes);
+    return openNow(path, ringBytes);
 }
 
 void ferrolog_close() {
-    std::lock_guard const lock(openingMutex);
-    bool const wasOpen = state() >= firstEpoch;
-    stateIs(stateOff);
-    if (wasOpen) {
-        recorder.load()->close();
+    Turn const turn = Turn::waitedFor();
+    if (!turn) {
+        return;
     }
+    stateIs(stateOff);
+    if (!thisThread.busy) {
+        Recorder::giveBack(thisThread);
+    }
+    endOpening();
 }
 
 char const* ferrolog_error() { return lastComplaint(); }
 
 int ferrolog_register(ferrolog_site* site) {
-    Recorder* const r = openRecorder();
-    return r != nullptr && tagSite(r->tagOf(*site)) != noRoomSiteId ? 1 : 0;
+    lookForFile();
+    Visit const visit;
+    return visit && tagSite(visit.recorder().tagOf(*site)) != noRoomSiteId ? 1 : 0;
 }
 
 void ferrolog_append(ferrolog_site* site, uint32_t const* words) {

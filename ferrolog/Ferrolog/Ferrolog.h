@@ -10,7 +10,10 @@
 //           call.
 // Loss:     the ring keeps the newest messages. How many it no longer holds is known exactly, per
 //           call site.
-// Threads:  every call may be made from any thread, ferrolog_append also from a signal handler.
+// Threads:  every call may be made from any thread.
+// Signals:  ferrolog_append may come from a handler, whatever that interrupted, also as the first
+//           message, which opens the file: that allocates nothing and waits for nobody.
+// Memory:   no call allocates with malloc or throws. Without address space an opening is ENOMEM.
 // fork():   the child goes on in the same file as a life of its own. Not so after a bare clone() or
 //           vfork(), which run no fork handlers: such a child must exec or exit without tracing.
 #ifndef FERROLOG_FERROLOG_H
@@ -60,14 +63,17 @@ FERROLOG_API extern uint32_t ferrolog_state;
 //            no bus error later.
 //
 // Without this call the first message opens the file that the environment variable FERROLOG_FILE
-// names, with FERROLOG_SIZE bytes if that is set; other messages that come during an opening are
-// not recorded. FERROLOG_CLOCK=monotonic takes times from CLOCK_MONOTONIC also where the time stamp
-// counter would do.
+// names, with FERROLOG_SIZE bytes if that is set; messages that other threads and signal handlers
+// have meanwhile are counted as lost, all under the call site Ferrolog:0. FERROLOG_CLOCK=monotonic
+// takes times from CLOCK_MONOTONIC also where the time stamp counter would do. A set-user-id
+// program ignores all three.
 FERROLOG_API int ferrolog_open(const char* path, uint32_t ringBytes);
 
-// Turns tracing off; the file can be opened again, here or elsewhere. The mapping stays until the
-// process ends, so a thread that is just appending comes to no harm; its last message may be
-// missing. Also forgets the environment.
+// Turns tracing off; the file can be opened again, here or elsewhere. A thread that is just
+// appending comes to no harm; its last message may be missing. So the mapping stays until every
+// thread that appended has ended or has appended to a later file, and that one is closed and the
+// next one opened; a signal handler that interrupted an append before must have returned by then.
+// Also forgets the environment.
 FERROLOG_API void ferrolog_close(void);
 
 // The last line that this library printed, without its newline; "" if there is none. Valid until

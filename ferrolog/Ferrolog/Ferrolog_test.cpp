@@ -202,6 +202,66 @@ TEST(Ferrolog, MessagesOfSitesWithoutRoomKeepTheirWords) {
               "call site without room for its text, words: 0x5 0x40");
 }
 
+// With threads that live on, and that have nothing to do with the file any more.
+TEST(Ferrolog, OpeningOftenKeepsOneMapping) {
+    TestFile file;
+    std::barrier step(2);
+    std::atomic<bool> stop = false;
+    ferrolog_site site{"T", "%i", "i", 1, 0};
+    std::thread other([&] {
+        for (;;) {
+            step.arrive_and_wait();
+            if (stop) {
+                return;
+            }
+            append(site, 1);
+            step.arrive_and_wait();
+        }
+    });
+    for (int round = 0; round < 100; ++round) {
+        std::string const path = file.path + std::to_string(round % 3);
+        ASSERT_EQ(ferrolog_open(path.c_str(), smallRing), 0);
+        append(site, 0);
+        step.arrive_and_wait();
+        step.arrive_and_wait();
+        // The other thread has left the last file only just now.
+        ASSERT_EQ(mappingsOf(file.directory), round == 0 ? 1U : 2U);
+        ferrolog_close();
+    }
+    stop = true;
+    step.arrive_and_wait();
+    other.join();
+    for (int round = 0; round < 2; ++round) {
+        ASSERT_EQ(ferrolog_open(file.path.c_str(), smallRing), 0);
+        ferrolog_close();
+    }
+    ASSERT_EQ(ferrolog_open(file.path.c_str(), smallRing), 0);
+    EXPECT_EQ(mappingsOf(file.directory), 1U);
+}
+
+TEST(Ferrolog, ThreadsMayAppendWhileFilesComeAndGo) {
+    TestFile file;
+    std::atomic<bool> stop = false;
+    std::vector<std::thread> writers;
+    for (std::uint32_t thread = 0; thread < 3; ++thread) {
+        writers.emplace_back([&] {
+            while (!stop) {
+                FERROLOG("T", "message");
+            }
+        });
+    }
+    for (int round = 0; round < 300; ++round) {
+        std::string const path = file.path + std::to_string(round % 3);
+        ASSERT_EQ(ferrolog_open(path.c_str(), smallRing), 0);
+        EXPECT_LE(mappingsOf(file.directory), 1U + 3 * 2);
+        ferrolog_close();
+    }
+    stop = true;
+    for (std::thread& writer : writers) {
+        writer.join();
+    }
+}
+
 // Every thread's messages are there or counted as lost; what is there are each thread's newest, in
 // their order.
 void expectWholeTraceOf(Reader const& reader, std::uint32_t threads, std::uint32_t each) {
@@ -359,6 +419,49 @@ TEST(Ferrolog, ChildrenThatEndWithoutAWordLeaveNoLaneBehind) {
     EXPECT_EQ(reader.lost(), 0U);
     EXPECT_EQ(reader.text(reader.messages()[40]), "child 39");
     EXPECT_EQ(siteOf(reader, "child %d").present, 40U);
+}
+
+// What a child does that a thread of its parent must not keep it from.
+void traceInChild(TestFile const& file) {
+    ::alarm(60); // kills who waits for ever
+    ferrolog_close();
+    EXPECT_EQ(ferrolog_open("/nowhere/trace", 0), ENOENT);
+    EXPECT_STREQ(ferrolog_error(), "Ferrolog: cannot open \"/nowhere/trace\": No such file or "
+                                   "directory; tracing stays off");
+    std::string const path = file.directory + "/child";
+    EXPECT_EQ(ferrolog_open(path.c_str(), smallRing), 0);
+    FERROLOG("T", "child");
+    ferrolog_close();
+}
+
+void forkWhile(TestFile const& file, void (*act)(std::string const& path)) {
+    complaintsOf([&] {
+        std::atomic<bool> stop = false;
+        std::thread other([&] {
+            while (!stop) {
+                act(file.path);
+            }
+        });
+        for (int round = 0; round < 50; ++round) {
+            EXPECT_EQ(inChild([&] { traceInChild(file); }), 0);
+        }
+        stop = true;
+        other.join();
+    });
+    EXPECT_EQ(texts(Reader(file.directory + "/child")), std::vector<std::string>(50, "child"));
+}
+
+TEST(Ferrolog, AForkedChildIsNotHeldUpByAnOpening) {
+    TestFile file;
+    forkWhile(file, [](std::string const& path) {
+        ferrolog_open(path.c_str(), smallRing);
+        ferrolog_close();
+    });
+}
+
+TEST(Ferrolog, AForkedChildIsNotHeldUpByAComplaint) {
+    TestFile file;
+    forkWhile(file, [](std::string const&) { ferrolog_open("/nowhere/else", 0); });
 }
 
 ferrolog_site handlerSite{"T", "handler %i", "i", 1, 0};

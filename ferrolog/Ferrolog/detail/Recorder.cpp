@@ -3,6 +3,7 @@
 #include <Ferrolog/detail/Complaint.h>
 #include <Ferrolog/detail/Words.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -19,6 +20,11 @@ constexpr U32 ownerRecordWords = messageHeadWords + ownerArgumentWords;
 
 U32 threadNow() { return static_cast<U32>(::gettid()); }
 
+// Its number may be another thread's by now: then it seems to live for as long as that one does.
+bool hasEnded(U32 thread) {
+    return ::tgkill(::getpid(), static_cast<pid_t>(thread), 0) != 0 && errno == ESRCH;
+}
+
 // Says in the chunk who wrote the messages that follow.
 void writeOwner(U32* to, U64 age, U32 life, U32 thread) {
     U32 const who[ownerArgumentWords] = {life, thread};
@@ -27,11 +33,10 @@ void writeOwner(U32* to, U64 age, U32 life, U32 thread) {
 
 } // namespace
 
-Recorder::Recorder(TraceFile const& file, U32 epoch, Recorder const* previous)
+Recorder::Recorder(TraceFile const& file, U32 epoch)
     : file_(file), clock_(chooseClock()), epoch_(epoch),
       session_(addShared(file.header().sessionsBegun, 1) + 1), first_(takeAnchor(clock_)),
-      ticksPerSecond_(ticksPerSecond(first_, takeSecondAnchor(clock_, first_))),
-      previous_(previous) {
+      ticksPerSecond_(ticksPerSecond(first_, takeSecondAnchor(clock_, first_))) {
     life();
 }
 
@@ -39,6 +44,13 @@ void Recorder::close() {
     renewAnchor(ticksNow(clock_));
     file_.close();
 }
+
+bool Recorder::isLent() const {
+    return std::ranges::any_of(threads_,
+                               [](U32 thread) { return thread != 0 && !hasEnded(thread); });
+}
+
+void Recorder::countAsLost(U32 messages) { addShared(file_.counters(0)[noRoomSiteId], messages); }
 
 U32 Recorder::tagOf(ferrolog_site& site) {
     U32 const ticket = load(site.ticket);
@@ -148,20 +160,21 @@ bool Recorder::borrow(Lane& lane) {
     return true;
 }
 
-// A free lane, or one whose process is gone without giving it back; 0 if there is none.
+// A free lane, or one whose process or thread is gone without giving it back; 0 if there is none.
 U32 Recorder::claimLane() {
     Layout const& layout = file_.layout();
     U32 const mine = life();
+    U32 const thread = threadNow();
     for (U32 number = 1; number < layout.lanes; ++number) {
         if (replace(file_.header().lanes[number].owner, 0, mine)) {
+            threads_[number] = thread;
             return number;
         }
     }
     for (U32 number = 1; number < layout.lanes; ++number) {
-        LaneRecord& lane = file_.header().lanes[number];
-        U32 const owner = load(lane.owner);
-        if (isOfDeadProcess(owner) && replace(lane.owner, owner, mine)) {
+        if (claimFromTheDead(number, thread)) {
             // Killed perhaps in the middle of a message: nothing is added behind that.
+            LaneRecord& lane = file_.header().lanes[number];
             if (U32 const attached = load(lane.chunk); attached != 0) {
                 storeLast(lane.chunk, 0);
                 release(file_.chunk(attached - 1));
@@ -170,6 +183,22 @@ U32 Recorder::claimLane() {
         }
     }
     return 0;
+}
+
+bool Recorder::claimFromTheDead(U32 number, U32 thread) {
+    LaneRecord& lane = file_.header().lanes[number];
+    U32 const mine = life();
+    U32 const owner = load(lane.owner);
+    if (owner == mine) {
+        U32 former = threads_[number];
+        return former != 0 && hasEnded(former) &&
+               threads_[number].compare_exchange_strong(former, thread);
+    }
+    if (!isOfDeadProcess(owner) || !replace(lane.owner, owner, mine)) {
+        return false;
+    }
+    threads_[number] = thread;
+    return true;
 }
 
 bool Recorder::isOfDeadProcess(U32 lifeNumber) const {
@@ -189,8 +218,12 @@ void Recorder::giveBack(Lane& lane) {
     // Only if it is still ours: after a close another process may have opened the file and lent the
     // lane anew.
     Recorder& lender = *lane.recorder;
-    replace(lender.file_.header().lanes[lane.number].owner, lender.life(), 0);
+    U32 const number = lane.number;
+    U32 thread = lane.thread;
+    replace(lender.file_.header().lanes[number].owner, lender.life(), 0);
     lane = Lane{};
+    // Last, for now the mapping may go; and only if no other thread has borrowed it meanwhile.
+    lender.threads_[number].compare_exchange_strong(thread, 0);
 }
 
 bool Recorder::renewChunk(Lane& lane) {
@@ -294,6 +327,10 @@ void Recorder::forgetParent() {
     life_ = 0;
     anchorBusy_ = false;
     sharedChunk_ = nullptr;
+    entering_.clear();
+    for (auto& thread : threads_) {
+        thread = 0;
+    }
 }
 
 // Lane 0: for threads beyond the number of lanes, and for signal handlers that interrupt the

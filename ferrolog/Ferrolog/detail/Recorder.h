@@ -1,8 +1,8 @@
 // Recorder.h - this process as a writer into one opened trace file.
 //
-// Owns:      the mapping, for ever: a thread that is late after a close must not fall into a hole.
-// Threads:   all calls may be made from any thread and, but for the constructor and close(), from a
-//            signal handler.
+// Owns:      nothing: Openings.h says how long the mapping stays.
+// Threads:   all calls may be made from any thread and, but for close() and unmap(), from a signal
+//            handler.
 #pragma once
 
 #include <Ferrolog/Ferrolog.h>
@@ -17,13 +17,22 @@ namespace Ferrolog::detail {
 class Recorder {
 public:
     // `file` is open; `epoch` tells this opening from earlier ones. Begins a session and a life in
-    // the file. `previous` is kept, so that what an earlier opening left is still referred to.
-    Recorder(TraceFile const& file, U32 epoch, Recorder const* previous);
+    // the file.
+    Recorder(TraceFile const& file, U32 epoch);
 
     U32 epoch() const { return epoch_; }
 
     // Writes a last anchor and gives up the lock.
     void close();
+
+    // Ends the mapping. Precondition: !isLent(), and nobody is in another call.
+    void unmap() { file_.unmap(); }
+
+    // Whether a living thread has a lane. Once it has none after a close, that stays.
+    bool isLent() const;
+
+    // Counts messages that nobody could record, under the site for those without room.
+    void countAsLost(U32 messages);
 
     // The tag of the messages of this site; enters the site at its first call.
     U32 tagOf(ferrolog_site& site);
@@ -42,6 +51,7 @@ private:
     bool prepare(Lane& lane, U32 words);
     bool borrow(Lane& lane);
     U32 claimLane();
+    bool claimFromTheDead(U32 number, U32 thread);
     bool isOfDeadProcess(U32 lifeNumber) const;
     bool renewChunk(Lane& lane);
     ChunkHeader* takeChunk(U32 lane, U32 thread);
@@ -59,13 +69,13 @@ private:
     U32 session_;
     Anchor first_;
     U64 ticksPerSecond_;
-    [[maybe_unused]] Recorder const* previous_; // the chain that keeps it reachable
     std::atomic<U32> life_ = 0;
     std::atomic<U64> anchorTicks_ = 0;
     std::atomic<bool> anchorBusy_ = false;
     std::atomic<ChunkHeader*> sharedChunk_ = nullptr;
     std::atomic_flag entering_{}; // a call site is just being entered
     std::atomic<bool> noRoomSaid_ = false;
+    std::array<std::atomic<U32>, maxLanes> threads_{}; // by lane: who has it, of this process
 };
 
 } // namespace Ferrolog::detail

@@ -18,7 +18,7 @@ class RecorderTest : public testing::Test {
 protected:
     RecorderTest() {
         EXPECT_EQ(trace.open(file.path.c_str(), minRingBytes), 0);
-        recorder.emplace(trace, 7, nullptr);
+        recorder.emplace(trace, 7);
     }
 
     ~RecorderTest() override { recorder->close(); }

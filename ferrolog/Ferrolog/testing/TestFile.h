@@ -85,6 +85,25 @@ inline void write(std::string const& path, std::string const& text) {
     std::ofstream(path, std::ios::binary) << text;
 }
 
+// How many mappings this process has of files in the directory.
+inline std::size_t mappingsOf(std::string const& directory) {
+    std::ifstream maps("/proc/self/maps");
+    std::size_t count = 0;
+    for (std::string line; std::getline(maps, line);) {
+        if (line.find(directory) != std::string::npos) {
+            ++count;
+        }
+    }
+    return count;
+}
+
+// Bytes of address space that this process takes.
+inline std::size_t addressSpace() {
+    std::size_t pages = 0;
+    std::ifstream("/proc/self/statm") >> pages;
+    return pages * static_cast<std::size_t>(::getpagesize());
+}
+
 // Runs `body` in a forked child, which then ends at once; its exit status, or the negative signal
 // that killed it.
 template <class Body>
