@@ -2,35 +2,13 @@
 #include <Ferrolog/Reader.h>
 #include <Ferrolog/testing/TestFile.h>
 
-#include <cstdio>
 #include <cstdlib>
 #include <gtest/gtest.h>
-#include <sstream>
 #include <string>
 #include <vector>
 
 namespace Ferrolog::testing {
 namespace {
-
-// What a program prints on standard output, line by line.
-std::vector<std::string> linesOf(std::string const& command) {
-    std::string output;
-    FILE* const pipe = ::popen(command.c_str(), "r");
-    if (pipe == nullptr) {
-        ADD_FAILURE() << "cannot run " << command;
-        return {};
-    }
-    for (int c = 0; (c = std::fgetc(pipe)) != EOF;) {
-        output += static_cast<char>(c);
-    }
-    EXPECT_EQ(::pclose(pipe), 0) << command;
-    std::vector<std::string> lines;
-    std::istringstream stream(output);
-    for (std::string line; std::getline(stream, line);) {
-        lines.push_back(line);
-    }
-    return lines;
-}
 
 class WordSizes : public ::testing::Test {
 protected:
@@ -42,7 +20,7 @@ protected:
 
     // The sample's messages, by its own account.
     std::vector<std::string> sample(char const* build) const {
-        return linesOf(program(build, "ferrolog-sample") + " " + file.path);
+        return outputOf(program(build, "ferrolog-sample") + " " + file.path);
     }
 
     TestFile file;
@@ -75,9 +53,9 @@ TEST_F(WordSizes, BothReadersPrintTheSame) {
     sample("BRIXO_THIS_BUILD");
     sample("BRIXO_OTHER_BUILD");
     std::vector<std::string> const here =
-        linesOf(program("BRIXO_THIS_BUILD", "ferrolog-cat") + " " + file.path);
+        outputOf(program("BRIXO_THIS_BUILD", "ferrolog-cat") + " " + file.path);
     EXPECT_GT(here.size(), 46U);
-    EXPECT_EQ(linesOf(program("BRIXO_OTHER_BUILD", "ferrolog-cat") + " " + file.path), here);
+    EXPECT_EQ(outputOf(program("BRIXO_OTHER_BUILD", "ferrolog-cat") + " " + file.path), here);
 }
 
 } // namespace

@@ -4,16 +4,33 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdint>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 
 namespace {
 
 using namespace Ferrolog::detail;
 using namespace Ferrolog::testing;
 namespace fs = std::filesystem;
+
+// The times of access and of change of contents, seconds since 1970, whatever this program's time_t.
+void setTimes(std::string const& path, std::int64_t seconds) {
+    struct {
+        std::int64_t seconds;
+        std::int64_t nanoseconds;
+    } const times[2] = {{seconds, 0}, {seconds, 0}};
+
+#ifdef SYS_utimensat_time64
+    constexpr long call = SYS_utimensat_time64;
+#else
+    constexpr long call = SYS_utimensat;
+#endif
+    ASSERT_EQ(::syscall(call, AT_FDCWD, path.c_str(), times, 0), 0);
+}
 
 class TraceFileTest : public testing::Test {
 protected:
@@ -219,6 +236,22 @@ TEST_F(TraceFileTest, ATornFileIsMovedAside) {
     EXPECT_EQ(open(file.path), 0);
     EXPECT_EQ(printed, "Ferrolog: \"DIR/trace\" is not a whole trace file; it is moved aside\n"
                        "Ferrolog: \"DIR/trace\" is now \"DIR/trace.2\"\n");
+}
+
+// As all files will have them; 32 bits end in 2038.
+TEST_F(TraceFileTest, AFileWithTimesOf2040IsOpenedAndRead) {
+    make();
+    constexpr std::int64_t in2040 = 2'208'988'800;
+    setTimes(file.path, in2040);
+    EXPECT_EQ(open(file.path), 0);
+    EXPECT_EQ(printed, "");
+    EXPECT_EQ(Ferrolog::Reader(file.path).error(), "");
+    trace.close();
+    trace.header().check ^= 1;
+    setTimes(file.path, in2040);
+    EXPECT_EQ(open(file.path), 0);
+    EXPECT_EQ(printed, "Ferrolog: \"DIR/trace\" is not a whole trace file; it is moved aside\n"
+                       "Ferrolog: \"DIR/trace\" is now \"DIR/trace.1\"\n");
 }
 
 TEST_F(TraceFileTest, AFileOfAnotherSizeIsMovedAside) {

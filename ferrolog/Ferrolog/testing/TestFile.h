@@ -5,12 +5,14 @@
 #include <Ferrolog/Reader.h>
 
 #include <cstddef>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
 #include <map>
+#include <sstream>
 #include <string>
 #include <sys/types.h>
 #include <sys/wait.h>
@@ -83,6 +85,26 @@ inline std::vector<std::byte> contents(std::string const& path) {
 
 inline void write(std::string const& path, std::string const& text) {
     std::ofstream(path, std::ios::binary) << text;
+}
+
+// What a program prints on standard output, line by line.
+inline std::vector<std::string> outputOf(std::string const& command) {
+    std::string output;
+    FILE* const pipe = ::popen(command.c_str(), "r");
+    if (pipe == nullptr) {
+        ADD_FAILURE() << "cannot run " << command;
+        return {};
+    }
+    for (int c = 0; (c = std::fgetc(pipe)) != EOF;) {
+        output += static_cast<char>(c);
+    }
+    EXPECT_EQ(::pclose(pipe), 0) << command;
+    std::vector<std::string> lines;
+    std::istringstream stream(output);
+    for (std::string line; std::getline(stream, line);) {
+        lines.push_back(line);
+    }
+    return lines;
 }
 
 // How many mappings this process has of files in the directory.
