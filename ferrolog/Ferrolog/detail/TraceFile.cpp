@@ -25,7 +25,7 @@ namespace {
 U32 ringBytesOf(FileHeader const& header, U64 fileBytes) {
     bool const whole = header.magic == fileMagic && header.byteOrder == fileByteOrder &&
                        header.version == fileVersion && header.check == headerCheck(header) &&
-                       isRingSize(header.ringBytes) &&
+                       isRingSize(header.ringBytes) && header.sitesUsed > noRoomSiteId &&
                        layoutOf(header.ringBytes).fileBytes == fileBytes;
     return whole ? header.ringBytes : 0;
 }
@@ -260,6 +260,7 @@ TraceFile::Outcome TraceFile::adopt(char const* path, U32 ringBytes, FileHeader 
         return Outcome::failed;
     }
     freeAllLanesAndChunks();
+    countWhatIsInUse();
     return Outcome::ready;
 }
 
@@ -325,6 +326,31 @@ void TraceFile::freeAllLanesAndChunks() const {
     for (U32 slot = 0; slot < layout_.chunks; ++slot) {
         chunk(slot).owner = 0;
         chunk(slot).users = 0;
+    }
+}
+
+// The header's counts have no check of their own, and ids that mean two things would falsify what is
+// in the file already.
+void TraceFile::countWhatIsInUse() const {
+    FileHeader& h = header();
+    for (U32 id = noRoomSiteId; id < layout_.siteCapacity; ++id) {
+        SiteRecord const& record = site(id);
+        if (record.valid != 1) {
+            continue;
+        }
+        U64 const end =
+            U64{record.textOffset} + record.fileBytes + record.formatBytes + record.letterBytes;
+        h.sitesUsed = std::max(h.sitesUsed, id + 1);
+        if (end <= layout_.textBytes) {
+            h.textUsed = std::max(h.textUsed, static_cast<U32>(end));
+        }
+    }
+    for (U32 number = 1; number <= layout_.lives; ++number) {
+        LifeRecord const& record = life(number);
+        if (record.number != 0) {
+            h.livesBegun = std::max(h.livesBegun, record.number);
+            h.sessionsBegun = std::max(h.sessionsBegun, record.session);
+        }
     }
 }
 

@@ -50,6 +50,7 @@ private:
     Outcome moveAside(char const* path, int& error);
     bool map(char const* path, int& error);
     void freeAllLanesAndChunks() const;
+    void countWhatIsInUse() const;
 
     template <class T>
     T& at(U32 offsetBytes) const {

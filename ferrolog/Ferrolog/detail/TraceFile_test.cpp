@@ -1,5 +1,6 @@
 #include <Ferrolog/detail/TraceFile.h>
 
+#include <Ferrolog/detail/SiteTable.h>
 #include <Ferrolog/testing/TestFile.h>
 
 #include <cerrno>
@@ -236,6 +237,44 @@ TEST_F(TraceFileTest, ATornFileIsMovedAside) {
     EXPECT_EQ(open(file.path), 0);
     EXPECT_EQ(printed, "Ferrolog: \"DIR/trace\" is not a whole trace file; it is moved aside\n"
                        "Ferrolog: \"DIR/trace\" is now \"DIR/trace.2\"\n");
+}
+
+// The next call sites would be given ids that mean something else: those of no site, and of the one
+// for those without room.
+TEST_F(TraceFileTest, AFileWithoutItsFirstSitesIsMovedAside) {
+    for (U32 const sitesUsed : {0U, 1U}) {
+        ASSERT_EQ(open(file.path), 0);
+        trace.header().sitesUsed = sitesUsed;
+        trace.close();
+        ASSERT_EQ(open(file.path), 0);
+        std::string const aside = std::to_string(sitesUsed + 1);
+        EXPECT_EQ(printed, "Ferrolog: \"DIR/trace\" is not a whole trace file; it is moved aside\n"
+                           "Ferrolog: \"DIR/trace\" is now \"DIR/trace." +
+                               aside + "\"\n");
+        EXPECT_EQ(trace.header().sitesUsed, 2U);
+        trace.close();
+    }
+}
+
+// The header's counts have no check: what the records say is not handed out again.
+TEST_F(TraceFileTest, NothingThatIsInUseIsHandedOutAgain) {
+    ASSERT_EQ(open(file.path), 0);
+    EXPECT_EQ(SiteTable(trace).enter({"F", "first", "", 1}), 2U);
+    EXPECT_EQ(SiteTable(trace).enter({"F", "second", "", 2}), 3U);
+    trace.life(7).number = 7;
+    trace.life(7).session = 5;
+    trace.header().sitesUsed = 2;
+    trace.header().textUsed = 51;
+    trace.header().livesBegun = 3;
+    trace.header().sessionsBegun = 3;
+    trace.site(9).textOffset = 0xFFFFFFF0; // not valid
+    trace.close();
+    ASSERT_EQ(open(file.path), 0);
+    EXPECT_EQ(printed, "");
+    EXPECT_EQ(trace.header().sitesUsed, 4U);
+    EXPECT_EQ(trace.header().textUsed, 51U + 6 + 7);
+    EXPECT_EQ(trace.header().livesBegun, 7U);
+    EXPECT_EQ(trace.header().sessionsBegun, 5U);
 }
 
 // As all files will have them; 32 bits end in 2038.
