@@ -141,6 +141,8 @@ std::string Reader::origin(CallSite const& site) const {
     return site.known ? harmless(site.file) + ':' + std::to_string(site.line) : "?";
 }
 
+std::string Reader::harmless(std::string_view text) { return detail::harmless(text); }
+
 bool Reader::Parser::findLayout() {
     auto const header = snapshot_.first.get<FileHeader>(0);
     auto const ringBytes = ringBytesOfHeader(header);

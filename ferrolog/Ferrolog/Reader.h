@@ -20,6 +20,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace Ferrolog {
@@ -28,11 +29,11 @@ namespace Ferrolog {
 struct Life {
     std::uint32_t number = 0; // 1 for the first in this file
     std::uint32_t pid = 0;
-    std::string name;          // of the program, cut at 16 bytes
+    std::string name;          // of the program, cut at 16 bytes; as the file has it
     std::uint64_t beganNs = 0; // since 1970, UTC
 };
 
-// The texts stand as the file has them; Reader::text() makes them harmless to print.
+// The texts stand as the file has them; Reader::harmless() makes them fit to print.
 struct CallSite {
     std::string file;
     std::uint32_t line = 0;
@@ -79,12 +80,16 @@ public:
         return std::span(words_).subspan(message.firstWord, message.wordCount);
     }
 
-    // "Recovered entry, index: 5 key: 77". Control characters come out as \x1b, so that any file
-    // may be printed.
+    // "Recovered entry, index: 5 key: 77", harmless.
     std::string text(Message const& message) const;
 
-    // "BrixoCacheTable:212", as harmless.
+    // "BrixoCacheTable:212", harmless.
     std::string origin(CallSite const& site) const;
+
+    // The text as it may be printed wherever it comes from: one line that commands no terminal.
+    // Control characters, marks of direction, line separators and bytes that are no UTF-8 come out
+    // byte by byte as \x1b, a backslash as two.
+    static std::string harmless(std::string_view text);
 
     // All call sites together.
     std::uint64_t lost() const { return lost_; }

@@ -71,8 +71,8 @@ void printLife(Reader const& reader, std::uint32_t number) {
         std::puts("-- a life that the file has forgotten");
         return;
     }
-    std::printf("-- life %u: %s, pid %u, began %s\n", life->number, life->name.c_str(), life->pid,
-                timeText(life->beganNs).c_str());
+    std::printf("-- life %u: %s, pid %u, began %s\n", life->number,
+                Reader::harmless(life->name).c_str(), life->pid, timeText(life->beganNs).c_str());
 }
 
 void printMessages(Reader const& reader, std::size_t count) {
@@ -133,7 +133,8 @@ int main(int argc, char** argv) {
     }
     Reader const reader{std::string(arguments->path)};
     if (!reader.error().empty()) {
-        std::fprintf(stderr, "ferrolog-cat: %s: %s\n", arguments->path, reader.error().c_str());
+        std::fprintf(stderr, "ferrolog-cat: %s: %s\n", Reader::harmless(arguments->path).c_str(),
+                     reader.error().c_str());
         return 1;
     }
     printMessages(reader, arguments->count);

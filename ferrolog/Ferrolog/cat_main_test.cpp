@@ -59,4 +59,17 @@ TEST_F(Cat, PrintsTimesAfter2038) {
                       "index: 3 key: 4");
 }
 
+TEST_F(Cat, NoNameCommandsATerminalOrForgesALine) {
+    put(16, "\x1b[2Jx\n-- 0 lost\\", 16);
+    EXPECT_EQ(lines("-n 1")[0],
+              "-- life 2: \\x1b[2Jx\\x0a-- 0 lost\\\\, pid 4713, began 2023-11-14 "
+              "22:13:30.000000");
+}
+
+TEST_F(Cat, SaysWhatItCannotReadInOneLine) {
+    EXPECT_EQ(outputOf(std::string("cd ") + file.directory +
+                       "; " CAT " \"$(printf 'no\\ne\\033')\" 2>&1; test $? = 1"),
+              std::vector<std::string>{"ferrolog-cat: no\\x0ae\\x1b: No such file or directory"});
+}
+
 } // namespace

@@ -8,6 +8,7 @@
                                    what this reader, and CAT (ferrolog-cat), find in it
 """
 import pathlib
+import re
 import struct
 import subprocess
 import sys
@@ -144,7 +145,8 @@ class Reader:
                 start = self.layout.text_at + at
                 raw = self.data[start:start + n + m + k]
                 assert fnv1a(raw + struct.pack("<II", line, words)) == check
-                self.sites[id] = (f"{raw[:n].decode()}:{line}", raw[n:n + m].decode(), raw[n + m:].decode())
+                file, text = (part.decode(errors="surrogateescape") for part in (raw[:n], raw[n:n + m]))
+                self.sites[id] = (f"{harmless(file)}:{line}", text, raw[n + m:].decode())
 
     def read_chunk(self, chunk_at):
         _, base, _, _, used, lane = CHUNK.unpack_from(self.data, chunk_at)
@@ -210,7 +212,17 @@ def render(text, words):
         else:
             out, at = out + text[at], at + 1
     out += "".join(f" {hex(word)}" for word in words)
-    return "".join(f"\\x{ord(c):02x}" if ord(c) < 32 or ord(c) == 127 else c for c in out)
+    return harmless(out)
+
+
+COMMANDS = re.compile("[\\0-\x1f\x7f-\x9f\u061c\u200e\u200f\u2028-\u202e\u2066-\u2069\udc80-\udcff]")
+
+
+def harmless(text):
+    """As it may be printed: one line that commands nothing. Bytes that are no UTF-8 were decoded to lone surrogates."""
+    def show(found):
+        return "".join(f"\\x{byte:02x}" for byte in found[0].encode(errors="surrogateescape"))
+    return COMMANDS.sub(show, text.replace("\\", "\\\\"))
 
 
 def golden():

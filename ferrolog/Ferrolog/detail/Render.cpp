@@ -1,5 +1,6 @@
 #include <Ferrolog/detail/Render.h>
 
+#include <algorithm>
 #include <charconv>
 
 namespace Ferrolog::detail {
@@ -47,6 +48,64 @@ bool appendArgument(std::string& text, char letter, std::span<U32 const>& words)
     return true;
 }
 
+// A character of UTF-8, and how many bytes it takes; 0: there is none.
+struct Character {
+    U32 code = 0;
+    std::size_t length = 0;
+};
+
+// The first character. A code has one form only, the shortest; halves of pairs are none.
+Character decode(std::string_view text) {
+    auto const first = static_cast<U8>(text.front());
+    if (first < 0x80) {
+        return {first, 1};
+    }
+    std::size_t const length = first >= 0xF0 ? 4 : first >= 0xE0 ? 3 : 2;
+    if (first < 0xC2 || first > 0xF4 || text.size() < length) {
+        return {};
+    }
+    U32 code = first & (0x7FU >> length);
+    for (char const c : text.substr(1, length - 1)) {
+        auto const next = static_cast<U8>(c);
+        if (next >> 6 != 2) {
+            return {};
+        }
+        code = code << 6 | (next & 0x3FU);
+    }
+    constexpr U32 least[] = {0x80, 0x800, 0x10000};
+    bool const isPart = code >= 0xD800 && code <= 0xDFFF;
+    return code < least[length - 2] || code > 0x10FFFF || isPart ? Character{}
+                                                                 : Character{code, length};
+}
+
+struct Range {
+    U32 first;
+    U32 last;
+};
+
+// What a terminal obeys, or an editor: controls, marks and embeddings of direction, ends of lines.
+constexpr Range commands[] = {{0, 0x1F},        {0x7F, 0x9F},     {0x61C, 0x61C},
+                              {0x200E, 0x200F}, {0x2028, 0x202E}, {0x2066, 0x2069}};
+
+// Bytes of the first character, 0 if it is one to be shown as its bytes.
+std::size_t lengthOfReadable(std::string_view text) {
+    if (text.front() >= ' ' && text.front() <= '~') {
+        return 1;
+    }
+    Character const character = decode(text);
+    bool const isCommand = std::ranges::any_of(commands, [&](Range const& range) {
+        return character.code >= range.first && character.code <= range.last;
+    });
+    return isCommand ? 0 : character.length;
+}
+
+void appendByte(std::string& text, U8 byte) {
+    constexpr std::string_view digits = "0123456789abcdef";
+    text += "\\x";
+    text += digits[byte >> 4];
+    text += digits[byte & 15];
+}
+
 } // namespace
 
 std::string render(std::string_view format, std::span<U32 const> words) {
@@ -73,17 +132,17 @@ std::string render(std::string_view format, std::span<U32 const> words) {
 }
 
 std::string harmless(std::string_view text) {
-    constexpr std::string_view digits = "0123456789abcdef";
     std::string clean;
-    for (char const c : text) {
-        auto const byte = static_cast<U8>(c);
-        if (byte >= 0x20 && byte != 0x7F) {
-            clean += c;
+    while (!text.empty()) {
+        std::size_t const length = lengthOfReadable(text);
+        if (length == 0) {
+            appendByte(clean, static_cast<U8>(text.front()));
+        } else if (text.front() == '\\') {
+            clean += "\\\\";
         } else {
-            clean += "\\x";
-            clean += digits[byte >> 4];
-            clean += digits[byte & 15];
+            clean += text.substr(0, length);
         }
+        text.remove_prefix(std::max<std::size_t>(length, 1));
     }
     return clean;
 }

@@ -14,7 +14,9 @@ namespace Ferrolog::detail {
 // characters after a percent sign stand.
 std::string render(std::string_view format, std::span<U32 const> words);
 
-// Control characters and DEL as \x1b; everything else, UTF-8 too, as it is.
+// For people, who must see one line that commands nothing: control characters, marks of direction,
+// line separators and bytes that are no UTF-8 come out byte by byte as \x1b, and a backslash as two,
+// so that each text has a form of its own. Everything else is as it is.
 std::string harmless(std::string_view text);
 
 } // namespace Ferrolog::detail

@@ -45,4 +45,54 @@ TEST(Render, ControlCharactersComeOutAsHexadecimal) {
     EXPECT_EQ(harmless("Gr\xc3\xbc\xc3\x9f"), "Gr\xc3\xbc\xc3\x9f");
 }
 
+TEST(Harmless, LeavesWhatIsReadableAsItIs) {
+    EXPECT_EQ(harmless(""), "");
+    EXPECT_EQ(harmless(" ~aZ0%"), " ~aZ0%");
+    // Two, three and four bytes; the first and the last of each length.
+    for (char const* const text : {"\xC2\xA0", "\xC3\xA4", "\xDF\xBF", "\xE0\xA0\x80",
+                                   "\xE2\x82\xAC", "\xED\x9F\xBF", "\xEE\x80\x80", "\xEF\xBF\xBF",
+                                   "\xF0\x90\x80\x80", "\xF0\x9F\x99\x82", "\xF4\x8F\xBF\xBF"}) {
+        EXPECT_EQ(harmless(text), text);
+    }
+}
+
+TEST(Harmless, NothingCommandsATerminal) {
+    EXPECT_EQ(harmless(std::string_view("\0\t\n\r\x1b[2J\x1f\x7f", 10)),
+              "\\x00\\x09\\x0a\\x0d\\x1b[2J\\x1f\\x7f");
+    EXPECT_EQ(harmless("\xC2\x80\xC2\x85\xC2\x9B\xC2\x9F"),
+              "\\xc2\\x80\\xc2\\x85\\xc2\\x9b\\xc2\\x9f");
+}
+
+TEST(Harmless, NothingChangesTheOrderOrBeginsALine) {
+    std::string last;
+    for (char const* const text :
+         {"\xD8\x9C", "\xE2\x80\x8E", "\xE2\x80\x8F", "\xE2\x80\xA8", "\xE2\x80\xA9",
+          "\xE2\x80\xAA", "\xE2\x80\xAE", "\xE2\x81\xA6", "\xE2\x81\xA9"}) {
+        last = harmless(text);
+        EXPECT_EQ(last.find_first_not_of("\\x0123456789abcdef"), std::string::npos) << last;
+    }
+    EXPECT_EQ(last, "\\xe2\\x81\\xa9");
+    // Their neighbours are no such characters.
+    for (char const* const text :
+         {"\xD8\x9B", "\xD8\x9D", "\xE2\x80\x8D", "\xE2\x80\x90", "\xE2\x80\xA7", "\xE2\x80\xAF",
+          "\xE2\x81\xA5", "\xE2\x81\xAA"}) {
+        EXPECT_EQ(harmless(text), text);
+    }
+}
+
+TEST(Harmless, BytesThatAreNoUtf8AreShownOneByOne) {
+    EXPECT_EQ(harmless("a\x80z"), "a\\x80z");
+    EXPECT_EQ(harmless("\xC0\xAF\xC1\xBF"), "\\xc0\\xaf\\xc1\\xbf"); // longer than they need be
+    EXPECT_EQ(harmless("\xE0\x9F\xBF"), "\\xe0\\x9f\\xbf");
+    EXPECT_EQ(harmless("\xF0\x8F\xBF\xBF"), "\\xf0\\x8f\\xbf\\xbf");
+    EXPECT_EQ(harmless("\xED\xA0\x80"), "\\xed\\xa0\\x80");          // half of a pair
+    EXPECT_EQ(harmless("\xF4\x90\x80\x80"), "\\xf4\\x90\\x80\\x80"); // beyond the last
+    EXPECT_EQ(harmless("\xF8\x88\x80\x80\x80"), "\\xf8\\x88\\x80\\x80\\x80");
+    EXPECT_EQ(harmless("\xE2\x82"), "\\xe2\\x82"); // cut off
+    EXPECT_EQ(harmless("\xE2\xC3\xA4"), "\\xe2\xC3\xA4");
+    EXPECT_EQ(harmless("\xFF\xFE"), "\\xff\\xfe");
+}
+
+TEST(Harmless, ABackslashIsTwo) { EXPECT_EQ(harmless("\\x1b\x1b"), "\\\\x1b\\x1b"); }
+
 } // namespace
