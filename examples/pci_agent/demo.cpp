@@ -1,9 +1,5 @@
 // pci_agent_demo - starts the agent, kills it with SIGKILL while it writes, starts it again and shows what it found.
-//
-//     pci_agent_demo AGENT TRACE_READER [FOLDER]
-//
-// AGENT and TRACE_READER are the programs pci_agent and ferrolog-cat. FOLDER, by default /dev/shm/brixo-demo-<uid>, is
-// emptied first and kept afterwards: the regions and the trace are plain files there.
+#include "DemoFolder.h"
 #include "WriteJournal.h"
 #include <array>
 #include <cerrno>
@@ -11,8 +7,6 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <initializer_list>
 #include <random>
 #include <string>
 #include <sys/wait.h>
@@ -23,8 +17,9 @@
 
 namespace {
 
-namespace fs = std::filesystem;
 using namespace std::chrono_literals;
+using PciAgent::DemoFolder;
+using PciAgent::WriteJournal;
 
 constexpr int kills = 3;
 constexpr Vel::U32 writesBeforeKill = 1'000'000;
@@ -68,11 +63,11 @@ void heading(const std::string& text) {
 
 class Demo {
 public:
-    Demo(std::string agent, std::string traceReader, fs::path folder)
+    Demo(std::string agent, std::string traceReader, std::string folder)
         : agent_(std::move(agent)), traceReader_(std::move(traceReader)),
-          folder_(std::move(folder)), journal_(prepared(folder_)) {
-        ::setenv("PINBUF_DIR", (folder_ / "regions").c_str(), 1);
-        ::setenv("FERROLOG_FILE", traceFile().c_str(), 1);
+          folder_(std::move(folder)), journal_(folder_.journal()) {
+        ::setenv("PINBUF_DIR", folder_.regions().c_str(), 1);
+        ::setenv("FERROLOG_FILE", folder_.trace().c_str(), 1);
         ::setenv("AGENT_PROCESS_NAME", "pci_agent", 1);
     }
 
@@ -83,28 +78,19 @@ public:
         showTrace();
         heading(whole ? "Every completed write survived " + std::to_string(kills) + " kills."
                       : std::string("Something was lost."));
-        std::printf("  The regions and the trace are plain files in %s\n", folder_.c_str());
+        std::printf("  The regions and the trace are plain files in %s\n", folder_.path().c_str());
         return whole ? 0 : 1;
     }
 
 private:
-    static std::string prepared(const fs::path& folder) {
-        fs::remove_all(folder);
-        fs::create_directories(folder / "regions");
-        fs::permissions(folder / "regions", fs::perms::owner_all);
-        return (folder / "journal").string();
-    }
-
-    std::string traceFile() const { return (folder_ / "trace").string(); }
-
     // One agent from its start to its death, at a moment that nobody chose.
     bool liveAndDie(int life) {
         heading("Life " + std::to_string(life) +
                 (life == 1 ? ": the agent starts on empty regions"
                            : ": the agent starts again and recovers its tables"));
         const Vel::U32 writesBefore = journal_.completedWrites();
-        Child agent(agent_, {"--journal", (folder_ / "journal").string(), "--report", "--watch",
-                             "2000", "--writes", "400"});
+        Child agent(agent_, {"--journal", folder_.journal(), "--report", "--watch", "2000",
+                             "--writes", "400"});
         while (journal_.completedWrites() - writesBefore < writesBeforeKill) {
             if (agent.hasEnded()) {
                 std::printf("  the agent ended by itself\n");
@@ -123,34 +109,61 @@ private:
     // The agent once more: it reports, refreshes everything once and ends in peace.
     bool lastLife() {
         heading("Life " + std::to_string(kills + 1) + ": recovered, compared, refreshed once more");
-        Child agent(agent_, {"--journal", (folder_ / "journal").string(), "--report", "--watch",
-                             "2000", "--passes", "1"});
+        Child agent(agent_, {"--journal", folder_.journal(), "--report", "--watch", "2000",
+                             "--passes", "1"});
         return agent.wait() == 0;
     }
 
     void showTrace() {
         heading("The end of the trace file, written by all of them");
-        Child(traceReader_, {"-n", "16", traceFile()}).wait();
+        Child(traceReader_, {"-n", "16", folder_.trace()}).wait();
     }
 
     std::string agent_;
     std::string traceReader_;
-    fs::path folder_;
-    PciAgent::WriteJournal journal_;
+    DemoFolder folder_;
+    WriteJournal journal_;
     std::random_device random_;
 };
+
+constexpr const char* help = R"(usage: pci_agent_demo AGENT TRACE_READER [FOLDER]
+
+Starts an agent that mirrors registers into cache tables, kills it with SIGKILL three times, starts it again each time,
+and shows what the next process finds.
+
+AGENT         the program pci_agent
+TRACE_READER  the program ferrolog-cat
+FOLDER        where the regions and the trace are kept, as plain files; by default /dev/shm/pci-agent-demo-<uid>.
+              It is made. If it exists, it must be what an earlier demo made, and what that one left is removed;
+              any other folder is refused, and nothing in it touched.
+--help        prints this
+
+Exit codes: 0 every completed write was found again; 1 something was lost or failed; 2 wrong use.
+)";
+
+int wrongUse(const std::string& why) {
+    std::fprintf(stderr, "pci_agent_demo: %s\npci_agent_demo: try --help\n", why.c_str());
+    return 2;
+}
 
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 3 && argc != 4) {
-        std::fprintf(stderr, "usage: %s AGENT TRACE_READER [FOLDER]\n", argv[0]);
-        return 2;
+    const std::vector<std::string> words(argv + 1, argv + argc);
+    for (const std::string& word : words) {
+        if (word == "--help" || word == "-h") return std::fputs(help, stdout) < 0 ? 1 : 0;
+        if (word.starts_with('-')) return wrongUse("unknown option " + word);
     }
+    if (words.size() < 2) return wrongUse("the agent and the trace reader must be named");
+    if (words.size() > 3) return wrongUse("too many words: " + words[3]);
+    const std::string folder =
+        words.size() == 3 ? words[2] : "/dev/shm/pci-agent-demo-" + std::to_string(::getuid());
+    if (folder.empty()) return wrongUse("the folder has no name");
     try {
-        const std::string folder =
-            argc == 4 ? argv[3] : "/dev/shm/brixo-demo-" + std::to_string(::getuid());
-        return Demo(argv[1], argv[2], folder).run();
+        return Demo(words[0], words[1], folder).run();
+    } catch (const DemoFolder::Refused& refusal) {
+        std::fprintf(stderr, "pci_agent_demo: %s\n", refusal.what());
+        return 2;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "pci_agent_demo: %s\n", error.what());
         return 1;
