@@ -1,11 +1,13 @@
 #include "Agent.h"
 
+#include "HardwareDevice.h"
 #include <Brixo/CacheTableIndex.h>
 #include <Brixo/PhysicalRegisterId.h>
 #include <Vel/format.h>
 #include <algorithm>
 #include <cstring>
 #include <system_error>
+#include <thread>
 
 namespace PciAgent {
 
@@ -13,7 +15,7 @@ using Vel::U32;
 
 namespace {
 
-Vel::Ptr<Brixo::CacheTable> openTable(Brixo::AgentId agent, const HardwareDevice& device) {
+Vel::Ptr<Brixo::CacheTable> openTable(Brixo::AgentId agent, const Device& device) {
     const Brixo::PhysicalRegisterId resource(device.domain());
     return Brixo::cacheTableFactory(agent, Brixo::CacheTableIndex(device.id(), resource),
                                     device.registerCount(), MirroredDevice::registerBytes);
@@ -27,19 +29,44 @@ bool MirroredDevice::mirrored(unsigned registerIndex, U32& value) const {
     return entry != nullptr;
 }
 
-Agent::Agent(Brixo::AgentId id, WriteJournal& journal) : id_(id), journal_(&journal) {
-    for (auto& device : findDevices()) {
+Agent::Agent(Brixo::AgentId id, const std::string& sysfs, WriteJournal& journal)
+    : id_(id), journal_(&journal) {
+    auto own = std::make_unique<OwnRegisters>();
+    own_ = own.get();
+    open(std::move(own));
+    U32 life = 0;
+    U32 round = 0;
+    if (devices_[0].mirrored(OwnRegisters::life, life)) {
+        devices_[0].mirrored(OwnRegisters::round, round);
+        own_->goOnFrom(life, round);
+    }
+    for (auto& device : findDevices(sysfs)) {
         if (devices_.size() ==
             std::min<std::size_t>(WriteJournal::maxTables, Brixo::DalId::invalidId()))
             break;
-        if (device->registerCount() > WriteJournal::maxRegisters) continue;
-        Vel::Ptr<Brixo::CacheTable> table = openTable(id, *device);
-        const unsigned recovered = table->keyToIndexs();
-        const Brixo::DalId dalId(static_cast<Vel::U8>(devices_.size()));
-        const auto status = dals_->processingStatusIs(dalId);
-        status->trackErrorsIs(true);
-        devices_.push_back({std::move(device), std::move(table), status, recovered});
+        if (device->registerCount() <= WriteJournal::maxRegisters) open(std::move(device));
     }
+}
+
+void Agent::open(std::unique_ptr<Device> device) {
+    Vel::Ptr<Brixo::CacheTable> table = openTable(id_, *device);
+    const unsigned recovered = table->keyToIndexs();
+    const auto status =
+        dals_->processingStatusIs(Brixo::DalId(static_cast<Vel::U8>(devices_.size())));
+    status->trackErrorsIs(true);
+    devices_.push_back({std::move(device), std::move(table), status, recovered, {}});
+}
+
+unsigned Agent::registerCount() const noexcept {
+    unsigned count = 0;
+    for (const MirroredDevice& mirrored : devices_) count += mirrored.device->registerCount();
+    return count;
+}
+
+void Agent::spreadFillOver(std::chrono::microseconds whole) {
+    unsigned missing = registerCount();
+    for (const MirroredDevice& mirrored : devices_) missing -= mirrored.table->keyToIndexs();
+    if (missing != 0) pauseBeforeNewEntry_ = whole / missing;
 }
 
 std::string Agent::regionName(const MirroredDevice& mirrored) const {
@@ -49,21 +76,28 @@ std::string Agent::regionName(const MirroredDevice& mirrored) const {
         .charPtr();
 }
 
-void Agent::refresh(unsigned writes) {
+void Agent::refresh(unsigned rounds) {
+    std::vector<unsigned> readable;
     for (unsigned table = 0; table < devices_.size(); ++table) {
         if (!read(devices_[table])) continue;
         Brixo::DalProcessingStatus& status = *devices_[table].status;
-        status.lastEnqueuedCmdIndexIs(status.lastEnqueuedCmdIndex() + writes);
-        for (unsigned n = 0; n < writes; ++n) {
+        status.lastEnqueuedCmdIndexIs(status.lastEnqueuedCmdIndex() + rounds);
+        readable.push_back(table);
+    }
+    for (unsigned n = 0; n < rounds; ++n) {
+        own_->nextRound();
+        own_->read(devices_[0].registers);
+        for (const unsigned table : readable) {
             mirror(table);
+            Brixo::DalProcessingStatus& status = *devices_[table].status;
             status.lastProcessedCmdIndexIs(status.lastProcessedCmdIndex() + 1);
         }
     }
 }
 
-bool Agent::read(const MirroredDevice& mirrored) {
+bool Agent::read(MirroredDevice& mirrored) {
     try {
-        mirrored.device->read(registers_);
+        mirrored.device->read(mirrored.registers);
         return true;
     } catch (const std::system_error& failure) {
         if (mirrored.status->trackErrors())
@@ -72,15 +106,19 @@ bool Agent::read(const MirroredDevice& mirrored) {
     }
 }
 
-// Writes the registers that were just read into their table; the journal states each write before and after.
+// Writes a device's registers as they were read last into its table; the journal states each write before and after.
 void Agent::mirror(unsigned table) {
     const MirroredDevice& mirrored = devices_[table];
-    const auto count = std::min<std::size_t>(registers_.size(), mirrored.device->registerCount());
+    const auto count =
+        std::min<std::size_t>(mirrored.registers.size(), mirrored.device->registerCount());
     for (unsigned i = 0; i < count; ++i) {
+        const Brixo::DeviceOffset key = MirroredDevice::key(i);
+        if (pauseBeforeNewEntry_.count() != 0 && mirrored.table->entry(key) == nullptr)
+            std::this_thread::sleep_for(pauseBeforeNewEntry_);
         unsigned char bytes[sizeof(U32)];
-        std::memcpy(bytes, &registers_[i], sizeof(bytes));
-        journal_->begin(table, i, registers_[i]);
-        mirrored.table->entryIs(MirroredDevice::key(i), bytes);
+        std::memcpy(bytes, &mirrored.registers[i], sizeof(bytes));
+        journal_->begin(table, i, mirrored.registers[i]);
+        mirrored.table->entryIs(key, bytes);
         journal_->completed();
     }
 }

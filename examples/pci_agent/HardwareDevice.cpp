@@ -42,7 +42,7 @@ const char* className(unsigned long classCode) {
     return base < names.size() ? names[base] : "device";
 }
 
-class PciFunction final : public HardwareDevice {
+class PciFunction final : public Device {
 public:
     struct Address {
         unsigned domain, bus, device, function;
@@ -54,8 +54,8 @@ public:
 
     PciFunction(const fs::path& folder, Address address, std::string name, std::string description,
                 unsigned registerCount)
-        : HardwareDevice(Brixo::DeviceId(address.inDomain()), address.domain, std::move(name),
-                         std::move(description), registerCount),
+        : Device(Brixo::DeviceId(address.inDomain()), address.domain, std::move(name),
+                 std::move(description), registerCount),
           config_(::open((folder / "config").c_str(), O_RDONLY | O_CLOEXEC)) {
         if (config_ < 0) fail();
     }
@@ -69,6 +69,12 @@ public:
         if (got < 0) fail();
     }
 
+    unsigned exampleRegister() const override { return 0; }
+
+    std::string registerMeaning(unsigned registerIndex) const override {
+        return registerIndex == 0 ? "device and vendor id" : "";
+    }
+
     // Without privilege the kernel shows the standard header alone, 64 bytes.
     static unsigned readableRegisters(const fs::path& folder) {
         const int config = ::open((folder / "config").c_str(), O_RDONLY | O_CLOEXEC);
@@ -79,7 +85,7 @@ public:
         return got <= 0 ? 0 : static_cast<unsigned>(got) / sizeof(U32);
     }
 
-    static std::unique_ptr<HardwareDevice> at(const fs::path& folder) {
+    static std::unique_ptr<Device> at(const fs::path& folder) {
         Address address{};
         if (std::sscanf(folder.filename().c_str(), "%x:%x:%x.%x", &address.domain, &address.bus,
                         &address.device, &address.function) != 4)
@@ -106,11 +112,11 @@ private:
     int config_;
 };
 
-class NetworkInterface final : public HardwareDevice {
+class NetworkInterface final : public Device {
 public:
     NetworkInterface(U16 index, std::string name, std::vector<fs::path> counters)
-        : HardwareDevice(Brixo::DeviceId(index), 0, std::move(name), "counters",
-                         static_cast<unsigned>(counters.size())),
+        : Device(Brixo::DeviceId(index), 0, std::move(name), "counters",
+                 static_cast<unsigned>(counters.size())),
           counters_(std::move(counters)) {}
 
     void read(std::vector<U32>& registers) const override {
@@ -120,7 +126,19 @@ public:
                 static_cast<U32>(std::strtoull(firstLine(counter).c_str(), nullptr, 10)));
     }
 
-    static std::unique_ptr<HardwareDevice> at(const fs::path& folder) {
+    // What it has received; the first counter when there is no such.
+    unsigned exampleRegister() const override {
+        const auto received = std::ranges::find(counters_, "rx_bytes", &fs::path::filename);
+        return received == counters_.end()
+                   ? 0
+                   : static_cast<unsigned>(std::distance(counters_.begin(), received));
+    }
+
+    std::string registerMeaning(unsigned registerIndex) const override {
+        return counters_[registerIndex].filename();
+    }
+
+    static std::unique_ptr<Device> at(const fs::path& folder) {
         std::vector<fs::path> counters;
         std::error_code unreadable;
         for (const auto& counter : fs::directory_iterator(folder / "statistics", unreadable))
@@ -137,12 +155,12 @@ private:
 };
 
 template <class Kind>
-std::vector<std::unique_ptr<HardwareDevice>> devicesBelow(const fs::path& folder) {
+std::vector<std::unique_ptr<Device>> devicesBelow(const fs::path& folder) {
     std::vector<fs::path> places;
     std::error_code absent;
     for (const auto& place : fs::directory_iterator(folder, absent)) places.push_back(place.path());
     std::ranges::sort(places);
-    std::vector<std::unique_ptr<HardwareDevice>> devices;
+    std::vector<std::unique_ptr<Device>> devices;
     for (const fs::path& place : places)
         if (auto device = Kind::at(place)) devices.push_back(std::move(device));
     return devices;
@@ -150,9 +168,9 @@ std::vector<std::unique_ptr<HardwareDevice>> devicesBelow(const fs::path& folder
 
 } // namespace
 
-std::vector<std::unique_ptr<HardwareDevice>> findDevices() {
-    auto devices = devicesBelow<PciFunction>("/sys/bus/pci/devices");
-    if (devices.empty()) devices = devicesBelow<NetworkInterface>("/sys/class/net");
+std::vector<std::unique_ptr<Device>> findDevices(const std::string& sysfs) {
+    auto devices = devicesBelow<PciFunction>(sysfs + "/bus/pci/devices");
+    if (devices.empty()) devices = devicesBelow<NetworkInterface>(sysfs + "/class/net");
     return devices;
 }
 

@@ -1,55 +1,17 @@
-// HardwareDevice.h - a device of this machine whose 32-bit registers can be read.
+// HardwareDevice.h - the devices of this machine.
 //
 // Two kinds: a PCI function, whose registers are its configuration space; and, on a machine without a PCI bus, a network
 // interface, whose registers are the low halves of its counters in the order of their names.
 #pragma once
 
-#include <Brixo/DeviceId.h>
-#include <Vel/Integers.h>
+#include "Device.h"
 #include <memory>
 #include <string>
 #include <vector>
 
 namespace PciAgent {
 
-class HardwareDevice {
-public:
-    HardwareDevice(const HardwareDevice&) = delete;
-    HardwareDevice& operator=(const HardwareDevice&) = delete;
-    virtual ~HardwareDevice() = default;
-
-    // 16 bits that name the device within its domain: bus, device and function number, or the interface's index.
-    Brixo::DeviceId id() const noexcept { return id_; }
-
-    // The PCI domain; 0 on all but the largest machines.
-    Vel::U64 domain() const noexcept { return domain_; }
-
-    // As people write it: "00:03.0", "eth0".
-    const std::string& name() const noexcept { return name_; }
-
-    // What it is: "1af4:1041 network", "counters".
-    const std::string& description() const noexcept { return description_; }
-
-    unsigned registerCount() const noexcept { return registerCount_; }
-
-    // Reads every register now; registers[i] is the one at offset 4 * i. Throws std::system_error.
-    virtual void read(std::vector<Vel::U32>& registers) const = 0;
-
-protected:
-    HardwareDevice(Brixo::DeviceId id, Vel::U64 domain, std::string name, std::string description,
-                   unsigned registerCount)
-        : id_(id), domain_(domain), name_(std::move(name)), description_(std::move(description)),
-          registerCount_(registerCount) {}
-
-private:
-    Brixo::DeviceId id_;
-    Vel::U64 domain_;
-    std::string name_;
-    std::string description_;
-    unsigned registerCount_;
-};
-
-// Every PCI function of the machine in ascending order, or, if there is none, every network interface.
-std::vector<std::unique_ptr<HardwareDevice>> findDevices();
+// Every PCI function below `sysfs`, commonly "/sys", in ascending order, or, if there is none, every network interface.
+std::vector<std::unique_ptr<Device>> findDevices(const std::string& sysfs);
 
 } // namespace PciAgent

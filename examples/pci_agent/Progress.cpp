@@ -72,12 +72,24 @@ void Progress::advanced() {
 }
 
 void Progress::printStatus() const {
-    std::printf("  %-8s %10s %10s %8s\n", "DAL", "enqueued", "processed", "errors");
+    U64 enqueued = 0;
+    U64 processed = 0;
+    U64 errors = 0;
+    for (const auto& [dalId, status] : dals_->processingStatus()) {
+        enqueued += status->lastEnqueuedCmdIndex();
+        processed += status->lastProcessedCmdIndex();
+        errors += errorsOf(*status);
+    }
+    std::printf(
+        "  Its %u DALs, the access layers of the devices: %llu commands enqueued, %llu processed, "
+        "%llu errors.\n",
+        dals_->processingStatuss(), enqueued, processed, errors);
+    if (errors == 0) return;
     for (unsigned id = 0; id < DalId::invalidId();
          ++id) // for people, by number: not in the map's order
         if (const auto status = dals_->processingStatus(DalId(static_cast<Vel::U8>(id))))
-            std::printf("  %-8u %10llu %10llu %8llu\n", id, status->lastEnqueuedCmdIndex(),
-                        status->lastProcessedCmdIndex(), errorsOf(*status));
+            if (const U64 own = errorsOf(*status))
+                std::printf("    DAL %u: %llu errors\n", id, own);
 }
 
 } // namespace PciAgent

@@ -18,7 +18,7 @@ public:
     Progress& operator=(const Progress&) = delete;
     ~Progress();
 
-    // One line a DAL: commands put on its queue, commands finished, errors.
+    // One line for all: commands put on their queues, commands finished, errors; and one for each DAL with errors.
     void printStatus() const;
 
 private:

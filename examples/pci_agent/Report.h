@@ -2,15 +2,15 @@
 #pragma once
 
 #include "Agent.h"
-#include "WriteJournal.h"
+#include "Recovery.h"
 
 namespace PciAgent {
 
-// One line per table: device, region, physical address, slots, entries that were found when it was opened.
-void printTables(const Agent& agent);
+// One line per table: device, region, the address that processes agree on, slots. When nobody has written yet.
+void printRegions(const Agent& agent);
 
-// Compares every entry with the journal, byte for byte; names the write that was in flight and what is there of it, prints
-// what differs, and the verdict. True when every completed write is there and nothing else.
-bool printVerdict(const Agent& agent, WriteJournal& journal);
+// Of the tables that it opened: how full each is, what some registers say, what became of the write in flight, what is lost,
+// and the verdict.
+void printRecovery(const Agent& agent, const Recovery& recovery);
 
 } // namespace PciAgent

@@ -64,4 +64,24 @@ U32 WriteJournal::completedWrites() const noexcept {
     return std::atomic_ref<U32>(contents_->completedWrites).load(std::memory_order_relaxed);
 }
 
+unsigned WriteJournal::completedEntries() const noexcept {
+    unsigned entries = 0;
+    for (const auto& table : contents_->registers)
+        for (const Register& written : table) entries += written.completed != 0;
+    return entries;
+}
+
+void WriteJournal::verdictIs(const Verdict& verdict) noexcept {
+    const std::atomic_ref<U32> process(contents_->verdict.process);
+    Verdict others = verdict;
+    others.process = process.load(std::memory_order_relaxed);
+    contents_->verdict = others;
+    process.store(verdict.process, std::memory_order_release);
+}
+
+bool WriteJournal::hasVerdictOf(U32 process) const noexcept {
+    return std::atomic_ref<U32>(contents_->verdict.process).load(std::memory_order_acquire) ==
+           process;
+}
+
 } // namespace PciAgent

@@ -1,11 +1,13 @@
 // WriteJournal.h - what the agent has written, in memory that its watcher sees: the demo's witness, no part of the product.
 //
-// Contents: for each register of each table the value of the last completed write, and the write in flight.
+// Contents: for each register of each table the value of the last completed write; the write in flight; and the verdict of
+//           the process that opened the tables last.
 // Order:    begin() states the write before it starts, completed() after it has returned, so that at a kill every write
 //           is either not begun, in flight, or completed.
 // Threads:  one writer; a reader looks once the writer is dead.
 #pragma once
 
+#include "Verdict.h"
 #include <Vel/Integers.h>
 #include <string>
 
@@ -46,6 +48,15 @@ public:
         return contents_->registers[table][index];
     }
 
+    // Registers of which at least one write has completed.
+    unsigned completedEntries() const noexcept;
+
+    // The verdict of a process is there once its number is.
+    void verdictIs(const Verdict& verdict) noexcept;
+    bool hasVerdictOf(Vel::U32 process) const noexcept;
+
+    const Verdict& verdict() const noexcept { return contents_->verdict; }
+
     // Settles a write that a killed agent left in flight: the value that was found counts as written, or, if there is no
     // entry, nothing does.
     void settle(bool present, Vel::U32 found) noexcept;
@@ -54,6 +65,7 @@ private:
     struct Contents {
         Vel::U32 completedWrites;
         InFlight inFlight;
+        Verdict verdict;
         Register registers[maxTables][maxRegisters];
     };
 

@@ -1,15 +1,19 @@
 // pci_agent - mirrors the registers of this machine's devices into cache tables until it is stopped or killed.
 //
-//     pci_agent [--agent ID] [--journal FILE] [--report] [--watch N] [--passes N] [--writes N]
+//     pci_agent [--agent ID] [--journal FILE] [--report] [--watch N] [--passes N] [--rounds N] [--fill MS] [--sysfs FOLDER]
 //
-// --report    says what was found in the tables, and compares it with the journal; exits with 1 when something is lost
-// --watch N   watches the DALs: a line after each N commands, and the status of each DAL at the end
-// --passes N  stops after N refreshes of every register; 0, the default, never stops
-// --writes N  writes each value N times in a refresh, 1 by default
+// --report        says what was found in the tables, and compares it with the journal; exits with 1 when something is lost
+// --watch N       watches the DALs: a line after each N commands, and their status at the end
+// --passes N      stops when all registers were read N times; 0, the default, never stops
+// --rounds N      writes all registers N times whenever they were read, 1 by default
+// --fill MS       spreads what is left of the first fill over so many milliseconds
+// --sysfs FOLDER  where the kernel shows the devices, /sys by default
 #include "Agent.h"
 #include "Progress.h"
+#include "Recovery.h"
 #include "Report.h"
 #include "WriteJournal.h"
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -25,13 +29,15 @@ struct Options {
     bool report = false;
     unsigned long watch = 0;
     unsigned long passes = 0;
-    unsigned writes = 1;
+    unsigned rounds = 1;
+    unsigned long fill = 0;
+    std::string sysfs = "/sys";
 };
 
 [[noreturn]] void usage(const char* program) {
     std::fprintf(stderr,
                  "usage: %s [--agent ID] [--journal FILE] [--report] [--watch N] [--passes N] "
-                 "[--writes N]\n",
+                 "[--rounds N] [--fill MS] [--sysfs FOLDER]\n",
                  program);
     std::exit(2);
 }
@@ -52,7 +58,9 @@ Options parse(int argc, char** argv) {
                                        {"report", no_argument, nullptr, 'r'},
                                        {"watch", required_argument, nullptr, 't'},
                                        {"passes", required_argument, nullptr, 'p'},
-                                       {"writes", required_argument, nullptr, 'w'},
+                                       {"rounds", required_argument, nullptr, 'n'},
+                                       {"fill", required_argument, nullptr, 'f'},
+                                       {"sysfs", required_argument, nullptr, 's'},
                                        {nullptr, 0, nullptr, 0}};
     Options options;
     for (int letter; (letter = getopt_long(argc, argv, "", known, nullptr)) != -1;) {
@@ -62,7 +70,9 @@ Options parse(int argc, char** argv) {
         case 'r': options.report = true; break;
         case 't': options.watch = number(argv[0], optarg, 1000000000UL); break;
         case 'p': options.passes = number(argv[0], optarg, 1000000000UL); break;
-        case 'w': options.writes = static_cast<unsigned>(number(argv[0], optarg, 1000000)); break;
+        case 'n': options.rounds = static_cast<unsigned>(number(argv[0], optarg, 1000000)); break;
+        case 'f': options.fill = number(argv[0], optarg, 1000000UL); break;
+        case 's': options.sysfs = optarg; break;
         default: usage(argv[0]);
         }
     }
@@ -72,24 +82,25 @@ Options parse(int argc, char** argv) {
 
 int run(const Options& options) {
     PciAgent::WriteJournal journal(options.journal);
-    PciAgent::Agent agent(Brixo::AgentId(static_cast<Vel::U16>(options.agent)), journal);
-    if (agent.devices().empty()) {
-        std::fprintf(stderr, "pci_agent: this machine shows neither PCI devices nor network "
-                             "interfaces below /sys\n");
-        return 1;
-    }
+    PciAgent::Agent agent(Brixo::AgentId(static_cast<Vel::U16>(options.agent)), options.sysfs,
+                          journal);
     std::optional<PciAgent::Progress> progress;
     if (options.watch != 0) progress.emplace(agent.dals(), options.watch);
-    bool whole = true;
+    const bool isFirst = journal.completedWrites() == 0;
+    const PciAgent::Recovery recovery = PciAgent::recoveryOf(agent, journal);
     if (options.report) {
-        PciAgent::printTables(agent);
-        whole = PciAgent::printVerdict(agent, journal);
+        if (isFirst)
+            PciAgent::printRegions(agent);
+        else
+            PciAgent::printRecovery(agent, recovery);
         std::fflush(stdout);
     }
+    journal.verdictIs(recovery.verdict);
+    agent.spreadFillOver(std::chrono::milliseconds(options.fill));
     for (unsigned long pass = 0; options.passes == 0 || pass < options.passes; ++pass)
-        agent.refresh(options.writes);
+        agent.refresh(options.rounds);
     if (progress) progress->printStatus();
-    return whole ? 0 : 1;
+    return recovery.verdict.nothingLost() ? 0 : 1;
 }
 
 } // namespace
