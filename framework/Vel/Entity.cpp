@@ -50,8 +50,9 @@ String8 Entity::fullName() const {
 
 String8 Entity::uriPath() const {
     std::string path;
+    // A character, not "/": GCC 12 warns of a text inserted before another (-O2 and above, -Wrestrict).
     for (const Entity* at = this; at != nullptr; at = at->parent_)
-        path.insert(0, "/" + encoded(at->name_.view()));
+        path = '/' + encoded(at->name_.view()) + path;
     return String8(path.c_str());
 }
 
