@@ -6,13 +6,11 @@ set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
-if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
-  set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "Debug, Release or RelWithDebInfo" FORCE)
-endif()
 
 set(BRIXO_SANITIZE "" CACHE STRING "Sanitizers, as for -fsanitize=: address,undefined or thread")
 option(BRIXO_COVERAGE "Instrument for line coverage (GCC's gcov)" OFF)
-option(BRIXO_WERROR "Treat every warning as an error" ${PROJECT_IS_TOP_LEVEL})
+# The presets, and with them the build server, switch it on: the next compiler's new warning shall stop no client's build.
+option(BRIXO_WERROR "Treat every warning as an error" OFF)
 
 add_library(brixo_warnings INTERFACE)
 target_compile_options(brixo_warnings INTERFACE

@@ -13,12 +13,18 @@
 set(BRIXO_OTHER_BUILD "" CACHE PATH "Build directory of the other word size, for the tests labelled cross")
 set(BRIXO_GOOGLETEST_DIR /usr/src/googletest CACHE PATH "Sources of GoogleTest")
 
+# AUTO stays in the cache: once GoogleTest is installed, the next configuration finds it.
+if(BRIXO_BUILD_TESTS AND NOT EXISTS ${BRIXO_GOOGLETEST_DIR}/CMakeLists.txt)
+  if(NOT BRIXO_BUILD_TESTS STREQUAL "AUTO")
+    message(FATAL_ERROR "GoogleTest is not installed (${BRIXO_GOOGLETEST_DIR}). Install Debian's package googletest, "
+      "as scripts/setup test does, or build without tests: -DBRIXO_BUILD_TESTS=OFF")
+  endif()
+  message(STATUS "Tests are left out: GoogleTest is not installed (scripts/setup test installs it)")
+  set(BRIXO_BUILD_TESTS OFF)
+endif()
+
 if(BRIXO_BUILD_TESTS)
   enable_testing()
-  if(NOT EXISTS ${BRIXO_GOOGLETEST_DIR}/CMakeLists.txt)
-    message(FATAL_ERROR "GoogleTest's sources are not in ${BRIXO_GOOGLETEST_DIR}. "
-      "Run scripts/setup, or build without tests: -DBRIXO_BUILD_TESTS=OFF")
-  endif()
   set(INSTALL_GTEST OFF)
   add_subdirectory(${BRIXO_GOOGLETEST_DIR} ${CMAKE_BINARY_DIR}/googletest EXCLUDE_FROM_ALL SYSTEM)
   foreach(target gtest gtest_main gmock gmock_main)
