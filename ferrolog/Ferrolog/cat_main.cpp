@@ -1,6 +1,7 @@
 // ferrolog-cat - prints a trace file: its messages, oldest first, and what it no longer holds.
 //
 //     ferrolog-cat [-n COUNT] FILE
+//     ferrolog-cat --help | --version
 //
 // Exit status: 0 if the file could be read, with notes or without; 1 if not; 2 for wrong arguments.
 #include <Ferrolog/Reader.h>
@@ -9,9 +10,9 @@
 #include <charconv>
 #include <cstdio>
 #include <ctime>
+#include <getopt.h>
 #include <optional>
 #include <string_view>
-#include <unistd.h>
 
 namespace {
 
@@ -19,14 +20,35 @@ using Ferrolog::CallSite;
 using Ferrolog::Message;
 using Ferrolog::Reader;
 
+constexpr char const* usageText = "usage: ferrolog-cat [-n COUNT] FILE\n";
+constexpr char const* helpText =
+    "usage: ferrolog-cat [-n COUNT] FILE\n"
+    "\n"
+    "Prints the trace FILE: its messages, oldest first, and what it no longer holds.\n"
+    "The process that wrote it may be alive or dead, and of either word size.\n"
+    "\n"
+    "  -n COUNT   the last COUNT messages alone\n"
+    "  --help     prints this\n"
+    "  --version  prints the version\n"
+    "\n"
+    "Exit status: 0 if the file could be read, 1 if not, 2 for wrong arguments.\n";
+constexpr char const* versionText = "ferrolog-cat " BRIXO_VERSION "\n";
+
 struct Arguments {
     std::size_t count = static_cast<std::size_t>(-1);
     char const* path = nullptr;
+    char const* answer = nullptr; // printed instead of a file
 };
 
 std::optional<Arguments> parse(int argc, char** argv) {
+    static constexpr option longOptions[] = {
+        {"help", no_argument, nullptr, 'h'}, {"version", no_argument, nullptr, 'v'}, {}};
     Arguments arguments;
-    for (int option = 0; (option = ::getopt(argc, argv, "n:")) != -1;) {
+    for (int option = 0; (option = ::getopt_long(argc, argv, "n:", longOptions, nullptr)) != -1;) {
+        if (option == 'h' || option == 'v') {
+            arguments.answer = option == 'h' ? helpText : versionText;
+            return arguments;
+        }
         if (option != 'n') {
             return std::nullopt;
         }
@@ -123,13 +145,26 @@ void printSummary(Reader const& reader, std::size_t count) {
     }
 }
 
+// The exit status, once what was printed has arrived or not.
+int finish() {
+    if (std::ferror(stdout) == 0 && std::fflush(stdout) == 0) {
+        return 0;
+    }
+    std::fputs("ferrolog-cat: cannot write to standard output\n", stderr);
+    return 1;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
     std::optional<Arguments> const arguments = parse(argc, argv);
     if (!arguments) {
-        std::fputs("usage: ferrolog-cat [-n COUNT] FILE\n", stderr);
+        std::fputs(usageText, stderr);
         return 2;
+    }
+    if (arguments->answer != nullptr) {
+        std::fputs(arguments->answer, stdout);
+        return finish();
     }
     Reader const reader{std::string(arguments->path)};
     if (!reader.error().empty()) {
@@ -139,5 +174,5 @@ int main(int argc, char** argv) {
     }
     printMessages(reader, arguments->count);
     printSummary(reader, arguments->count);
-    return std::ferror(stdout) != 0 || std::fflush(stdout) != 0 ? 1 : 0;
+    return finish();
 }
