@@ -96,6 +96,14 @@ public:
         }
     }
 
+    // Stands on the first member that orders behind the key, whether or not the key is here. One look-up, and a step for each
+    // member of the key's hash that does not order behind it.
+    IteratorConst behind(const Key& key) const noexcept {
+        IteratorConst at(*this, keyHash(key));
+        while (at && !ordersBefore(key, at->fwkKey())) ++at;
+        return at;
+    }
+
     // Whether `a` comes before `b` in every map of this kind.
     static bool ordersBefore(const Key& a, const Key& b) noexcept {
         const U32 foldOfA = keyFold<Key>(a);
@@ -178,6 +186,10 @@ public:
 
     explicit IteratorConst(const HashMap& map) noexcept
         : map_(&map), member_(static_cast<Entry*>(map.buckets_.first(place_))) {}
+
+    // On the first member whose hash is not below `hash`.
+    IteratorConst(const HashMap& map, U32 hash) noexcept
+        : map_(&map), member_(static_cast<Entry*>(map.buckets_.notBelow(Ops(), hash, place_))) {}
 
     Entry& operator*() const noexcept { return *member_; }
 

@@ -103,6 +103,10 @@ public:
 
     Iterator begin() const noexcept { return Iterator(map_.begin()); }
 
+    // Stands on the first member that orders behind the key, which need not be here: where to go on when others had their
+    // turn at the collection since the member with this key was removed.
+    Iterator behind(const Key& key) const noexcept { return Iterator(map_.behind(key)); }
+
     std::default_sentinel_t end() const noexcept { return {}; }
 
     // How many broken invariants the map can see in itself. O(count).

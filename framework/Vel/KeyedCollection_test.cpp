@@ -68,7 +68,7 @@ void agreesWithModel(unsigned seed, MakeKey makeKey) {
     for (int i = 0; i < 100'000; ++i) {
         const K key = makeKey(random);
         const int value = static_cast<int>(random() % 1000);
-        switch (random() % 8) {
+        switch (random() % 9) {
         case 0:
         case 1:
         case 2:
@@ -88,6 +88,13 @@ void agreesWithModel(unsigned seed, MakeKey makeKey) {
                 ASSERT_EQ(collection.first(), nullptr);
             }
             break;
+        case 7: {
+            const auto position = collection.behind(key);
+            const auto expected = model.upper_bound(key);
+            ASSERT_EQ(static_cast<bool>(position), expected != model.end());
+            ASSERT_TRUE(!position || position.key() == expected->first);
+            break;
+        }
         default:
             if (random() % 2000 == 0) expectSame(collection, model);
             if (random() % 20'000 == 0) {
@@ -106,6 +113,19 @@ void agreesWithModel(unsigned seed, MakeKey makeKey) {
         ASSERT_TRUE(!position || position.key() == model.begin()->first);
     }
     expectSame(collection, model);
+}
+
+TEST(KeyedCollection, AWalkGoesOnBehindAKeyOfACrowdedHash) {
+    KeyedCollection<Member<U64>> collection;
+    for (U64 n = 0; n < 100; ++n) collection.create(n << 32 | n, 1); // all of one hash
+    for (U64 n = 0; n < 100; n += 2) {
+        collection.del(n << 32 | n);
+        const auto position = collection.behind(n << 32 | n);
+        ASSERT_TRUE(position);
+        EXPECT_EQ(position.key(), (n + 1) << 32 | (n + 1));
+    }
+    EXPECT_FALSE(collection.behind(U64{99} << 32 | 99));
+    EXPECT_EQ(collection.behind(U64{5} << 32 | 5).key(), U64{7} << 32 | 7);
 }
 
 TEST(KeyedCollection, AgreesWithAModelForEveryKindOfKey) {

@@ -19,7 +19,7 @@ public:
 
     ~Notifiee() override {
         const Notifier* const from = notifier();
-        if (from != nullptr && (isRegisteredNotifiee() || from->notifiees().isInPass()))
+        if (isInPassOf(from) || (from != nullptr && isRegisteredNotifiee()))
             from->notifiees().forget(this);
     }
 
@@ -34,6 +34,9 @@ public:
         const Ptr<const PtrInterface> from = PtrInterface::NotifieeConst::notifier();
         if (to == from.ptr()) return;
         if (isRegisteredNotifiee()) leave();
+        // Nobody will know any more when one that is not counted dies: a running pass leaves it out from now on.
+        if (references() == 0 && isInPassOf(Notifiee::notifier()))
+            Notifiee::notifier()->notifiees().forget(this);
         notifierAssign(to);
         if (isRegisteredNotifiee()) join();
     }
@@ -63,6 +66,10 @@ private:
             join();
         else
             leave();
+    }
+
+    static bool isInPassOf(const Notifier* notifier) noexcept {
+        return notifier != nullptr && notifier->notifiees().isInPass();
     }
 
     void join() {

@@ -66,6 +66,40 @@ TEST(Notifiee, OneThatIsDestroyedDuringAPassIsNotCalled) {
     EXPECT_EQ(bell->notifiees().size(), 1u);
 }
 
+TEST(Notifiee, OneThatIsDetachedAndDestroyedDuringAPassIsNotCalled) {
+    class Doomed : public Bell::NotifieeConst {
+    public:
+        void onRing() override { ADD_FAILURE() << "it is gone"; }
+    };
+
+    class Destroyer : public Bell::NotifieeConst {
+    public:
+        void onRing() override {
+            unregistered->isRegisteredNotifieeIs(false);
+            unregistered->notifierIs(nullptr);
+            unregistered.reset();
+            detached->notifierIs(nullptr);
+            detached.reset();
+        }
+
+        std::unique_ptr<Doomed> unregistered = std::make_unique<Doomed>();
+        std::unique_ptr<Doomed> detached = std::make_unique<Doomed>();
+    };
+
+    const Ptr<Bell> bell = new Bell;
+    const Ptr<Destroyer> destroyer = new Destroyer;
+    for (Bell::NotifieeConst* const listener :
+         {static_cast<Bell::NotifieeConst*>(destroyer.ptr()),
+          static_cast<Bell::NotifieeConst*>(destroyer->unregistered.get()),
+          static_cast<Bell::NotifieeConst*>(destroyer->detached.get())}) {
+        listener->notifierIs(bell);
+        listener->isRegisteredNotifieeIs(true);
+    }
+    bell->ring();
+    EXPECT_EQ(bell->notifiees().size(), 1u);
+    EXPECT_EQ(bell->references(), 2u);
+}
+
 TEST(Notifiee, OneThatIsNotCountedMayLeaveInsideItsCallback) {
     class Leaving : public Bell::NotifieeConst {
     public:

@@ -40,8 +40,7 @@ public:
 
     // Tells who is still registered that the notifier's last reference is gone.
     void zeroReferencesIs(bool zero) override {
-        // A callback may drop the last reference; with none left this already is the end, and nothing may revive it.
-        const Ptr<const Notifier> alive(this->references() != 0 ? this : nullptr);
+        const Ptr<const Notifier> alive = kept();
         if (zero && !notifiees_.empty())
             pass(AttributeId{0},
                  [](PtrInterface::NotifieeConst& notifiee) { notifiee.onZeroReferences(); });
@@ -50,6 +49,10 @@ public:
 
 protected:
     using Base::Base;
+
+    // For a member function that goes on behind a pass: a callback may drop the last reference. None where there is no
+    // reference: nobody counts the notifier, or this already is its end, and nothing may revive it.
+    Ptr<const Notifier> kept() const noexcept { return this->references() != 0 ? this : nullptr; }
 
     Notifier() = default;
 

@@ -43,16 +43,20 @@ Ptr<DalProcessingStatus> DalProcessingStatusCol::processingStatusDel(DalId dalId
     return status;
 }
 
+// A callback may remove whatever is behind the member, add to it, and drop the collection.
 Ptr<DalProcessingStatus> DalProcessingStatusCol::processingStatusDel(
     ProcessingStatus::Iterator& position) {
-    Ptr<DalProcessingStatus> status = position.entry();
-    processingStatus_.del(position);
+    const auto alive = kept();
+    Ptr<DalProcessingStatus> status = processingStatus_.del(position.key());
     processingStatusNotify(status->dalId());
+    position = alive && references() == 1 ? ProcessingStatus::Iterator()
+                                          : processingStatus_.behind(status->dalId());
     return status;
 }
 
 // Over a list of its own: a callback may add and remove statuses, and what it adds stays.
 void DalProcessingStatusCol::processingStatusDelAll() {
+    const auto alive = kept();
     std::vector<Ptr<DalProcessingStatus>> present;
     present.reserve(processingStatus_.count());
     for (const auto& [dalId, status] : processingStatus_) present.push_back(status);

@@ -59,9 +59,12 @@ public:
     Vel::Ptr<DalProcessingStatus> processingStatusIs(DalId dalId);
     // Removes a status and tells the notifiees. Returns it; null, and nobody is told, when there is none.
     Vel::Ptr<DalProcessingStatus> processingStatusDel(DalId dalId);
-    // The same of the status on which the iterator stands; the iterator goes on to the next one before anybody is told.
+    // The same of the status on which the iterator stands. When the notifiees have been told, it stands on the first member
+    // behind the removed one of those that are there then, whatever the callbacks removed or added; at the end if there is
+    // none, or if a callback dropped the last reference to the collection, which is gone on return.
     Vel::Ptr<DalProcessingStatus> processingStatusDel(ProcessingStatus::Iterator& position);
-    // Removes every status that is there now, one after another in the map's order; the notifiees are told of each.
+    // Removes every status that is there now, one after another in the map's order; the notifiees are told of each. What they
+    // add meanwhile stays. Throws std::bad_alloc and changes nothing if there is no memory for the list of those to remove.
     void processingStatusDelAll();
     // Tells the notifiees that something has happened to the status of that id.
     void processingStatusNotify(DalId dalId);

@@ -151,6 +151,108 @@ TEST_P(DalProcessingStatusColInBothModes, WhatACallbackOfDelAllAddsStays) {
     EXPECT_EQ(col->processingStatuss(), 3u);
 }
 
+TEST_P(DalProcessingStatusColInBothModes, DelAllEndsWellWhenACallbackDropsTheCollection) {
+    Ptr<DalProcessingStatusCol> other = new DalProcessingStatusCol;
+    const Ptr<Watcher> dropping = new Watcher;
+    dropping->notifierIs(other);
+    dropping->isRegisteredNotifieeIs(true);
+    for (const U8 id : {U8{1}, U8{2}, U8{3}}) other->processingStatusIs(DalId(id));
+    const Ptr<DalProcessingStatus> last = other->processingStatus(DalId(3));
+    dropping->take();
+    dropping->action = [&](DalId) {
+        dropping->notifierIs(nullptr);
+        other = nullptr;
+    };
+    DalProcessingStatusCol* const raw = other.ptr();
+    const DalId first = raw->processingStatus().begin().key();
+    raw->processingStatusDelAll();
+    EXPECT_EQ(dropping->take(), "-" + std::to_string(first.id()) + " ") << "it listens no more";
+    EXPECT_EQ(last->references(), 1u) << "the collection is gone, and its members with it";
+}
+
+// The ids in the order of the collection.
+std::vector<DalId> walked(const DalProcessingStatusCol& col) {
+    std::vector<DalId> ids;
+    for (const auto& [dalId, status] : col.processingStatus()) ids.push_back(dalId);
+    return ids;
+}
+
+TEST_P(DalProcessingStatusColInBothModes, AnIteratorPassesOverWhatTheCallbackRemoves) {
+    for (unsigned id = 0; id < 256; ++id) col->processingStatusIs(DalId(static_cast<U8>(id)));
+    const std::vector<DalId> ids = walked(*col);
+    watcher->take();
+    watcher->action = [&](DalId) {
+        watcher->action = nullptr;
+        for (const std::size_t at : {0U, 2U, 3U, 4U, 255U}) col->processingStatusDel(ids[at]);
+    };
+    auto position = ++col->processingStatus().begin();
+    ASSERT_EQ(position.key(), ids[1]);
+    col->processingStatusDel(position);
+    ASSERT_TRUE(position);
+    EXPECT_EQ(position.key(), ids[5]);
+    for (std::size_t at = 5; at < 255; ++at) {
+        ASSERT_TRUE(position);
+        EXPECT_EQ(col->processingStatusDel(position)->dalId(), ids[at]);
+    }
+    EXPECT_FALSE(position);
+    EXPECT_EQ(col->processingStatuss(), 0u);
+}
+
+TEST_P(DalProcessingStatusColInBothModes, AnIteratorIsAtTheEndWhenTheCallbackRemovesTheRest) {
+    for (const U8 id : {U8{1}, U8{2}, U8{3}, U8{4}}) col->processingStatusIs(DalId(id));
+    watcher->action = [&](DalId) {
+        watcher->action = nullptr;
+        col->processingStatusDelAll();
+    };
+    auto position = col->processingStatus().begin();
+    col->processingStatusDel(position);
+    EXPECT_FALSE(position);
+    EXPECT_EQ(col->processingStatuss(), 0u);
+}
+
+TEST_P(DalProcessingStatusColInBothModes, AnIteratorDoesNotTurnBackForWhatTheCallbackAdds) {
+    for (const U8 id : {U8{1}, U8{2}, U8{3}, U8{4}}) col->processingStatusIs(DalId(id));
+    const std::vector<DalId> ids = walked(*col);
+    col->processingStatusDel(ids[2]);
+    watcher->action = [&](DalId dalId) {
+        watcher->action = nullptr;
+        col->processingStatusIs(dalId);
+        col->processingStatusIs(ids[2]);
+    };
+    auto position = ++col->processingStatus().begin();
+    EXPECT_EQ(col->processingStatusDel(position)->dalId(), ids[1]);
+    ASSERT_TRUE(position);
+    EXPECT_EQ(position.key(), ids[2]) << "who was added behind it is met";
+    EXPECT_EQ(walked(*col), ids);
+}
+
+TEST_P(DalProcessingStatusColInBothModes, AnIteratorIsAtTheEndWhenTheCallbackDropsTheCollection) {
+    Ptr<DalProcessingStatusCol> other = new DalProcessingStatusCol;
+    const Ptr<Watcher> dropping = new Watcher;
+    dropping->notifierIs(other);
+    dropping->isRegisteredNotifieeIs(true);
+    for (const U8 id : {U8{1}, U8{2}}) other->processingStatusIs(DalId(id));
+    dropping->action = [&](DalId) {
+        dropping->notifierIs(nullptr);
+        other = nullptr;
+    };
+    DalProcessingStatusCol* const raw = other.ptr();
+    auto position = raw->processingStatus().begin();
+    EXPECT_NE(raw->processingStatusDel(position), nullptr);
+    EXPECT_FALSE(position);
+}
+
+TEST(DalProcessingStatusCol, OneThatNobodyCountsIsKeptByNobody) {
+    DalProcessingStatusCol col;
+    for (const U8 id : {U8{1}, U8{2}, U8{3}}) col.processingStatusIs(DalId(id));
+    auto position = col.processingStatus().begin();
+    col.processingStatusDel(position);
+    EXPECT_TRUE(position);
+    EXPECT_EQ(col.processingStatuss(), 2u);
+    col.processingStatusDelAll();
+    EXPECT_EQ(col.processingStatuss(), 0u);
+}
+
 TEST_P(DalProcessingStatusColInBothModes, AWatcherThatThrowsStopsNobody) {
     const Ptr<Watcher> second = new Watcher;
     second->notifierIs(col);
