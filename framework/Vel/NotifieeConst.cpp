@@ -1,9 +1,14 @@
 #include <Vel/NotifieeConst.h>
 
-#include <Vel/Exception.h>
 #include <Vel/TraceHandle.h>
+#include <Vel/VelAttr.h>
+#include <Vel/VelType.h>
+#include <Vel/detail/typeName.h>
 #include <Vel/traceHelper.h>
 #include <exception>
+#include <ostream>
+#include <typeinfo>
+#include <utility>
 
 namespace Vel {
 
@@ -14,18 +19,66 @@ const TraceHandle& trace() {
     return *handle;
 }
 
-// Inside a handler: what was thrown, in words.
-String8 thrownText() {
+// The attribute whose callback has thrown, while its notifiee is asked what to do; 0 if it is none.
+constinit thread_local AttributeId thrownOn = 0;
+
+class ThrownOn {
+public:
+    explicit ThrownOn(AttributeId attribute) noexcept
+        : outer_(std::exchange(thrownOn, attribute)) {}
+
+    ~ThrownOn() { thrownOn = outer_; }
+
+    ThrownOn(const ThrownOn&) = delete;
+    ThrownOn& operator=(const ThrownOn&) = delete;
+
+private:
+    AttributeId outer_;
+};
+
+// What is being handled, in words; nothing here needs memory.
+struct Thrown {
+    friend std::ostream& operator<<(std::ostream& out, const Thrown&) noexcept {
+        try {
+            throw;
+        } catch (const std::exception& thrown) {
+            return out << thrown.what();
+        } catch (...) {
+            return out << "something that is no exception";
+        }
+    }
+};
+
+struct ClassOf {
+    const PtrInterface& object;
+
+    friend std::ostream& operator<<(std::ostream& out, const ClassOf& of) noexcept {
+        detail::writeTypeName(out, typeid(of.object));
+        return out;
+    }
+};
+
+// Null where the notifier's class does not know it, or cannot be described for want of memory.
+const VelAttr* attributeOf(const PtrInterface* notifier, AttributeId id) noexcept {
     try {
-        throw;
-    } catch (const Exception& thrown) {
-        return thrown.text();
-    } catch (const std::exception& thrown) {
-        return String8(thrown.what());
+        return notifier != nullptr ? notifier->fwkType()->attr(id) : nullptr;
     } catch (...) {
-        return String8("something that is no exception");
+        return nullptr;
     }
 }
+
+// " on attribute lastProcessedCmdIndex", or its id; nothing for 0.
+struct On {
+    const PtrInterface* notifier;
+    AttributeId id;
+
+    friend std::ostream& operator<<(std::ostream& out, const On& on) noexcept {
+        if (on.id == 0) return out;
+        out << " on attribute ";
+        const VelAttr* const attribute = attributeOf(on.notifier, on.id);
+        return attribute != nullptr ? out << attribute->name() : out << on.id;
+    }
+};
 
 // Runs `handler` inside a handler, and lets nothing out of it.
 template <class Handler>
@@ -34,7 +87,7 @@ void dropThrown(Handler handler) noexcept {
         handler();
     } catch (...) {
         try {
-            VEL_TRACE(trace(), 1, "onNotificationException threw: " << thrownText());
+            VEL_TRACE(trace(), 1, "onNotificationException threw: " << Thrown());
         } catch (...) { // no memory even to say so
         }
     }
@@ -53,6 +106,7 @@ void PtrInterface::NotifieeConst::notifierIs(const Ptr<const PtrInterface>& noti
 }
 
 void PtrInterface::NotifieeConst::isRegisteredNotifieeIs(bool registered) {
+    trace(); // made while there is memory, for the time when there may be none
     isRegistered_ = registered;
 }
 
@@ -75,13 +129,19 @@ void PtrInterface::NotifieeConst::onCollectionNotification(String8) {}
 
 void PtrInterface::NotifieeConst::onNotification() {}
 
-void PtrInterface::NotifieeConst::onNotificationException() {}
+void PtrInterface::NotifieeConst::onNotificationException() {
+    if (std::current_exception() == nullptr) return;
+    VEL_TRACE(trace(), 1,
+              ClassOf{*this} << " threw" << On{notifier_.ptr(), thrownOn} << ": " << Thrown());
+}
 
-void PtrInterface::NotifieeConst::onNotificationException(AttributeId) {
+void PtrInterface::NotifieeConst::onNotificationException(AttributeId attribute) {
+    const ThrownOn on(attribute);
     onNotificationException();
 }
 
 void PtrInterface::NotifieeConst::handleNotificationException() noexcept {
+    const ThrownOn on(0);
     dropThrown([this] { onNotificationException(); });
 }
 

@@ -6,7 +6,9 @@
 // Active:     a notifiee is born active. An inactive one is out of the list and remembers, in bit 19 of its flag word,
 //             whether it comes back when it is activated.
 // Callbacks:  do nothing unless overridden. What a callback throws goes to the same notifiee's
-//             handleNotificationException() and stops nobody; what that throws is traced by "VelNotification" at level 1.
+//             handleNotificationException() and stops nobody. Unless the notifiee decides otherwise it is traced, by the
+//             handle "VelNotification" at level 1, which is on while no setting turns it off; so is what an overridden
+//             onNotificationException() throws.
 // Threads:    those of the notifier: one at a time.
 #pragma once
 
@@ -60,7 +62,10 @@ public:
     virtual void onNotification();
 
     // A callback has thrown. Called inside the handler, so std::current_exception() is what was thrown. The form with
-    // the attribute calls the form without.
+    // the attribute calls the form without, which traces one line:
+    //     Progress threw on attribute lastProcessedCmdIndex: no pen
+    // with the id where the notifier's class does not know the attribute, and without one if it is 0: the end of the
+    // notifier, or nobody said. Needs no memory: without any the line is cut, and the class's name as the compiler gave it.
     virtual void onNotificationException();
     virtual void onNotificationException(AttributeId attribute);
 

@@ -1,5 +1,7 @@
 #include <Vel/NotifieeConst.h>
 
+#include <Vel/RangeException.h>
+#include <Vel/TraceCapture.h>
 #include <gtest/gtest.h>
 #include <stdexcept>
 #include <string>
@@ -103,6 +105,76 @@ TEST(NotifieeConst, WhatAnExceptionHandlerThrowsIsDropped) {
     listener->throwsAgain = true;
     listener->handleNotificationException(131);
     EXPECT_EQ(listener->said, "exception ");
+}
+
+// One that decides nothing.
+class Careless : public PtrInterface::NotifieeConst {
+public:
+    template <class Thrown, class... Attribute>
+    void handleThrown(const Thrown& thrown, Attribute... attribute) {
+        try {
+            throw thrown;
+        } catch (...) {
+            handleNotificationException(attribute...);
+        }
+    }
+};
+
+TEST(NotifieeConst, WhatACallbackThrowsIsTracedUnlessTheNotifieeDecides) {
+    TraceCapture capture;
+    const Ptr<Careless> careless = new Careless;
+    careless->handleThrown(std::runtime_error("no"), AttributeId{131});
+    EXPECT_EQ(capture.take(), "VelNotification/1 Vel::(anonymous namespace)::Careless threw on "
+                              "attribute 131: no\n");
+    careless->handleThrown(7, AttributeId{131});
+    EXPECT_EQ(capture.take(), "VelNotification/1 Vel::(anonymous namespace)::Careless threw on "
+                              "attribute 131: something that is no exception\n");
+    careless->handleThrown(RangeException("too far", {}));
+    careless->handleThrown(std::runtime_error("end"), AttributeId{0});
+    EXPECT_EQ(capture.take(),
+              "VelNotification/1 Vel::(anonymous namespace)::Careless threw: too far\n"
+              "VelNotification/1 Vel::(anonymous namespace)::Careless threw: end\n");
+    const Ptr<Listener> listener = new Listener;
+    try {
+        throw 7;
+    } catch (...) {
+        listener->handleNotificationException(131);
+    }
+    EXPECT_EQ(capture.take(), "");
+}
+
+TEST(NotifieeConst, WhoDecidesMayHaveItTracedToo) {
+    class Both : public Careless {
+    public:
+        using NotifieeConst::onNotificationException;
+
+        void onNotificationException(AttributeId attribute) override {
+            ++decided;
+            NotifieeConst::onNotificationException(attribute);
+            NotifieeConst::onNotificationException();
+        }
+
+        int decided = 0;
+    };
+
+    TraceCapture capture;
+    const Ptr<Both> both = new Both;
+    both->handleThrown(std::runtime_error("no"), AttributeId{131});
+    const std::string lines = capture.take();
+    EXPECT_EQ(both->decided, 1);
+    EXPECT_TRUE(lines.ends_with("Both threw: no\n")) << lines;
+    EXPECT_NE(lines.find("Both threw on attribute 131: no\n"), std::string::npos) << lines;
+}
+
+TEST(NotifieeConst, NothingIsTracedWhereNothingWasThrownOrTheHandleIsOff) {
+    TraceCapture capture;
+    const Ptr<Careless> careless = new Careless;
+    careless->onNotificationException();
+    careless->onNotificationException(131);
+    TraceHandle::settingsAre("VelNotification/none");
+    careless->handleThrown(7, AttributeId{131});
+    TraceHandle::settingsAre("VelNotification/0-1");
+    EXPECT_EQ(capture.take(), "");
 }
 
 TEST(NotifieeConst, NothingElseDoesAnythingUnlessOverridden) {

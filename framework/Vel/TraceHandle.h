@@ -77,7 +77,8 @@ public:
         on_.store(set & allLevels, std::memory_order_relaxed);
     }
 
-    // Writes the line whether or not the level is on; traceHelper.h asks first. Leaves errno alone.
+    // Writes the line whether or not the level is on; traceHelper.h asks first. Leaves errno alone. Without memory a line of
+    // more than 500 bytes is cut.
     void write(unsigned level, std::string_view text) const;
 
     // Applies settings, see above. Returns whether all of them were well formed.

@@ -1,6 +1,7 @@
 #include <Brixo/DalProcessingStatus.h>
 
 #include <Brixo/testing/CollectionConformance.h>
+#include <Vel/TraceCapture.h>
 #include <Vel/testing/LiveObjects.h>
 #include <atomic>
 #include <functional>
@@ -167,6 +168,34 @@ TEST_P(DalProcessingStatusInBothModes, AWatcherThatThrowsStopsNobody) {
     EXPECT_EQ(first->thrown, std::vector<Vel::AttributeId>{132});
     EXPECT_EQ(second->seen, std::vector<U64>{5});
     EXPECT_TRUE(second->thrown.empty());
+}
+
+// It decides nothing about what its callbacks throw.
+class Careless : public DalProcessingStatus::NotifieeConst {
+public:
+    void onLastProcessedCmdIndex() override {
+        if (leaves) notifierIs(nullptr);
+        throw std::runtime_error("no pen");
+    }
+
+    bool leaves = false;
+};
+
+TEST_P(DalProcessingStatusInBothModes, WhatAWatcherThrowsIsTracedByDefault) {
+    const Ptr<DalProcessingStatus> status = dalProcessingStatusFactory(DalId(3));
+    const Ptr<Careless> careless = new Careless;
+    careless->notifierIs(status);
+    careless->isRegisteredNotifieeIs(true);
+    const Ptr<Watcher> second = watcherOf(status);
+    Vel::TraceCapture capture;
+    status->lastProcessedCmdIndexIs(5);
+    EXPECT_EQ(capture.take(), "VelNotification/1 Brixo::(anonymous namespace)::Careless threw on "
+                              "attribute lastProcessedCmdIndex: no pen\n");
+    careless->leaves = true;
+    status->lastProcessedCmdIndexIs(6);
+    EXPECT_EQ(capture.take(), "VelNotification/1 Brixo::(anonymous namespace)::Careless threw on "
+                              "attribute 132: no pen\n");
+    EXPECT_EQ(second->seen, (std::vector<U64>{5, 6}));
 }
 
 TEST_P(DalProcessingStatusInBothModes, AWatcherMayComeAndGoInsideACallback) {

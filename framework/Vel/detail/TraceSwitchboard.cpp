@@ -1,10 +1,13 @@
 #include <Vel/detail/TraceSwitchboard.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
+#include <exception>
 #include <fcntl.h>
 #include <system_error>
 #include <unistd.h>
@@ -25,8 +28,60 @@ void writeAll(int fd, std::string_view line) noexcept {
     }
 }
 
+// A line under construction: in place while it is short, else on the heap. Without memory it is cut where the place ends.
+class Line {
+public:
+    void add(std::string_view text) noexcept {
+        if (!isLong()) {
+            const std::size_t fitting = std::min(text.size(), sizeof(short_) - 1 - length_);
+            std::memcpy(short_ + length_, text.data(), fitting);
+            length_ += fitting;
+            text.remove_prefix(fitting);
+        }
+        if (!text.empty() && !isCut_) addLong(text);
+    }
+
+    // Whatever the text holds, it stays one line.
+    void addPrintable(std::string_view text) noexcept {
+        for (const char c : text) {
+            const auto byte = static_cast<unsigned char>(c);
+            constexpr std::string_view digits = "0123456789abcdef";
+            if (byte >= 0x20 && byte != 0x7f)
+                add({&c, 1});
+            else
+                add({std::array{'\\', 'x', digits[byte >> 4], digits[byte & 0xf]}.data(), 4});
+        }
+    }
+
+    // The line and its end; nothing is added behind that.
+    std::string_view ended() noexcept {
+        if (isLong()) return long_ += '\n'; // there is room for it
+        short_[length_] = '\n';
+        return {short_, length_ + 1};
+    }
+
+private:
+    bool isLong() const noexcept { return !long_.empty(); }
+
+    void addLong(std::string_view text) noexcept {
+        try {
+            long_.reserve((isLong() ? long_.size() : length_) + text.size() + 1);
+        } catch (const std::exception&) {
+            isCut_ = true;
+            return;
+        }
+        if (!isLong()) long_.assign(short_, length_);
+        long_ += text;
+    }
+
+    char short_[512];
+    std::size_t length_ = 0; // of what is in place
+    std::string long_;
+    bool isCut_ = false;
+};
+
 // Time, process, handle and level: everything that stands before the text.
-std::string lineStart(const TraceHandle& handle, unsigned level) {
+void addStart(Line& line, const TraceHandle& handle, unsigned level) noexcept {
     timespec now{};
     ::clock_gettime(CLOCK_REALTIME, &now);
     std::tm utc{};
@@ -35,25 +90,11 @@ std::string lineStart(const TraceHandle& handle, unsigned level) {
     const std::size_t dated = std::strftime(start, sizeof(start), "%Y-%m-%dT%H:%M:%S", &utc);
     std::snprintf(start + dated, sizeof(start) - dated, ".%06ldZ %d ", now.tv_nsec / 1000,
                   static_cast<int>(::getpid()));
-    std::string line(start);
-    line += handle.name().view();
-    line += '/';
-    line += std::to_string(level);
-    line += ' ';
-    return line;
-}
-
-void addPrintable(std::string& line, std::string_view text) {
-    for (const char c : text) {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte >= 0x20 && byte != 0x7f) {
-            line += c;
-        } else {
-            line += "\\x";
-            line += "0123456789abcdef"[byte >> 4];
-            line += "0123456789abcdef"[byte & 0xf];
-        }
-    }
+    line.add(start);
+    line.add(handle.name().view());
+    char end[16];
+    std::snprintf(end, sizeof(end), "/%u ", level);
+    line.add(end);
 }
 
 // Tracing must not disturb the error number that its caller is about to look at.
@@ -94,13 +135,13 @@ void TraceSwitchboard::openFile(const char* path) {
 }
 
 void TraceSwitchboard::complain(const char* source, std::string_view what, std::string_view why) {
-    std::string line(source);
-    line += ": \"";
-    addPrintable(line, what);
-    line += "\": ";
-    line += why;
-    line += '\n';
-    writeAll(STDERR_FILENO, line);
+    Line line;
+    line.add(source);
+    line.add(": \"");
+    line.addPrintable(what);
+    line.add("\": ");
+    line.add(why);
+    writeAll(STDERR_FILENO, line.ended());
 }
 
 bool TraceSwitchboard::Rule::names(const TraceHandle& handle) const {
@@ -193,10 +234,10 @@ void TraceSwitchboard::write(const TraceHandle& handle, unsigned level, std::str
         const std::shared_lock lock(sinkMutex_);
         if (sink_ != nullptr) return sink_->line(handle, level, text);
     }
-    std::string line = lineStart(handle, level);
-    addPrintable(line, text);
-    line += '\n';
-    writeAll(fd_, line);
+    Line line;
+    addStart(line, handle, level);
+    line.addPrintable(text);
+    writeAll(fd_, line.ended());
 }
 
 } // namespace Vel
