@@ -11,6 +11,7 @@
 #include <Vel/Integers.h>
 #include <Vel/Value.h>
 #include <bit>
+#include <concepts>
 
 namespace Orn {
 
@@ -51,16 +52,15 @@ public:
     // The lowest member above `b`, or the lowest of all if `b` is null; null when there is none. From 64 to 254, `b` is
     // taken modulo 64.
     constexpr BitId nextBitId(BitId b) const noexcept {
-        Vel::U32 lowLeft = low();
-        Vel::U32 highLeft = high();
-        if (b.value() != BitId::null()) {
-            const Vel::U32 above = ~Vel::U32{1} << position(b);
-            lowLeft = isHigh(b) ? 0 : lowLeft & above;
-            highLeft = isHigh(b) ? highLeft & above : highLeft;
+        const bool isAny = b.value() == BitId::null();
+        if constexpr (sizeof(void*) == sizeof(value_)) {
+            return lowest(isAny ? value_ : value_ & ~Vel::U64{1} << (b.value() & 63U));
+        } else {
+            const Vel::U32 above = isAny ? ~Vel::U32{0} : ~Vel::U32{1} << position(b);
+            if (!isAny && isHigh(b)) return lowest(high() & above, 32);
+            const Vel::U32 lowLeft = low() & above;
+            return lowLeft != 0 ? lowest(lowLeft) : lowest(high(), 32);
         }
-        if (lowLeft != 0) return BitId(static_cast<Vel::U8>(std::countr_zero(lowLeft)));
-        if (highLeft != 0) return BitId(static_cast<Vel::U8>(32 + std::countr_zero(highLeft)));
-        return BitId(BitId::null());
     }
 
     static constexpr auto schema() {
@@ -81,6 +81,13 @@ private:
     constexpr Vel::U32 low() const noexcept { return static_cast<Vel::U32>(value_); }
 
     constexpr Vel::U32 high() const noexcept { return static_cast<Vel::U32>(value_ >> 32); }
+
+    // The lowest bit of what is left of a word, counted from `base`; null if nothing is.
+    template <std::unsigned_integral Word>
+    static constexpr BitId lowest(Word left, unsigned base = 0) noexcept {
+        if (left == 0) return BitId(BitId::null());
+        return BitId(static_cast<Vel::U8>(base + static_cast<unsigned>(std::countr_zero(left))));
+    }
 
     static constexpr bool isHigh(BitId b) noexcept { return (b.value() & 32) != 0; }
 

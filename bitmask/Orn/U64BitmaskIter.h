@@ -2,37 +2,39 @@
 //
 //     for (Orn::U64BitmaskIter it(mask); it; ++it) use(it.key());
 //
-// Holds:  what is left of a copy of the word: later changes of the mask are not seen.
+// Holds:  a copy of the mask, so that its later changes are not seen; the member it stands on, null when there is none; and
+//         whether it is finished. In this order: a word, a byte, a byte.
+// Cost:   a step finds the next member from the one before: a shift, an AND and a search for the lowest bit.
 // Errors: key() and operator* assert "inRange()".
 #pragma once
 
 #include <Orn/BitId.h>
 #include <Orn/U64Bitmask.h>
 #include <Vel/Assert.h>
-#include <Vel/Integers.h>
-#include <bit>
 
 namespace Orn {
 
 class U64BitmaskIter {
 public:
     // Stands on the lowest member at once, or is finished if there is none.
-    constexpr explicit U64BitmaskIter(const U64Bitmask& mask) noexcept : left_(mask.value()) {}
+    constexpr explicit U64BitmaskIter(const U64Bitmask& mask) noexcept : mask_(mask) { ++*this; }
 
     // Goes on to the next member; does nothing once finished.
     constexpr U64BitmaskIter& operator++() noexcept {
-        left_ &= left_ - 1;
+        if (isFinished_) return *this;
+        current_ = mask_.nextBitId(current_);
+        isFinished_ = !inRange();
         return *this;
     }
 
     // Whether the iterator stands on a member.
-    constexpr bool inRange() const noexcept { return left_ != 0; }
+    constexpr bool inRange() const noexcept { return current_.value() < BitId::null(); }
 
     constexpr explicit operator bool() const noexcept { return inRange(); }
 
     BitId key() const {
         VEL_ASSERT_AS("inRange()", inRange());
-        return lowest();
+        return current_;
     }
 
     // Always true: whatever the iterator stands on is a member.
@@ -42,15 +44,9 @@ public:
     }
 
 private:
-    // A 32-bit processor scans the halves, as the mask does.
-    constexpr BitId lowest() const noexcept {
-        if constexpr (sizeof(void*) < sizeof(left_))
-            return U64Bitmask(left_).nextBitId(BitId(BitId::null()));
-        else
-            return BitId(static_cast<Vel::U8>(std::countr_zero(left_)));
-    }
-
-    Vel::U64 left_; // the member it stands on, and those behind it
+    U64Bitmask mask_;
+    BitId current_{BitId::null()};
+    bool isFinished_ = false;
 };
 
 } // namespace Orn

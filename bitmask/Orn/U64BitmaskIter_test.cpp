@@ -1,8 +1,12 @@
 #include <Orn/U64BitmaskIter.h>
 
 #include <Vel/testing/AssertionTesting.h>
+#include <cstddef>
+#include <cstring>
 #include <gtest/gtest.h>
+#include <ostream>
 #include <random>
+#include <type_traits>
 #include <vector>
 
 namespace Orn {
@@ -53,6 +57,51 @@ TEST(U64BitmaskIter, DoesNotSeeLaterChangesOfTheMask) {
     ++it;
     EXPECT_FALSE(it.inRange());
 }
+
+// What an iterator holds, as it lies in memory.
+struct Held {
+    U64 word;
+    Vel::U8 current;
+    Vel::U8 isFinished;
+
+    bool operator==(const Held&) const = default;
+};
+
+static_assert(std::is_trivially_copyable_v<U64BitmaskIter>);
+static_assert(sizeof(U64BitmaskIter) == sizeof(Held));
+static_assert(alignof(U64BitmaskIter) == alignof(Held));
+static_assert(offsetof(Held, current) == 8 && offsetof(Held, isFinished) == 9);
+
+Held held(const U64BitmaskIter& it) {
+    Held bytes;
+    std::memcpy(&bytes, &it, sizeof bytes);
+    return bytes;
+}
+
+void PrintTo(const Held& held, std::ostream* out) {
+    *out << held.word << ' ' << unsigned{held.current} << ' ' << unsigned{held.isFinished};
+}
+
+TEST(U64BitmaskIter, HoldsTheWordThePlaceAndWhetherItIsFinished) {
+    const U64 word = 0x8000000100000010;
+    U64BitmaskIter it{U64Bitmask(word)};
+    EXPECT_EQ(held(it), (Held{word, 4, 0}));
+    EXPECT_EQ(held(++it), (Held{word, 32, 0}));
+    EXPECT_EQ(held(++it), (Held{word, 63, 0}));
+    EXPECT_EQ(held(++it), (Held{word, 255, 1}));
+    EXPECT_EQ(held(++it), (Held{word, 255, 1})) << "nothing changes any more";
+    EXPECT_EQ(held(U64BitmaskIter{U64Bitmask()}), (Held{0, 255, 1}));
+    EXPECT_EQ(held(U64BitmaskIter{U64Bitmask(U64{1} << 63)}), (Held{U64{1} << 63, 63, 0}));
+}
+
+// The mask is walked when the program is compiled, too.
+constexpr unsigned countedMembers(U64 word) {
+    unsigned count = 0;
+    for (U64BitmaskIter it{U64Bitmask(word)}; it; ++it) ++count;
+    return count;
+}
+
+static_assert(countedMembers(~U64{0}) == 64 && countedMembers(0) == 0);
 
 TEST(U64BitmaskIterDeathTest, RefusesToReadBehindTheLastMember) {
     const U64BitmaskIter it{U64Bitmask()};
