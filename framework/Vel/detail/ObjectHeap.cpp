@@ -67,8 +67,11 @@ public:
     }
 
     // Hands the heap on when the calling thread ends, behind the destructors of its thread-local objects. The process's
-    // first thread keeps its heap to the end, for exit-time destructors.
-    void threadHas(ObjectHeap* heap) noexcept { pthread_setspecific(threadEnd_, heap); }
+    // first thread keeps its heap to the end, for exit-time destructors. False where nobody would hand it on: it has ended
+    // already, or the C library has no key or no memory for it.
+    bool threadHas(ObjectHeap* heap) noexcept {
+        return !isThreadOver && hasKey_ && pthread_setspecific(threadEnd_, heap) == 0;
+    }
 
     // One more page, as the kernel gave it.
     void* page() {
@@ -80,10 +83,11 @@ public:
             if (memory == MAP_FAILED) throw std::bad_alloc();
             auto* const start = static_cast<char*>(memory);
             const std::size_t before = -reinterpret_cast<std::uintptr_t>(start) & (pageBytes - 1);
-            if (before != 0) munmap(start, before);
+            // What the kernel does not take back stays mapped and unused.
+            if (before != 0) static_cast<void>(munmap(start, before));
             chunk_ = start + before;
             chunkEnd_ = chunk_ + chunkBytes;
-            if (before != pageBytes) munmap(chunkEnd_, pageBytes - before);
+            if (before != pageBytes) static_cast<void>(munmap(chunkEnd_, pageBytes - before));
             reserved_ += chunkBytes;
         }
         return std::exchange(chunk_, chunk_ + pageBytes);
@@ -99,17 +103,21 @@ private:
         const char* const setting = std::getenv("VEL_OBJECT_HEAP");
         const std::string_view wish = setting == nullptr ? "" : setting;
         isOff_ = isOffByDefault ? wish != "on" : wish == "off";
-        pthread_key_create(&threadEnd_, [](void* heap) {
-            isThreadOver = true;
-            current_ = nullptr;
-            only().giveBack(static_cast<ObjectHeap*>(heap));
-        });
-        pthread_atfork([] { only().mutex_.lock(); }, [] { only().mutex_.unlock(); },
-                       [] { only().mutex_.unlock(); });
+        if (isOff_) return;
+        hasKey_ = pthread_key_create(&threadEnd_, [](void* heap) {
+                      isThreadOver = true;
+                      current_ = nullptr;
+                      only().giveBack(static_cast<ObjectHeap*>(heap));
+                  }) == 0;
+        const bool survivesFork =
+            pthread_atfork([] { only().mutex_.lock(); }, [] { only().mutex_.unlock(); },
+                           [] { only().mutex_.unlock(); }) == 0;
+        isOff_ = !survivesFork; // the general allocator does
     }
 
     std::mutex mutex_;
-    pthread_key_t threadEnd_{};
+    pthread_key_t threadEnd_{}; // ours only if hasKey_
+    bool hasKey_ = false;
     ObjectHeap* idle_ = nullptr;
     char* chunk_ = nullptr;
     char* chunkEnd_ = nullptr;
@@ -130,12 +138,11 @@ void* ObjectPages::allocateElsewhere(std::size_t size) {
     ObjectHeap::Registry& registry = ObjectHeap::Registry::only();
     if (registry.isOff()) return ::operator new(size);
     ObjectHeap* const heap = registry.take();
-    if (!isThreadOver) {
-        registry.threadHas(heap);
+    if (registry.threadHas(heap)) {
         current_ = heap;
         return heap->allocateSlowly(granules);
     }
-    // A destructor that runs later still: the heap serves this one call.
+    // The heap serves this one call: of a destructor that runs later still, or of a thread that cannot keep one.
     try {
         void* const object = heap->allocateSlowly(granules);
         registry.giveBack(heap);

@@ -8,6 +8,8 @@
 //          inbox, one atomic exchange; the owner empties it when a list of free places runs out. A thread that ends leaves
 //          its heap behind, objects and all, and the next new thread takes it over: pages never change hands, and heaps
 //          live as long as the process.
+// No key:  where the C library has no key left that tells of a thread's end, heaps serve one call at a time: slower, one lock
+//          an object, and the rest as it is.
 // Sizes:   multiples of 8 bytes up to `largest`; what is larger comes from ::operator new. A place is aligned to 8 bytes,
 //          and to 16 if its size is a multiple of 16: enough for every type whose alignment new respects.
 // Memory:  comes from the kernel in pieces of 1 MiB and stays with the process.
