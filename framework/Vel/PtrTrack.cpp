@@ -1,6 +1,7 @@
 #include <Vel/PtrTrack.h>
 
 #include <Vel/PtrInterface.h>
+#include <Vel/detail/ProcessWide.h>
 #include <mutex>
 #include <set>
 
@@ -11,16 +12,16 @@ constinit bool PtrTrack::ptrifTrackOn_ = false;
 namespace {
 
 struct Tracked {
+    void beforeFork() { mutex.lock(); }
+
+    void afterFork(bool /*isChild*/) { mutex.unlock(); }
+
     std::mutex mutex;
     std::set<const void*> alive;
     std::set<const void*> leaked;
 };
 
-// Never destroyed: objects die until the very end of the process.
-Tracked& tracked() {
-    static Tracked& all = *new Tracked;
-    return all;
-}
+Tracked& tracked() { return detail::ProcessWide<Tracked>::only(); }
 
 } // namespace
 

@@ -23,7 +23,8 @@
 //           is written as \xNN, so that a line stays a line. A file is appended to, made with mode
 //           0600, and shared by any number of processes.
 // Cost:     a level that is off costs one load and one branch, and its line is not built.
-// Threads:  everything here may be called from any thread.
+// Threads:  everything here may be called from any thread, and in the child of a fork() whatever other threads did at the
+//           time; but, as any local static, the one above stays locked there if another thread was just making it.
 #pragma once
 
 #include <Vel/Export.h>
@@ -43,7 +44,7 @@ public:
     virtual ~TraceSink();
 
     // Called by the tracing thread, several threads at once. `text` is as the caller wrote it and is
-    // gone after the call. Must not trace, nor change the sink.
+    // gone after the call. Must not trace, nor change the sink, nor fork.
     virtual void line(const TraceHandle& handle, unsigned level, std::string_view text) = 0;
 };
 

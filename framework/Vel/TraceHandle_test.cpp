@@ -1,6 +1,7 @@
 #include <Vel/TraceHandle.h>
 
 #include <Vel/TraceCapture.h>
+#include <atomic>
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
@@ -223,6 +224,31 @@ TEST(TraceHandle, SendsLinesToTheInnermostSink) {
     }
     handle.write(2, "out");
     EXPECT_EQ(outer.take(), "Widget/2 out\n");
+}
+
+TEST(TraceHandle, IsMadeInAChildWhateverOtherThreadsDo) {
+    std::atomic<bool> isDone = false;
+    TraceCapture capture;
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < 2; ++thread)
+        threads.emplace_back([&] {
+            while (!isDone) TraceHandle("Other", false).write(1, "x");
+        });
+    int status = 0;
+    for (int round = 0; round < 300 && status == 0; ++round) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            ::alarm(60); // ends one that hangs
+            TraceHandle::sinkIs(nullptr);
+            const TraceHandle handle("Child", false);
+            TraceHandle::settingsAre("Child/3");
+            ::_exit(handle.isOn(3) ? 0 : 1);
+        }
+        EXPECT_EQ(::waitpid(child, &status, 0), child);
+        EXPECT_EQ(status, 0) << "round " << round;
+    }
+    isDone = true;
+    for (std::thread& thread : threads) thread.join();
 }
 
 TEST(TraceHandle, IsUsedBySeveralThreads) {

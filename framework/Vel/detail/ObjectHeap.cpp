@@ -1,5 +1,6 @@
 #include <Vel/detail/ObjectHeap.h>
 
+#include <Vel/detail/ProcessWide.h>
 #include <algorithm>
 #include <cstdlib>
 #include <mutex>
@@ -44,10 +45,7 @@ thread_local constinit ObjectPages* ObjectPages::current_ = nullptr;
 // What all heaps share. Asked when a thread makes its first object, when it ends, and when a heap needs memory.
 class ObjectHeap::Registry {
 public:
-    static Registry& only() {
-        static auto* const registry = new Registry; // for exit-time destructors of others, too
-        return *registry;
-    }
+    static Registry& only() { return ProcessWide<Registry>::only(); }
 
     bool isOff() const noexcept { return isOff_; }
 
@@ -99,6 +97,8 @@ public:
     }
 
 private:
+    friend class ProcessWide<Registry>;
+
     Registry() noexcept {
         const char* const setting = std::getenv("VEL_OBJECT_HEAP");
         const std::string_view wish = setting == nullptr ? "" : setting;
@@ -109,11 +109,11 @@ private:
                       current_ = nullptr;
                       only().giveBack(static_cast<ObjectHeap*>(heap));
                   }) == 0;
-        const bool survivesFork =
-            pthread_atfork([] { only().mutex_.lock(); }, [] { only().mutex_.unlock(); },
-                           [] { only().mutex_.unlock(); }) == 0;
-        isOff_ = !survivesFork; // the general allocator does
     }
+
+    void beforeFork() { mutex_.lock(); }
+
+    void afterFork(bool /*isChild*/) { mutex_.unlock(); }
 
     std::mutex mutex_;
     pthread_key_t threadEnd_{}; // ours only if hasKey_

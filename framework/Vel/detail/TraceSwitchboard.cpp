@@ -1,5 +1,6 @@
 #include <Vel/detail/TraceSwitchboard.h>
 
+#include <Vel/detail/ObjectHeap.h>
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -9,6 +10,7 @@
 #include <ctime>
 #include <exception>
 #include <fcntl.h>
+#include <new>
 #include <system_error>
 #include <unistd.h>
 #include <utility>
@@ -113,16 +115,26 @@ private:
 
 } // namespace
 
-TraceSwitchboard& TraceSwitchboard::global() {
-    static TraceSwitchboard& board = *new TraceSwitchboard;
-    return board;
-}
-
 TraceSwitchboard::TraceSwitchboard() {
+    // A sink may make objects, so their locks are made first.
+    static_cast<void>(detail::ObjectHeap::reservedBytes());
     if (const char* path = std::getenv("VEL_TRACE_FILE"); path != nullptr && *path != '\0')
         openFile(path);
     if (const char* settings = std::getenv("VEL_TRACE"); settings != nullptr)
         settingsAre(settings, "VEL_TRACE");
+}
+
+void TraceSwitchboard::beforeFork() {
+    sinkMutex_.lock();
+    mutex_.lock();
+}
+
+void TraceSwitchboard::afterFork(bool isChild) {
+    mutex_.unlock();
+    if (isChild) // the lock is its parent's thread's: nobody else can give it back
+        ::new (&sinkMutex_) std::shared_mutex;
+    else
+        sinkMutex_.unlock();
 }
 
 void TraceSwitchboard::openFile(const char* path) {

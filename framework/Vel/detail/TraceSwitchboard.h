@@ -2,6 +2,7 @@
 #pragma once
 
 #include <Vel/TraceHandle.h>
+#include <Vel/detail/ProcessWide.h>
 #include <mutex>
 #include <optional>
 #include <shared_mutex>
@@ -14,8 +15,8 @@ namespace Vel {
 class TraceSwitchboard {
 public:
     // Made on first use, with the settings of the environment; never destroyed, because handles of
-    // other libraries may trace until the process ends.
-    static TraceSwitchboard& global();
+    // other libraries may trace until the process ends. A fork() leaves its locks free in the child.
+    static TraceSwitchboard& global() { return detail::ProcessWide<TraceSwitchboard>::only(); }
 
     void add(TraceHandle& handle);
     void remove(TraceHandle& handle);
@@ -27,6 +28,8 @@ public:
     void write(const TraceHandle& handle, unsigned level, std::string_view text);
 
 private:
+    friend class detail::ProcessWide<TraceSwitchboard>;
+
     // What one entry says. `name` without its final "*" when that stood there.
     struct Rule {
         std::string name;
@@ -38,12 +41,16 @@ private:
 
     TraceSwitchboard();
 
+    void beforeFork();
+    void afterFork(bool isChild);
+
     static std::optional<Rule> ruleOf(std::string_view entry, std::string_view& complaint);
     static std::optional<TraceHandle::LevelSet> levelsOf(std::string_view text);
     static void complain(const char* source, std::string_view what, std::string_view why);
     void openFile(const char* path);
 
-    std::mutex mutex_; // of the handles and the rules
+    // Of the handles and the rules. A sink may make handles, so it is taken behind sinkMutex_.
+    std::mutex mutex_;
     TraceHandle* handles_ = nullptr;
     std::vector<Rule> rules_; // in the order in which they were given
     std::shared_mutex sinkMutex_;
