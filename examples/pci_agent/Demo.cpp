@@ -80,7 +80,7 @@ bool Demo::fillAndDie() {
     const U32 target = std::clamp(registers / 4 + random_() % (registers / 2), 2U, registers - 1);
     std::printf("  The agent spreads its first fill over %d s, for the kill to come in between.\n",
                 static_cast<int>(firstFill.count()));
-    const LiveLine line;
+    LiveLine line;
     const auto isReached = [&] {
         const U32 written = journal_.completedWrites();
         line.show(bar(written, registers, 60) + " " + std::to_string(written) + " of " +

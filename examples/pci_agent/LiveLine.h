@@ -9,10 +9,11 @@ namespace PciAgent {
 
 class LiveLine {
 public:
-    void show(const std::string& text) const {
-        if (!isTerminal_) return;
+    void show(const std::string& text) {
+        if (!isTerminal_ || text == shown_) return;
         std::printf("\r  %s", text.c_str());
         std::fflush(stdout);
+        shown_ = text;
     }
 
     void clear() const {
@@ -21,6 +22,7 @@ public:
 
 private:
     bool isTerminal_ = ::isatty(STDOUT_FILENO) != 0;
+    std::string shown_;
 };
 
 } // namespace PciAgent
