@@ -176,14 +176,22 @@ TEST_F(CacheTableOwners, NoticesTwoResourcesOfOneHash) {
     EXPECT_EQ(entry(*second, 5), "data") << "which is the other's";
 }
 
-TEST_F(CacheTableOwners, NoticesATableOfAnotherThread) {
+// Threads that use objects of the framework at the same time.
+class CacheTableOwnersInThreads : public CacheTableOwners {
+protected:
+    CacheTableOwnersInThreads() { Vel::VFPtrInterface::enableThreadSafePointers = true; }
+
+    ~CacheTableOwnersInThreads() override { Vel::VFPtrInterface::enableThreadSafePointers = false; }
+};
+
+TEST_F(CacheTableOwnersInThreads, NoticeEachOthersTables) {
     const Vel::Ptr<CacheTable> first = openTable(2, 4);
     std::thread([] { openTable(2, 4); }).join();
     EXPECT_EQ(lines.take(), inUse + "another table of this process\n");
 }
 
 // Of two that begin at once one says so, or both.
-TEST_F(CacheTableOwners, NoticesATableThatIsOpenedAtTheSameTime) {
+TEST_F(CacheTableOwnersInThreads, NoticeATableThatIsOpenedAtTheSameTime) {
     openTable(2, 4); // the region is made, the trace handle too
     for (unsigned round = 0; round < 50; ++round) {
         Vel::Ptr<CacheTable> tables[2];
