@@ -1,15 +1,15 @@
 #include <Vel/IntrospectionReactor.h>
 
 #include <Vel/Assert.h>
+#include <Vel/detail/environment.h>
 #include <algorithm>
-#include <cstdlib>
 
 namespace Vel {
 
 namespace {
 
 bool activeByEnvironment() noexcept {
-    const char* const word = std::getenv("VEL_INTROSPECTION");
+    const char* const word = detail::fromEnvironment("VEL_INTROSPECTION");
     return word == nullptr || Name(word) != "off";
 }
 

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cerrno>
 #include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
@@ -129,6 +130,72 @@ TEST_F(TraceFile, ThatCannotBeOpenedIsReportedAndStandardErrorServes) {
         "VEL_TRACE_FILE: \"" + path + "\": No such file or directory; tracing to standard error\n";
     ASSERT_TRUE(all.starts_with(complaint)) << all;
     EXPECT_THAT(all.substr(complaint.size()), lineWith("Widget/1 odd"));
+}
+
+class TraceFileThatIsNone : public TraceFile {
+protected:
+    // What is said of the path, and where the lines go then.
+    void expectRefused(const std::string& why) {
+        const std::string all = stderrOfChild(nullptr, path_.c_str(), [] {
+            ::alarm(60); // ends one that waits for somebody
+            TraceHandle("Widget", true).write(1, "odd");
+        });
+        const std::string complaint =
+            "VEL_TRACE_FILE: \"" + path_.string() + "\": " + why + "; tracing to standard error\n";
+        ASSERT_TRUE(all.starts_with(complaint)) << all;
+        EXPECT_THAT(all.substr(complaint.size()), lineWith("Widget/1 odd"));
+    }
+};
+
+TEST_F(TraceFileThatIsNone, AFifoThatNobodyReads) {
+    ASSERT_EQ(::mkfifo(path_.c_str(), 0600), 0);
+    expectRefused("it is not a regular file");
+}
+
+TEST_F(TraceFileThatIsNone, AFifoThatSomebodyReads) {
+    ASSERT_EQ(::mkfifo(path_.c_str(), 0600), 0);
+    const int reader = ::open(path_.c_str(), O_RDONLY | O_NONBLOCK);
+    expectRefused("it is not a regular file");
+    char byte = 0;
+    EXPECT_EQ(::read(reader, &byte, 1), 0) << "nothing was written into it";
+    ::close(reader);
+}
+
+TEST_F(TraceFileThatIsNone, ASymbolicLink) {
+    const std::filesystem::path target = directory_ / "target";
+    std::filesystem::create_symlink(target, path_);
+    expectRefused("it is a symbolic link");
+    EXPECT_FALSE(std::filesystem::exists(target));
+}
+
+TEST_F(TraceFileThatIsNone, ADirectory) {
+    std::filesystem::create_directory(path_);
+    expectRefused("Is a directory");
+}
+
+TEST_F(TraceFileThatIsNone, OneOfAnotherUser) {
+    if (::geteuid() != 0) GTEST_SKIP() << "only the super-user can give a file away";
+    std::ofstream(path_) << "theirs\n";
+    ASSERT_EQ(::chown(path_.c_str(), 65534, 65534), 0);
+    expectRefused("it belongs to another user");
+    EXPECT_EQ(contents(), "theirs\n");
+}
+
+TEST_F(TraceFile, IsNoStandardStreamWhereTheseAreClosed) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) ::close(stream);
+        ::setenv("VEL_TRACE_FILE", path_.c_str(), 1);
+        TraceHandle("Widget", true).write(1, "odd");
+        int open = 0;
+        for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+            if (::fcntl(stream, F_GETFD) != -1) ++open;
+        ::_exit(open);
+    }
+    int status = -1;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    EXPECT_THAT(contents(), lineWith("Widget/1 odd"));
 }
 
 TEST(TraceHandle, HasAnomaliesOnOrNothing) {

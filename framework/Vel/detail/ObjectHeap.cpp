@@ -1,8 +1,8 @@
 #include <Vel/detail/ObjectHeap.h>
 
 #include <Vel/detail/ProcessWide.h>
+#include <Vel/detail/environment.h>
 #include <algorithm>
-#include <cstdlib>
 #include <mutex>
 #include <new>
 #include <pthread.h>
@@ -100,7 +100,7 @@ private:
     friend class ProcessWide<Registry>;
 
     Registry() noexcept {
-        const char* const setting = std::getenv("VEL_OBJECT_HEAP");
+        const char* const setting = fromEnvironment("VEL_OBJECT_HEAP");
         const std::string_view wish = setting == nullptr ? "" : setting;
         isOff_ = isOffByDefault ? wish != "on" : wish == "off";
         if (isOff_) return;

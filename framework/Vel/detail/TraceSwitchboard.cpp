@@ -1,17 +1,16 @@
 #include <Vel/detail/TraceSwitchboard.h>
 
 #include <Vel/detail/ObjectHeap.h>
+#include <Vel/detail/environment.h>
+#include <Vel/detail/openTraceFile.h>
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <exception>
-#include <fcntl.h>
 #include <new>
-#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -118,9 +117,10 @@ private:
 TraceSwitchboard::TraceSwitchboard() {
     // A sink may make objects, so their locks are made first.
     static_cast<void>(detail::ObjectHeap::reservedBytes());
-    if (const char* path = std::getenv("VEL_TRACE_FILE"); path != nullptr && *path != '\0')
+    if (const char* path = detail::fromEnvironment("VEL_TRACE_FILE");
+        path != nullptr && *path != '\0')
         openFile(path);
-    if (const char* settings = std::getenv("VEL_TRACE"); settings != nullptr)
+    if (const char* settings = detail::fromEnvironment("VEL_TRACE"); settings != nullptr)
         settingsAre(settings, "VEL_TRACE");
 }
 
@@ -138,12 +138,11 @@ void TraceSwitchboard::afterFork(bool isChild) {
 }
 
 void TraceSwitchboard::openFile(const char* path) {
-    const int fd = ::open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NOCTTY, 0600);
-    if (fd >= 0)
+    std::string why;
+    if (const int fd = detail::openTraceFile(path, why); fd >= 0)
         fd_ = fd;
     else
-        complain("VEL_TRACE_FILE", path,
-                 std::generic_category().message(errno) + "; tracing to standard error");
+        complain("VEL_TRACE_FILE", path, why + "; tracing to standard error");
 }
 
 void TraceSwitchboard::complain(const char* source, std::string_view what, std::string_view why) {
