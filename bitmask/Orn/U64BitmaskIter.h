@@ -17,13 +17,12 @@ namespace Orn {
 class U64BitmaskIter {
 public:
     // Stands on the lowest member at once, or is finished if there is none.
-    constexpr explicit U64BitmaskIter(const U64Bitmask& mask) noexcept : mask_(mask) { ++*this; }
+    constexpr explicit U64BitmaskIter(const U64Bitmask& mask) noexcept : mask_(mask) { advance(); }
 
     // Goes on to the next member; does nothing once finished.
     constexpr U64BitmaskIter& operator++() noexcept {
-        if (isFinished_) return *this;
-        current_ = mask_.nextBitId(current_);
-        isFinished_ = !inRange();
+        // Each says the same; in a loop that asks inRange() the compiler needs neither of them here.
+        if (!isFinished_ && inRange()) advance();
         return *this;
     }
 
@@ -44,6 +43,11 @@ public:
     }
 
 private:
+    constexpr void advance() noexcept {
+        current_ = mask_.nextBitId(current_);
+        isFinished_ = !inRange();
+    }
+
     U64Bitmask mask_;
     BitId current_{BitId::null()};
     bool isFinished_ = false;
