@@ -1,11 +1,15 @@
 #include <Ferrolog/detail/Clock.h>
 
-#include <cstdlib>
-#include <gtest/gtest.h>
+#include <Ferrolog/testing/TestFile.h>
+
+#include <sys/auxv.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
 
 namespace {
 
 using namespace Ferrolog::detail;
+using Ferrolog::testing::TestDirectory;
 
 class Clock : public testing::TestWithParam<ClockKind> {};
 
@@ -42,6 +46,35 @@ TEST(ClockChoice, TheEnvironmentMayAskForTheMonotonicClock) {
     ASSERT_EQ(::setenv("FERROLOG_CLOCK", "monotonic", 1), 0);
     EXPECT_EQ(chooseClock(), ClockKind::monotonicNs);
     ::unsetenv("FERROLOG_CLOCK");
+}
+
+// A copy of this program that belongs to another user runs this test, too.
+TEST(ClockChoice, ASetUserIdProgramIgnoresTheEnvironment) {
+    ClockKind const best = chooseClock();
+    if (std::getenv("FERROLOG_CLOCK") != nullptr) {
+        bool const isSetUserId = ::getauxval(AT_SECURE) != 0;
+        std::exit(isSetUserId && best == ClockKind::timeStampCounter ? 0 : 1);
+    }
+    if (::geteuid() != 0) {
+        GTEST_SKIP() << "only root can make such a program";
+    }
+    if (best != ClockKind::timeStampCounter) {
+        GTEST_SKIP() << "this machine leaves no choice";
+    }
+    TestDirectory file;
+
+    struct statvfs system {};
+
+    ASSERT_EQ(::statvfs(file.directory.c_str(), &system), 0);
+    if ((system.f_flag & ST_NOSUID) != 0) {
+        GTEST_SKIP() << "this file system has no such programs";
+    }
+    std::filesystem::copy_file("/proc/self/exe", file.path);
+    ASSERT_EQ(::chown(file.path.c_str(), 12345, 12345), 0);
+    ASSERT_EQ(::chmod(file.path.c_str(), 04755), 0);
+    std::string const command = "FERROLOG_CLOCK=monotonic " + file.path +
+                                " --gtest_filter=ClockChoice.ASetUserId* >/dev/null";
+    EXPECT_EQ(std::system(command.c_str()), 0);
 }
 
 } // namespace
