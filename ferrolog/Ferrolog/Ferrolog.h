@@ -58,6 +58,7 @@ FERROLOG_API extern uint32_t ferrolog_state;
 //            overwritten, and when all nine exist, tracing stays off. An opening that fails leaves
 //            nothing of what it made; what one leaves that was killed is made anew in its place.
 //            One process and its forked children hold the file at a time.
+//            Whoever shortens it meanwhile kills them (docs/trace-file.md).
 // ringBytes  rounded up to a power of two from 16 KiB to 256 MiB. 0: the size the file has, or 1
 //            MiB. All of it is reserved here, so a full file system is an answer of this call and
 //            no bus error later.

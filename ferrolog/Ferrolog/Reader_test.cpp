@@ -3,8 +3,10 @@
 #include <Ferrolog/testing/TestFile.h>
 
 #include <algorithm>
+#include <atomic>
 #include <random>
 #include <sstream>
+#include <thread>
 
 namespace {
 
@@ -190,6 +192,31 @@ TEST(Reader, ATruncatedFileKeepsWhatIsThere) {
     // Slots 0 to 19: 64 to 68 with ten each, 69 with nine, 70 to 72 with six together, 9 to 19.
     EXPECT_EQ(reader.messages().size(), 5U * 10 + 9 + 6 + 11 * 10);
     EXPECT_EQ(reader.notes(), std::vector<std::string>{"the file ends after 33792 of 45056 bytes"});
+}
+
+// Emptied, shortened and whole again, all while it is read.
+TEST(Reader, AFileThatShrinksWhileItIsReadHarmsNobody) {
+    TestFile file;
+    std::string const path = goldenPath("ferrolog.trace");
+    std::filesystem::copy_file(path, file.path);
+    std::atomic<bool> stop = false;
+    std::thread other([&] {
+        for (unsigned round = 0; !stop; ++round) {
+            std::filesystem::resize_file(file.path, round % 2 == 0 ? 0 : ringAt);
+            std::ofstream(file.path, std::ios::binary | std::ios::in)
+                << std::ifstream(path).rdbuf();
+        }
+    });
+    for (int round = 0; round < 200; ++round) {
+        Reader const reader(file.path);
+        EXPECT_TRUE(reader.error().empty() || reader.error() == "it is not a trace file");
+        EXPECT_LE(reader.messages().size(), goldenMessages);
+        EXPECT_LE(reader.notes().size(), 101U);
+        linesOf(reader);
+    }
+    stop = true;
+    other.join();
+    EXPECT_EQ(Reader(file.path).messages().size(), goldenMessages);
 }
 
 // A flipped byte may change what it is part of, and nothing else.
