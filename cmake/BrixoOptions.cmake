@@ -35,6 +35,11 @@ target_compile_options(brixo_options INTERFACE
 # __FILE__ is the path in this tree, wherever the tree stands: messages and binaries are the same on every machine.
 add_compile_options(-fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=)
 
+# A file may exceed 2 GiB, inode numbers 32 bits and times the year 2038, in 32-bit too. No public header depends on it.
+if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+  add_compile_definitions(_FILE_OFFSET_BITS=64 _TIME_BITS=64)
+endif()
+
 # For i686 GCC would copy by `rep movsb` where it does not know the size, which takes some 10 ns to begin.
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_SIZEOF_VOID_P EQUAL 4)
   add_compile_options(-mstringop-strategy=libcall)

@@ -122,6 +122,15 @@ TEST_F(TraceFile, TakesTheLinesAndIsAppendedTo) {
     EXPECT_EQ(status.st_mode & 0777u, 0600u);
 }
 
+// A clock that is far ahead is enough for such a file; a program of 32 bits reads it all the same.
+TEST_F(TraceFile, TakesTheLinesWhateverItsTimesAre) {
+    ASSERT_EQ(std::system(("touch -d 2040-01-01 " + path_.string()).c_str()), 0);
+    EXPECT_EQ(stderrOfChild("Widget/all", path_.c_str(),
+                            [] { TraceHandle("Widget", false).write(9, "late"); }),
+              "");
+    EXPECT_THAT(contents(), lineWith("Widget/9 late"));
+}
+
 TEST_F(TraceFile, ThatCannotBeOpenedIsReportedAndStandardErrorServes) {
     const std::string path = directory_ / "missing" / "trace";
     const std::string all =
