@@ -96,12 +96,9 @@ public:
         }
     }
 
-    // Stands on the first member that orders behind the key, whether or not the key is here. One look-up, and a step for each
-    // member of the key's hash that does not order behind it.
+    // Stands there.
     IteratorConst behind(const Key& key) const noexcept {
-        IteratorConst at(*this, keyHash(key));
-        while (at && !ordersBefore(key, at->fwkKey())) ++at;
-        return at;
+        return IteratorConst(*this, firstBehind(key));
     }
 
     // Whether `a` comes before `b` in every map of this kind.
@@ -187,9 +184,8 @@ public:
     explicit IteratorConst(const HashMap& map) noexcept
         : map_(&map), member_(static_cast<Entry*>(map.buckets_.first(place_))) {}
 
-    // On the first member whose hash is not below `hash`.
-    IteratorConst(const HashMap& map, U32 hash) noexcept
-        : map_(&map), member_(static_cast<Entry*>(map.buckets_.notBelow(Ops(), hash, place_))) {}
+    // On a member of the map, or behind the last for null. The first step looks it up.
+    IteratorConst(const HashMap& map, Entry* member) noexcept : map_(&map), member_(member) {}
 
     Entry& operator*() const noexcept { return *member_; }
 

@@ -77,13 +77,8 @@ public:
 
     // The first key behind this one, whether it has a member or not.
     std::optional<Key> behind(const Key& key) const {
-        if constexpr (requires { collection().behind(key); }) {
-            const Position position = collection().behind(key);
-            return position ? std::optional<Key>(position.key()) : std::nullopt;
-        } else {
-            const auto* const member = collection().firstBehind(key);
-            return member != nullptr ? std::optional<Key>(member->fwkKey()) : std::nullopt;
-        }
+        const Position position = collection().behind(key);
+        return position ? std::optional<Key>(position.key()) : std::nullopt;
     }
 
 private:
