@@ -38,6 +38,7 @@ Entity::~Entity() {
     leaveParent();
     for (Entity* child = firstChild_; child != nullptr;) {
         child->parent_ = nullptr;
+        child->link_ = nullptr;
         child = std::exchange(child->nextSibling_, nullptr);
     }
 }
@@ -65,17 +66,33 @@ void Entity::parentIs(const Ptr<Entity>& parent) {
         VEL_ASSERT(ancestor != this);
     if (parent.ptr() == parent_) return;
     leaveParent();
-    parent_ = parent.ptr();
-    if (parent_ != nullptr) nextSibling_ = std::exchange(parent_->firstChild_, this);
+    if (parent) joinParent(*parent);
     handleParent(parent);
+}
+
+void Entity::joinParent(Entity& parent) noexcept {
+    parent_ = &parent;
+    link_ = &parent.firstChild_;
+    nextSibling_ = std::exchange(*link_, this);
+    if (nextSibling_ != nullptr) nextSibling_->link_ = &nextSibling_;
 }
 
 void Entity::leaveParent() noexcept {
     if (parent_ == nullptr) return;
-    Entity** link = &parent_->firstChild_;
-    while (*link != this) link = &(*link)->nextSibling_;
-    *link = std::exchange(nextSibling_, nullptr);
-    parent_ = nullptr;
+    *link_ = nextSibling_;
+    if (nextSibling_ != nullptr) nextSibling_->link_ = link_;
+    parent_ = nextSibling_ = nullptr;
+    link_ = nullptr;
+}
+
+unsigned Entity::auditErrors(unsigned level) const {
+    unsigned errors = PtrInterface::auditErrors(level);
+    if (parent_ != nullptr ? link_ == nullptr || *link_ != this
+                           : link_ != nullptr || nextSibling_ != nullptr)
+        ++errors;
+    for (const Entity* const* link = &firstChild_; *link != nullptr; link = &(*link)->nextSibling_)
+        if ((*link)->parent_ != this || (*link)->link_ != link) ++errors;
+    return errors;
 }
 
 void Entity::handleParent(const Ptr<Entity>&) {}

@@ -5,7 +5,7 @@
 // Names:   any bytes. fullName() joins the names from the root down with "/", for people; uriPath() is the same as an
 //          absolute path with everything but letters, digits and - . _ ~ as %XX (RFC 3986), so that it names one place
 //          whatever the names are.
-// Cost:    parentIs() O(depth) for the check against cycles; child() O(children).
+// Cost:    parentIs() O(depth) for the check against cycles; child() O(children); leaving a parent, also by dying, O(1).
 // Threads: one at a time for a tree.
 #pragma once
 
@@ -59,6 +59,9 @@ public:
     // What lies at a path as uriPath() writes it, if this is the root of that path; null if there is nothing.
     Ptr<Entity> find(std::string_view uriPath);
 
+    // Looks at its own links and those of its children. O(children).
+    unsigned auditErrors(unsigned level) const override;
+
     // The process-wide root, from which references in texts are resolved (sequenceToValueOfPtr.h). Null until it is set.
     static Ptr<Entity> root();
     static void rootIs(const Ptr<Entity>& root);
@@ -68,12 +71,15 @@ protected:
     virtual void handleParent(const Ptr<Entity>& parent);
 
 private:
+    void joinParent(Entity& parent) noexcept;
     void leaveParent() noexcept;
 
     String8 name_;
     Entity* parent_ = nullptr;
     Entity* firstChild_ = nullptr;
     Entity* nextSibling_ = nullptr;
+    Entity** link_ =
+        nullptr; // the parent's or the sibling's pointer to this; null without a parent
     AttributeId parentAttrId_ = 0;
 };
 

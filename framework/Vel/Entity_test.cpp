@@ -2,7 +2,11 @@
 
 #include <Vel/Builtin.h>
 #include <Vel/VelType.h>
+#include <algorithm>
+#include <functional>
 #include <gtest/gtest.h>
+#include <random>
+#include <string>
 #include <vector>
 
 namespace Vel {
@@ -80,6 +84,38 @@ TEST(Entity, AChildThatDiesLeavesItsParent) {
     EXPECT_EQ(root->child("a"), a.ptr());
     EXPECT_EQ(root->child("b"), nullptr);
     EXPECT_EQ(root->child("c"), c.ptr());
+}
+
+// As many as no walk over all siblings for each of them would ever end with.
+TEST(Entity, ManySiblingsLeaveInAnyOrder) {
+    constexpr std::size_t siblings = 200'000;
+    const unsigned seed = 20261122;
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    const std::vector<std::function<void(std::vector<Ptr<Entity>>&)>> orders = {
+        [](auto&) {}, [](auto& all) { std::ranges::reverse(all); },
+        [](auto& all) { std::ranges::shuffle(all, std::mt19937(seed)); }};
+    for (const auto& order : orders) {
+        const Ptr<Entity> root = new Entity("system");
+        const Ptr<Entity> other = new Entity("other");
+        std::vector<Ptr<Entity>> all(siblings);
+        for (Ptr<Entity>& child : all) {
+            child = new Entity("card");
+            child->parentIs(root);
+        }
+        EXPECT_EQ(root->auditErrors(9), 0u);
+        order(all);
+        all.resize(siblings / 2);
+        EXPECT_EQ(root->auditErrors(9), 0u);
+        for (std::size_t moved = 0; moved < siblings / 4; ++moved) all[moved]->parentIs(other);
+        EXPECT_EQ(root->auditErrors(9), 0u);
+        EXPECT_EQ(other->auditErrors(9), 0u);
+        EXPECT_EQ(all.front()->auditErrors(9), 0u);
+        EXPECT_EQ(all.back()->auditErrors(9), 0u);
+        all.clear();
+        EXPECT_EQ(root->child("card"), nullptr);
+        EXPECT_EQ(other->child("card"), nullptr);
+        EXPECT_EQ(root->auditErrors(9), 0u);
+    }
 }
 
 TEST(Entity, HandleParentIsToldOfEachChange) {
