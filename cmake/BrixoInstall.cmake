@@ -16,12 +16,14 @@ foreach(directory BINDIR LIBDIR INCLUDEDIR)
   endif()
 endforeach()
 
-# CMake itself would install nothing for a name that it does not know, and say nothing.
-install(CODE [[
-  if(DEFINED CMAKE_INSTALL_COMPONENT AND NOT CMAKE_INSTALL_COMPONENT MATCHES "^(runtime|development|tools)$")
-    message(FATAL_ERROR "There is no component \"${CMAKE_INSTALL_COMPONENT}\" to install; "
-      "there are: runtime, development, tools")
-  endif()]] ALL_COMPONENTS)
+# CMake itself would install nothing for a name that it does not know, and say nothing. A host may have other components.
+if(PROJECT_IS_TOP_LEVEL)
+  install(CODE [[
+    if(DEFINED CMAKE_INSTALL_COMPONENT AND NOT CMAKE_INSTALL_COMPONENT MATCHES "^(runtime|development|tools)$")
+      message(FATAL_ERROR "There is no component \"${CMAKE_INSTALL_COMPONENT}\" to install; "
+        "there are: runtime, development, tools")
+    endif()]] ALL_COMPONENTS)
+endif()
 
 get_property(libraries GLOBAL PROPERTY BRIXO_LIBRARIES)
 install(TARGETS ${libraries} EXPORT BrixoTypesTargets
@@ -46,10 +48,12 @@ install(FILES
   DESTINATION ${package_dir} COMPONENT development)
 
 # A folder that others may use, too, stays even when it is left empty.
-add_custom_target(uninstall COMMENT "" VERBATIM COMMAND ${CMAKE_COMMAND}
-  -D build=${CMAKE_BINARY_DIR}
-  -D "shared=${CMAKE_INSTALL_BINDIR}|${CMAKE_INSTALL_LIBDIR}|${CMAKE_INSTALL_INCLUDEDIR}|pkgconfig|cmake"
-  -P ${CMAKE_CURRENT_LIST_DIR}/Uninstall.cmake)
+if(PROJECT_IS_TOP_LEVEL)
+  add_custom_target(uninstall COMMENT "" VERBATIM COMMAND ${CMAKE_COMMAND}
+    -D build=${CMAKE_BINARY_DIR}
+    -D "shared=${CMAKE_INSTALL_BINDIR}|${CMAKE_INSTALL_LIBDIR}|${CMAKE_INSTALL_INCLUDEDIR}|pkgconfig|cmake"
+    -P ${CMAKE_CURRENT_LIST_DIR}/Uninstall.cmake)
+endif()
 
 # brixo_pkg_config(NAME DESCRIPTION [NAME of a library that it brings along...])
 function(brixo_pkg_config name description)
