@@ -101,7 +101,7 @@ TEST_F(PinbufLs, SaysWhyAFolderCannotBeRead) {
 }
 
 TEST_F(PinbufLs, AnswersForItself) {
-    EXPECT_EQ(ls("--version"), (Answer{0, "pinbuf-ls 1.0.0\n"}));
+    EXPECT_EQ(ls("--version"), (Answer{0, "pinbuf-ls " BRIXO_VERSION "\n"}));
     const Answer help = ls("--help");
     EXPECT_EQ(help.status, 0);
     EXPECT_TRUE(help.text.starts_with(usage)) << help.text;
