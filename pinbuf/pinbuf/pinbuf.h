@@ -1,6 +1,10 @@
 // pinbuf.h - named DMA regions: memory that outlives its process, at an address that all processes
 // agree on.
 //
+// Address:  who gives the memory says what its physical address is good for. The back end that this
+//           library has, "shm", gives ordinary shared memory: its addresses are agreed between
+//           processes and are no bus addresses, so no device can use them. A platform whose
+//           devices shall reach the regions links a libpinbuf of its own with these calls.
 // Owns:     nothing on the caller's side. A region is one file, named after it, that holds exactly
 //           the region's bytes.
 // Lifetime: a region lives as long as its file. No call here ever unmaps, grows, cuts or removes a
