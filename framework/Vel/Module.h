@@ -10,6 +10,8 @@
 //   - the registration routine velInitNet(), C linkage: callable any number of times, effective once. While the registrar is
 //     not active it does nothing and stays callable.
 //
+// Names:   two types of one qualified name are a fatal assertion that names it, whichever modules and libraries they come
+//          from, where the second one is bound.
 // Cost:    loading with an inactive registrar stores one pointer. Types are bound to their names at the first look-up.
 // Threads: the loader's thread; the guard is a plain byte. Any number of threads may look types up when nothing is loaded:
 //          the first of them binds what is unbound, behind a lock.

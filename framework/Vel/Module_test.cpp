@@ -3,6 +3,7 @@
 #include <Vel/DefineModule.h>
 #include <Vel/IntrospectionReactor.h>
 #include <Vel/TypeSection.h>
+#include <Vel/testing/AssertionTesting.h>
 #include <Vel/testing/NetTypes.h>
 #include <array>
 #include <atomic>
@@ -12,6 +13,27 @@
 #include <string>
 #include <thread>
 #include <vector>
+
+namespace Net {
+
+// It calls itself as another type does.
+class OtherPort : public Vel::Value<OtherPort> {
+public:
+    VEL_VALUE(OtherPort)
+    constexpr OtherPort() noexcept = default;
+
+    static constexpr auto schema() {
+        return Vel::scalarSchema<OtherPort>("Net::Port").stored(2, "value", &OtherPort::number_);
+    }
+
+private:
+    Vel::U32 number_ = 0;
+};
+
+VEL_VALUE_FUNCTIONS(, OtherPort);
+VEL_DEFINE_VALUE(OtherPort)
+
+} // namespace Net
 
 VEL_MODULE(netModule, Net::Protocol, Net::Port, Net::LowPort, Net::Endpoint, Net::Route, Net::Table)
 
@@ -199,6 +221,25 @@ TEST(Module, TheRoutineIsEffectiveOnce) {
     VelAttr* const before = Net::Endpoint::_fwkType()->attr("move");
     netModule();
     EXPECT_EQ(Net::Endpoint::_fwkType()->attr("move"), before);
+}
+
+TEST(ModuleDeathTest, TwoTypesOfOneNameAreNamed) {
+    static Module loaded{detail::moduleTypes<Net::OtherPort>};
+    const char* const text = "no two types have one name; name = Net::Port";
+    const auto fails = [text](const char* function) {
+        return Testing::assertionFailed("VelType.cpp", text, function);
+    };
+    const auto matcher =
+        testing::AnyOf(fails("static void Vel::VelType::typeNodeIs(Vel::VelType*, Vel::Name)"),
+                       fails("static void Vel::VelType::typeNodeIs(Vel::VelType *, Vel::Name)"));
+    EXPECT_DEATH(loaded.load(), matcher);
+    EXPECT_DEATH(
+        {
+            IntrospectionReactor::global()->activeIs(false);
+            loaded.load();
+            (void)VelType::typeNode("Net::Port");
+        },
+        matcher);
 }
 
 TEST(Module, ItsNamesStandInTheSectionTheLastTypeFirst) {

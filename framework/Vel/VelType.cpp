@@ -5,6 +5,7 @@
 #include <Vel/GenericIf.h>
 #include <Vel/GenericIfPtrInterface.h>
 #include <Vel/Module.h>
+#include <string>
 #include <unordered_map>
 
 namespace Vel {
@@ -63,7 +64,9 @@ bool VelType::attrDel(Name name) { return attributes_.remove(name); }
 
 void VelType::typeNodeIs(VelType* type, Name qualifiedName) {
     const auto [node, isNew] = typeNodes().try_emplace(qualifiedName, type);
-    VEL_ASSERT(node->second == type);
+    const std::string terminated(qualifiedName);
+    const char* const name = terminated.c_str();
+    VEL_ASSERT_AS("no two types have one name", node->second == type, name);
     if (isNew) type->qualifiedName_ = qualifiedName;
 }
 
