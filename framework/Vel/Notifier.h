@@ -23,11 +23,14 @@
 #include <Vel/NotifieeConst.h>
 #include <Vel/Ptr.h>
 #include <Vel/PtrInterface.h>
+#include <Vel/value/Refused.h>
+#include <type_traits>
 #include <utility>
 
 namespace Vel {
 
-// `Derived` declares its NotifieeConst. `Base` is what it is beside: PtrInterface, or a map's member.
+// `Derived` declares its NotifieeConst, by this name: the compiler refuses another. `Base` is what it is beside: PtrInterface,
+// or a map's member.
 template <class Derived, class Base = PtrInterface>
 class Notifier : public Base {
 public:
@@ -67,9 +70,14 @@ protected:
         if (notifiees_.empty()) [[likely]]
             return;
         const Ptr<const Notifier> alive(this);
-        pass(attribute, [&call](PtrInterface::NotifieeConst& notifiee) {
-            call(static_cast<typename Derived::NotifieeConst&>(notifiee));
-        });
+        // The framework's own, unless it is declared.
+        using Notifiee = typename Derived::NotifieeConst;
+        if constexpr (std::is_same_v<Notifiee, PtrInterface::NotifieeConst>)
+            detail::refuse<Refused::NotifieeConstIsMissing<Derived>>();
+        else
+            pass(attribute, [&call](PtrInterface::NotifieeConst& notifiee) {
+                call(static_cast<Notifiee&>(notifiee));
+            });
     }
 
 private:

@@ -4,6 +4,7 @@
 //     VEL_ENUM_FUNCTIONS(NET_API, Command);                             // its functions, declared
 //     VEL_DEFINE_ENUM(Command)                                            // in its .cpp
 //
+// Names:   alone: an enumerator with a value of its own is refused by the compiler.
 // Storage: signed 32 bits; the default is the first name. A variable may hold an undeclared number: it prints as
 //          Command(9), and no conversion ever makes one.
 // Errors:  CommandInstance and the readers throw RangeException with the short name alone, "Command".
@@ -76,6 +77,18 @@ constexpr std::size_t enumeratorCount(std::string_view list) {
     return count;
 }
 
+// Whether a list of enumerators is one of names alone.
+constexpr bool areBareNames(std::string_view list) {
+    char before = ',';
+    for (const char c : list) {
+        const bool isOfName =
+            c == '_' || (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+        if (!isOfName && c != ' ' && (c != ',' || before == ',')) return false;
+        if (c != ' ') before = c;
+    }
+    return before != ',';
+}
+
 // The schema of an enumeration that VEL_ENUM made.
 template <class E>
 inline constexpr auto enumSchema = velEnumSchema(E());
@@ -88,6 +101,9 @@ concept DeclaredEnum = requires {
 } // namespace Vel
 
 #define VEL_ENUM(Namespace, Enum, ...)                                                             \
+    static_assert(::Vel::areBareNames(#__VA_ARGS__),                                               \
+                  "enumerators of " #Namespace "::" #Enum                                          \
+                  " are names alone, numbered from 0: " #__VA_ARGS__);                             \
     enum class Enum : ::Vel::S32 { __VA_ARGS__ };                                                  \
     constexpr auto velEnumSchema(Enum) {                                                           \
         return ::Vel::EnumSchema<::Vel::enumeratorCount(#__VA_ARGS__)>(#Namespace "::" #Enum,      \

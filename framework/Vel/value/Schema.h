@@ -9,7 +9,13 @@
 //     }
 //
 // Order:    attributes stand in declaration order, which is the order of the text form, the log, comparison and hash.
-// Ids:      0 and 1 are reserved; value types count from 2, entities from 130.
+// Ids:      0 is that of the attribute fwkKey, and 1 is reserved; value types count from 2, entities from 130.
+// Refused:  by the compiler, whose first line names the rule, the type and the attribute (Refused.h):
+//           - two attributes of one id, name or field, inherited ones included; an id that is reserved;
+//           - a field of a type that FieldTypes.h does not list; a scalar of anything but one integer;
+//           - an argument of constructedFrom() that is no stored field, or arguments that no constructor takes;
+//           - a value with bytes that no field accounts for: a field is missing here;
+//           - a type without a schema of its own.
 // Facets:   everything that is derived from a schema lives in a header of its own beside this one, and knows no type by
 //           name: how a type differs from its family is an option here.
 // Lifetime: names are borrowed: string literals.
@@ -17,6 +23,8 @@
 
 #include <Vel/AttributeId.h>
 #include <Vel/Integers.h>
+#include <Vel/value/Attribute.h>
+#include <Vel/value/CheckSchema.h>
 #include <array>
 #include <cstddef>
 #include <string_view>
@@ -24,77 +32,6 @@
 #include <type_traits>
 
 namespace Vel {
-
-enum class AttributeKind : U8 {
-    stored,     // a field of the object
-    computed,   // a value that a member function or a function of the object gives
-    constant,   // a value that a static function gives
-    function,   // takes arguments, or acts
-    collection, // a KeyedCollection that the object holds
-    keyed,      // values by key that the object computes: KeyedAccess
-};
-
-// How a text form looks: the bare value of the one field, or Value('Name', ** {...}).
-enum class Form : U8 { scalar, structured };
-
-enum class Hash : U8 {
-    none,       // no rule: the type has no hash(), or its own
-    plainValue, // the one field, zero-extended
-    xorFold,    // the one 64-bit field, low word XOR high word
-    byteMix,    // one-at-a-time mix over the bytes of all fields, least significant first
-};
-
-// What the framework shows of an attribute.
-struct Introspection {
-    static constexpr U8 plain = 0;
-    static constexpr U8 stored = 2;
-    static constexpr U8 procedural = 8;
-};
-
-template <AttributeKind Kind, class Access, std::size_t argumentCount = 0,
-          class Writer = std::nullptr_t>
-struct Attribute {
-    static constexpr AttributeKind kind = Kind;
-
-    AttributeId id;
-    std::string_view name;
-    Access access; // pointer to member, function, or KeyedAccess
-    U8 introspection;
-    std::array<std::string_view, argumentCount> arguments;
-    Writer
-        writer{}; // a member function, or MemberWriters; null for what the field's own operations write
-};
-
-// How the values of a keyed attribute are reached: member functions of the object.
-template <class Reader, class Writer, class Deleter, class Counter, class Next>
-struct KeyedAccess {
-    Reader reader;   // Value (Key) const
-    Writer writer;   // void (Key, Value)
-    Deleter deleter; // Value (Key): what was there
-    Counter counter; // U32 () const
-    Next next;       // Key (Key) const: the key behind one, from and to Key::null()
-};
-
-// How a collection is written when more has to happen than the collection does by itself.
-template <class Inserter, class Deleter, class Emptier>
-struct MemberWriters {
-    Inserter inserter; // (Key)
-    Deleter deleter;   // Value (Key): what was there
-    Emptier emptier;   // ()
-};
-
-// Whether an attribute is part of the value: compared, hashed, printed and logged.
-template <class A>
-inline constexpr bool isField =
-    A::kind == AttributeKind::stored || A::kind == AttributeKind::collection;
-
-// Reads the attribute "hash".
-struct CallHash {
-    template <class T>
-    constexpr U32 operator()(const T& value) const {
-        return value.hash();
-    }
-};
 
 namespace detail {
 
@@ -273,11 +210,34 @@ constexpr auto scalarSchema(std::string_view qualifiedName) {
 // A counted object: it has attributes, but no text form, order or hash.
 template <class T>
 constexpr auto entitySchema(std::string_view qualifiedName) {
-    return Schema<T, void, 0, 0>{qualifiedName, Form::structured, Hash::none, {}, {}};
+    return Schema<T, void, 0, 0>{qualifiedName, Form::none, Hash::none, {}, {}};
 }
 
+namespace detail {
+
+// A schema that the facets can work on in the place of one that they cannot: the compiler has named the mistake, and little
+// else follows.
 template <class T>
-inline constexpr auto schemaOf = T::schema();
+constexpr auto soundSchema() {
+    constexpr Fault fault = findFault<T>();
+    if constexpr (fault.rule == Rule::none) {
+        return declaredSchema<T>;
+    } else {
+        if (!std::is_constant_evaluated()) refuseFor<T, fault.rule, fault.first, fault.second>();
+        if constexpr (fault.rule <= Rule::oneInteger)
+            return valueSchema<T>("").stored(firstIdOfValue, "", static_cast<U32 T::*>(nullptr));
+        else if constexpr (fault.rule == Rule::argumentIsField || fault.rule == Rule::constructible)
+            return declaredSchema<T>.constructedFrom();
+        else
+            return declaredSchema<T>;
+    }
+}
+
+} // namespace detail
+
+// The schema of a type; to compile this is to hold it to the rules of Refused.h.
+template <class T>
+inline constexpr auto schemaOf = detail::soundSchema<T>();
 
 // Calls visit(attribute) for each attribute in declaration order. The attributes are compile-time constants of it.
 template <class T, class Visit>

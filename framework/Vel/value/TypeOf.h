@@ -7,6 +7,7 @@
 #include <Vel/Ptr.h>
 #include <Vel/VelType.h>
 #include <Vel/value/Enum.h>
+#include <Vel/value/FieldTypes.h>
 #include <Vel/value/Schema.h>
 #include <atomic>
 #include <cstddef>
@@ -17,22 +18,6 @@ namespace Vel {
 namespace detail {
 
 template <class T>
-struct Unqualified {
-    using Type = T;
-};
-
-// Bytes are bytes, whether the one who takes them may write them or not.
-template <>
-struct Unqualified<const unsigned char*> {
-    using Type = BytePtr;
-};
-
-template <class T>
-inline constexpr bool isReference = false;
-template <class T>
-inline constexpr bool isReference<Ptr<T>> = true;
-
-template <class T>
 struct Pointed {
     using Type = T;
 };
@@ -41,19 +26,6 @@ template <class T>
 struct Pointed<Ptr<T>> {
     using Type = T;
 };
-
-} // namespace detail
-
-// The type as reflection sees it: without const, without reference.
-template <class T>
-using ReflectedType = typename detail::Unqualified<std::remove_cvref_t<T>>::Type;
-
-template <class T>
-concept BuiltinType = std::is_same_v<T, bool> || std::is_same_v<T, int> || std::is_same_v<T, U8> ||
-    std::is_same_v<T, U16> || std::is_same_v<T, U32> || std::is_same_v<T, U64> ||
-    std::is_same_v<T, BytePtr> || std::is_same_v<T, void*>;
-
-namespace detail {
 
 template <class T>
 VelType* findTypeOf() {
