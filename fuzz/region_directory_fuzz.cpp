@@ -53,7 +53,9 @@ public:
 
     fs::path path(const std::string& leaf) const { return path_ / leaf; }
 
+    // Another file each time: bytes that change under one that is in use are not what is tried.
     void put(const std::string& bytes) const {
+        fs::remove(directoryFile());
         std::ofstream file(directoryFile(), std::ios::binary | std::ios::trunc);
         file << bytes;
         file.close();

@@ -14,11 +14,12 @@ namespace {
 // answer `onFailure`.
 template <typename Result, typename Step>
 Result answer(const char* call, const char* name, Result onFailure, Step step) noexcept {
-    const pinbuf::Undisturbed undisturbed;
+    pinbuf::Undisturbed undisturbed;
     pinbuf::clearError();
     try {
         return step();
     } catch (const std::exception& failure) { // a Failure, or out of memory
+        undisturbed.takeSignalBack();
         pinbuf::report(call, name, failure.what());
         return onFailure;
     }

@@ -6,7 +6,7 @@
 //           processes and are no bus addresses, so no device can use them. A platform whose
 //           devices shall reach the regions links a libpinbuf of its own with these calls.
 // Owns:     nothing on the caller's side. A region is one file, named after it, that holds exactly
-//           the region's bytes.
+//           the region's bytes. The process keeps two descriptors of files beside the regions.
 // Lifetime: a region lives as long as its file. No call here ever unmaps, grows, cuts or removes a
 //           region: the process may die and start again, and finds what it left. To remove a region
 //           is an operator's decision (rm).
@@ -53,8 +53,9 @@ extern "C" {
 // and is the same for every process and every restart as long as the region lives.
 // `name`:  1 to 127 bytes, none of them '/' or a control character, the first no '.'.
 // `owner`: who asks, for people to read; null is "", and what exceeds 111 bytes is cut off.
-// Cost:    a few system calls and one read of 256 bytes per region of the folder; a new region, its
-//          zeroing too.
+// Cost:    some 20 system calls, however many regions there are; a new region, its zeroing too. The
+//          first call of a process, and one after many regions were made by others, reads and checks
+//          256 bytes per region; they stay in memory.
 PINBUF_API unsigned pinbuf_alloc_func(const char* name, unsigned size, const char* owner);
 
 // Maps the whole region `name`, readable and writable, shared with every process that maps it, and
@@ -64,6 +65,8 @@ PINBUF_API unsigned pinbuf_alloc_func(const char* name, unsigned size, const cha
 // word at the region's last byte harms nobody. Mapping the same region again in one process returns
 // the same address, unless its file was replaced or changed its size meanwhile. The mapping stays
 // until the process ends.
+// Who cuts the file of a mapped region short, which its owner alone can do, sends SIGBUS to every
+// process that touches the bytes that are gone.
 // The three numbers are constants of the platform that pass through to the back end; clients pass
 // 1, 0, 0. The shm back end does not interpret them.
 PINBUF_API void* pinbuf_map(const char* name, int platform0, int platform1, int platform2);

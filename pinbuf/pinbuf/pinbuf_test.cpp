@@ -238,7 +238,7 @@ TEST_F(Pinbuf, NamesABackEndThatItDoesNotKnow) {
 TEST_F(Pinbuf, LeavesEverythingAsItIsWhenTheDirectoryFileIsDamaged) {
     alloc("r", 8);
     const std::string garbage = "#!/bin/sh\n" + std::string(4096, 'x');
-    regions.put(".regions", garbage);
+    regions.replace(".regions", garbage);
     EXPECT_EQ(lineOf([] { return alloc("s", 8); }),
               "pinbuf_alloc_func: region \"s\": " + quotedPath(".regions") +
                   " is not a directory of regions: it begins with other bytes");
@@ -527,7 +527,7 @@ TEST_F(Pinbuf, SaysWhyItCannotLookForARegion) {
     EXPECT_EQ(findLine("../r", visitor),
               "pinbuf_find: region \"../r\": the name begins with a dot");
     alloc("r", 8);
-    regions.put(".regions", "garbage");
+    regions.replace(".regions", "garbage");
     EXPECT_EQ(findLine("r", visitor), "pinbuf_find: region \"r\": " + quotedPath(".regions") +
                                           " is not a directory of regions: it has 7 bytes");
 }
@@ -556,7 +556,7 @@ TEST_F(Pinbuf, ListsNothingWithoutAVisitor) {
 
 TEST_F(Pinbuf, ListsNothingFromADamagedDirectoryFile) {
     regions.make();
-    regions.put(".regions", "garbage");
+    regions.replace(".regions", "garbage");
     EXPECT_EQ(lineOf([] {
                   return pinbuf_list([](const pinbuf_region*, void*) { return 0; }, nullptr) >= 0;
               }),

@@ -19,7 +19,8 @@ import tempfile
 
 PAGE = 4096
 WINDOW_BEGIN, WINDOW_END = 0x40000000, 0xC0000000
-HEADER = struct.Struct("<5I236x")
+CHANGED = 32  # changes that the header remembers
+HEADER = struct.Struct(f"<6I{CHANGED}I104x")
 RECORD = struct.Struct("<4I128s112s")
 MAGIC = int.from_bytes(b"PNBD", "little")
 MADE, FOUND = 1, 0  # by the library, or by other means
@@ -31,10 +32,17 @@ class Directory:
 
     def __init__(self):
         self.data = bytearray(PAGE)
-        HEADER.pack_into(self.data, 0, MAGIC, 1, RECORD.size, WINDOW_BEGIN, WINDOW_END)
+        HEADER.pack_into(self.data, 0, MAGIC, 1, RECORD.size, WINDOW_BEGIN, WINDOW_END, 0, *[0] * CHANGED)
 
     def records(self):
         return [RECORD.unpack_from(self.data, at) for at in range(HEADER.size, len(self.data), RECORD.size)]
+
+    def count(self, index):
+        """Counts a change of record `index`, and enters it among the last changes."""
+        header = list(HEADER.unpack_from(self.data))
+        header[6 + header[5] % CHANGED] = index
+        header[5] += 1
+        HEADER.pack_into(self.data, 0, *header)
 
     def enter(self, name, size, owner, origin=MADE):
         address = self.first_fit(size)
@@ -42,12 +50,14 @@ class Directory:
         if 0 not in states:
             self.data += bytes(PAGE)
             states.append(0)
+        self.count(states.index(0))
         at = HEADER.size + states.index(0) * RECORD.size
         RECORD.pack_into(self.data, at, 1, address, size, origin, name.encode(), owner.encode()[:111])
 
     def forget(self, name):
         for index, record in enumerate(self.records()):
             if record[0] == 1 and text(record[4]) == name:
+                self.count(index)
                 struct.pack_into("<I", self.data, HEADER.size + index * RECORD.size, 0)
 
     def first_fit(self, size):
@@ -125,7 +135,7 @@ def read(folder):
     with locked(folder):
         data = (folder / ".regions").read_bytes()
         sizes = {path.name: path.lstat().st_size for path in folder.iterdir()}
-    magic, version, record_size, begin, end = HEADER.unpack_from(data)
+    magic, version, record_size, begin, end, *_ = HEADER.unpack_from(data)
     assert (magic, version, record_size, begin, end) == (MAGIC, 1, RECORD.size, WINDOW_BEGIN, WINDOW_END)
     assert len(data) % RECORD.size == 0
     regions = {}

@@ -3,44 +3,70 @@
 #include <algorithm>
 
 namespace pinbuf {
-namespace {
 
-// Calls `gap(begin, bytes)` for each stretch between the extents, from the lowest up, until one
-// answers true.
-template <typename Gap>
-void eachGap(const std::vector<Extent>& taken, Gap gap) {
+FreeRanges::FreeRanges() : ranges_{{windowBegin, windowEnd}} {}
+
+std::optional<FreeRanges> FreeRanges::around(const std::vector<Extent>& extents) {
+    std::vector<Range> ranges;
     std::uint64_t begin = windowBegin;
-    for (const Extent& extent : taken) {
-        if (gap(begin, extent.address - begin)) return;
+    for (const Extent& extent : extents) {
+        if (extent.address < begin) return std::nullopt;
+        if (extent.address > begin) ranges.push_back({begin, extent.address});
         begin = extent.end();
     }
-    gap(begin, windowEnd - begin);
+    if (begin < windowEnd) ranges.push_back({begin, windowEnd});
+    return FreeRanges(std::move(ranges));
 }
 
-} // namespace
-
-bool areDisjoint(const std::vector<Extent>& extents) {
-    return std::ranges::adjacent_find(extents, [](const Extent& low, const Extent& high) {
-               return low.end() > high.address;
-           }) == extents.end();
-}
-
-std::optional<std::uint32_t> firstFit(const std::vector<Extent>& taken, std::uint64_t sizeBytes) {
-    std::optional<std::uint32_t> result;
-    eachGap(taken, [&](std::uint64_t begin, std::uint64_t gapBytes) {
-        if (gapBytes < wholePages(sizeBytes)) return false;
-        result = static_cast<std::uint32_t>(begin);
-        return true;
-    });
-    return result;
-}
-
-std::uint64_t largestFit(const std::vector<Extent>& taken) {
-    std::uint64_t largest = 0;
-    eachGap(taken, [&](std::uint64_t, std::uint64_t gapBytes) {
-        largest = std::max(largest, gapBytes);
+bool FreeRanges::take(const Extent& extent) {
+    const auto range = std::ranges::upper_bound(ranges_, extent.address, {}, &Range::end);
+    if (range == ranges_.end() || extent.address < range->begin || extent.end() > range->end) {
         return false;
+    }
+    const Range before{range->begin, extent.address};
+    const Range behind{extent.end(), range->end};
+    const bool isBefore = before.begin < before.end;
+    const bool isBehind = behind.begin < behind.end;
+    if (isBefore && isBehind) {
+        *range = behind;
+        ranges_.insert(range, before);
+    } else if (isBefore) {
+        *range = before;
+    } else if (isBehind) {
+        *range = behind;
+    } else {
+        ranges_.erase(range);
+    }
+    return true;
+}
+
+void FreeRanges::giveBack(const Extent& extent) {
+    const auto behind = std::ranges::lower_bound(ranges_, extent.end(), {}, &Range::begin);
+    const bool joinsBehind = behind != ranges_.end() && behind->begin == extent.end();
+    const bool joinsBefore = behind != ranges_.begin() && std::prev(behind)->end == extent.address;
+    if (joinsBefore && joinsBehind) {
+        std::prev(behind)->end = behind->end;
+        ranges_.erase(behind);
+    } else if (joinsBefore) {
+        std::prev(behind)->end = extent.end();
+    } else if (joinsBehind) {
+        behind->begin = extent.address;
+    } else {
+        ranges_.insert(behind, {extent.address, extent.end()});
+    }
+}
+
+std::optional<std::uint32_t> FreeRanges::firstFit(std::uint64_t sizeBytes) const {
+    const auto fitting = std::ranges::find_if(ranges_, [sizeBytes](const Range& range) {
+        return range.end - range.begin >= wholePages(sizeBytes);
     });
+    if (fitting == ranges_.end()) return std::nullopt;
+    return static_cast<std::uint32_t>(fitting->begin);
+}
+
+std::uint64_t FreeRanges::largestFit() const {
+    std::uint64_t largest = 0;
+    for (const Range& range : ranges_) largest = std::max(largest, range.end - range.begin);
     return largest;
 }
 

@@ -36,15 +36,42 @@ struct Extent {
     }
 };
 
-// Whether no two of the extents, which are in ascending order, share a page. O(n).
-bool areDisjoint(const std::vector<Extent>& extents);
+// The parts of the window that no extent takes.
+//
+// Invariant: the ranges are in ascending order, none is empty, and between two of them lies an
+//            extent.
+// Cost:      O(log n) to find a range and O(n) short steps to change or search them, for n ranges:
+//            regions that were made one after another leave few.
+class FreeRanges {
+public:
+    // All of the window is free.
+    FreeRanges();
 
-// The lowest address at which `sizeBytes` fit between `taken`, which is in ascending order and
-// disjoint. O(n).
-std::optional<std::uint32_t> firstFit(const std::vector<Extent>& taken, std::uint64_t sizeBytes);
+    // All but the extents, which are possible and in ascending order; empty when two share a page.
+    static std::optional<FreeRanges> around(const std::vector<Extent>& extents);
 
-// The largest size in bytes for which firstFit has an answer.
-std::uint64_t largestFit(const std::vector<Extent>& taken);
+    // Takes a possible extent; false, and takes nothing, when a page of it is taken.
+    bool take(const Extent& extent);
+
+    // Gives an extent back that was taken.
+    void giveBack(const Extent& extent);
+
+    // The lowest address at which `sizeBytes` fit.
+    std::optional<std::uint32_t> firstFit(std::uint64_t sizeBytes) const;
+
+    // The largest size in bytes for which firstFit has an answer.
+    std::uint64_t largestFit() const;
+
+private:
+    struct Range {
+        std::uint64_t begin;
+        std::uint64_t end;
+    };
+
+    explicit FreeRanges(std::vector<Range> ranges) : ranges_(std::move(ranges)) {}
+
+    std::vector<Range> ranges_;
+};
 
 } // namespace pinbuf
 

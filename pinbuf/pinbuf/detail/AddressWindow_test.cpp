@@ -31,46 +31,63 @@ TEST(AddressWindow, KnowsWhichExtentsArePossible) {
     EXPECT_FALSE((Extent{0, 1}.isPossible()));
 }
 
-TEST(AddressWindow, FindsTheLowestGapThatIsLargeEnough) {
-    EXPECT_EQ(firstFit({}, 1), windowBegin);
-    const std::vector<Extent> taken{{windowBegin + page, 1}, {windowBegin + 4 * page, page + 1}};
-    EXPECT_EQ(firstFit(taken, page - 1), windowBegin);
-    EXPECT_EQ(firstFit(taken, page), windowBegin);
-    EXPECT_EQ(firstFit(taken, page + 1), windowBegin + 2 * page);
-    EXPECT_EQ(firstFit(taken, 2 * page), windowBegin + 2 * page);
-    EXPECT_EQ(firstFit(taken, 2 * page + 1), windowBegin + 6 * page);
+TEST(FreeRanges, FindTheLowestThatIsLargeEnough) {
+    EXPECT_EQ(FreeRanges().firstFit(1), windowBegin);
+    const FreeRanges free =
+        *FreeRanges::around({{windowBegin + page, 1}, {windowBegin + 4 * page, page + 1}});
+    EXPECT_EQ(free.firstFit(page - 1), windowBegin);
+    EXPECT_EQ(free.firstFit(page), windowBegin);
+    EXPECT_EQ(free.firstFit(page + 1), windowBegin + 2 * page);
+    EXPECT_EQ(free.firstFit(2 * page), windowBegin + 2 * page);
+    EXPECT_EQ(free.firstFit(2 * page + 1), windowBegin + 6 * page);
 }
 
-TEST(AddressWindow, FillsToTheLastByteAndNoFurther) {
+TEST(FreeRanges, ReachToTheLastByteAndNoFurther) {
     constexpr std::uint32_t all = windowEnd - windowBegin;
-    EXPECT_EQ(firstFit({}, all), windowBegin);
-    EXPECT_EQ(firstFit({}, std::uint64_t{all} + 1), std::nullopt);
-    EXPECT_EQ(firstFit({}, 0xffffffff), std::nullopt);
-    EXPECT_EQ(firstFit({}, std::uint64_t{1} << 40U), std::nullopt);
-    const std::vector<Extent> allButTheLastPage{{windowBegin, all - page}};
-    EXPECT_EQ(firstFit(allButTheLastPage, page), windowEnd - page);
-    EXPECT_EQ(firstFit(allButTheLastPage, page + 1), std::nullopt);
-    EXPECT_EQ(firstFit({{windowBegin, all}}, 1), std::nullopt);
-    EXPECT_EQ(largestFit({}), all);
-    EXPECT_EQ(largestFit(allButTheLastPage), page);
-    EXPECT_EQ(largestFit({{windowBegin, all}}), 0U);
+    EXPECT_EQ(FreeRanges().firstFit(all), windowBegin);
+    EXPECT_EQ(FreeRanges().firstFit(std::uint64_t{all} + 1), std::nullopt);
+    EXPECT_EQ(FreeRanges().firstFit(0xffffffff), std::nullopt);
+    EXPECT_EQ(FreeRanges().firstFit(std::uint64_t{1} << 40U), std::nullopt);
+    EXPECT_EQ(FreeRanges().largestFit(), all);
+    FreeRanges lastPage;
+    ASSERT_TRUE(lastPage.take({windowBegin, all - page}));
+    EXPECT_EQ(lastPage.firstFit(page), windowEnd - page);
+    EXPECT_EQ(lastPage.firstFit(page + 1), std::nullopt);
+    EXPECT_EQ(lastPage.largestFit(), page);
+    FreeRanges none;
+    ASSERT_TRUE(none.take({windowBegin, all}));
+    EXPECT_EQ(none.firstFit(1), std::nullopt);
+    EXPECT_EQ(none.largestFit(), 0U);
 }
 
-TEST(AddressWindow, SeesExtentsThatShareAPage) {
-    EXPECT_TRUE(areDisjoint({}));
-    EXPECT_TRUE(areDisjoint({{windowBegin, page}, {windowBegin + page, 1}}));
-    EXPECT_FALSE(areDisjoint({{windowBegin, page + 1}, {windowBegin + page, 1}}));
-    EXPECT_FALSE(areDisjoint({{windowBegin, 1}, {windowBegin, 1}}));
+TEST(FreeRanges, AreNotAroundExtentsThatShareAPage) {
+    EXPECT_TRUE(FreeRanges::around({}).has_value());
+    EXPECT_TRUE(FreeRanges::around({{windowBegin, page}, {windowBegin + page, 1}}).has_value());
+    EXPECT_FALSE(
+        FreeRanges::around({{windowBegin, page + 1}, {windowBegin + page, 1}}).has_value());
+    EXPECT_FALSE(FreeRanges::around({{windowBegin, 1}, {windowBegin, 1}}).has_value());
+}
+
+TEST(FreeRanges, GiveNoPageTwice) {
+    FreeRanges free;
+    ASSERT_TRUE(free.take({windowBegin + 2 * page, 2 * page}));
+    EXPECT_FALSE(free.take({windowBegin + 2 * page, 1}));
+    EXPECT_FALSE(free.take({windowBegin + 3 * page, 2 * page})) << "begins in it";
+    EXPECT_FALSE(free.take({windowBegin + page, page + 1})) << "ends in it";
+    EXPECT_FALSE(free.take({windowBegin, 8 * page})) << "contains it";
+    EXPECT_TRUE(free.take({windowBegin, 2 * page}));
+    EXPECT_TRUE(free.take({windowBegin + 4 * page, page}));
 }
 
 // Against a list of single pages, in which every question is a plain search.
-TEST(AddressWindow, AgreesWithAModelOfSinglePages) {
+TEST(FreeRanges, AgreeWithAModelOfSinglePages) {
     constexpr std::uint32_t seed = 20240611;
     std::mt19937 random(seed);
     constexpr std::size_t modelPages = 64; // the low end of the window; the rest stays free
     for (int round = 0; round < 300; ++round) {
         std::vector<bool> isTaken(modelPages + 9, false);
         std::vector<Extent> taken;
+        FreeRanges free;
         for (int step = 0; step < 60; ++step) {
             const std::uint32_t sizeBytes = 1 + random() % (8 * page);
             const std::size_t pages = static_cast<std::size_t>(wholePages(sizeBytes) / page);
@@ -83,7 +100,7 @@ TEST(AddressWindow, AgreesWithAModelOfSinglePages) {
             };
             while (!isFree(expected)) ++expected;
 
-            const auto found = firstFit(taken, sizeBytes);
+            const auto found = free.firstFit(sizeBytes);
             ASSERT_TRUE(found.has_value());
             ASSERT_EQ((*found - windowBegin) / page, expected)
                 << "seed " << seed << " round " << round;
@@ -94,14 +111,22 @@ TEST(AddressWindow, AgreesWithAModelOfSinglePages) {
                 for (std::uint64_t a = victim->address; a < victim->end(); a += page) {
                     isTaken[static_cast<std::size_t>((a - windowBegin) / page)] = false;
                 }
+                ASSERT_FALSE(free.take(*victim));
+                free.giveBack(*victim);
                 taken.erase(victim);
                 continue;
             }
             for (std::size_t i = expected; i < expected + pages; ++i) isTaken[i] = true;
             taken.push_back({*found, sizeBytes});
+            ASSERT_TRUE(free.take(taken.back()));
             std::sort(taken.begin(), taken.end(),
                       [](const Extent& a, const Extent& b) { return a.address < b.address; });
-            ASSERT_TRUE(areDisjoint(taken));
+            const auto rebuilt = FreeRanges::around(taken);
+            ASSERT_TRUE(rebuilt.has_value());
+            for (std::uint32_t size = page; size <= 12 * page; size += page) {
+                ASSERT_EQ(rebuilt->firstFit(size), free.firstFit(size));
+            }
+            ASSERT_EQ(rebuilt->largestFit(), free.largestFit());
         }
     }
 }

@@ -9,35 +9,23 @@
 namespace pinbuf {
 namespace {
 
-bool isValid(const DirectoryRecord& record) { return record.state == DirectoryRecord::stateValid; }
-
-template <std::size_t size>
-bool isTerminated(const char (&text)[size]) {
-    return std::memchr(text, '\0', size) != nullptr;
-}
-
 // `text` filled up with zeros; at least one of them stays.
 template <std::size_t size>
 void storeText(char (&to)[size], std::string_view text) {
     std::memcpy(to, text.data(), std::min(text.size(), size - 1));
 }
 
-// What is wrong with a record by itself; "" when nothing is.
-std::string_view objectionTo(const DirectoryRecord& record) {
-    if (record.state == DirectoryRecord::stateFree) return "";
-    if (!isValid(record)) return "has an unknown state";
-    if (!isTerminated(record.name) || !RegionName::objectionTo(record.name).empty()) {
-        return "has no region name";
-    }
-    if (!isTerminated(record.owner)) return "has no owner name";
-    if (!Extent{record.address, record.sizeBytes}.isPossible())
-        return "lies outside the address window";
-    return "";
-}
+// When no record is free, as many are examined for regions that have vanished: a bounded number,
+// each time others.
+constexpr std::size_t examinedRecords = 64;
 
 } // namespace
 
 Directory Directory::openOrMake(const Folder& folder) {
+    std::unique_ptr<DirectorySnapshot> known = DirectorySnapshot::recall(folder.identity());
+    if (known != nullptr && known->mayChange && isUntouched(*known)) {
+        return Directory(folder, std::move(known));
+    }
     std::optional<FolderFile> file = FolderFile::open(folder, leaf);
     if (!file) {
         const DirectoryHeader header;
@@ -48,93 +36,160 @@ Directory Directory::openOrMake(const Folder& folder) {
         file = FolderFile::open(folder, leaf);
     }
     if (!file) throw Failure(folder.quotedPathOf(leaf) + " has vanished");
-    return Directory(folder, std::move(*file));
+    return Directory(folder, read(folder, std::move(*file), true, std::move(known)));
 }
 
 std::optional<Directory> Directory::openToRead(const Folder& folder) {
+    std::unique_ptr<DirectorySnapshot> known = DirectorySnapshot::recall(folder.identity());
+    if (known != nullptr && isUntouched(*known)) return Directory(folder, std::move(known));
     std::optional<FolderFile> file = FolderFile::openToRead(folder, leaf);
     if (!file) return std::nullopt;
-    return Directory(folder, std::move(*file));
+    return Directory(folder, read(folder, std::move(*file), false, std::move(known)));
 }
 
-Directory::Directory(const Folder& folder, FolderFile file)
-    : folder_(&folder), file_(std::move(file)) {
-    load();
+Directory::Directory(const Folder& folder, std::unique_ptr<DirectorySnapshot> snapshot)
+    : folder_(&folder), snapshot_(std::move(snapshot)) {}
+
+Directory::~Directory() {
+    if (snapshot_ == nullptr || state_ == State::inDoubt) return;
+    if (state_ == State::changed) { // how we left the file is the last thing to be known of it
+        if (!snapshot_->file.lookAgain()) return;
+        snapshot_->changed = snapshot_->file.status().changed;
+    }
+    DirectorySnapshot::remember(std::move(snapshot_));
 }
 
-void Directory::load() {
-    const std::uint64_t fileBytes = file_.sizeBytes();
-    requireHeader(fileBytes);
-    const auto recordCount =
-        static_cast<std::size_t>((fileBytes - sizeof(DirectoryHeader)) / sizeof(DirectoryRecord));
-    records_.resize(recordCount);
-    file_.readAt(recordOffsetBytes(0), records_.data(), recordCount * sizeof(DirectoryRecord));
-    requireConsistentRecords();
+// Whether nobody wrote to the file since, moved it, or put another one in its place: all of that
+// shows in its status, but for a change in the same tick of the clock, which is counted.
+bool Directory::isUntouched(const DirectorySnapshot& known) {
+    const FileStatus& status = known.file.status();
+    if (!status.isNamed || status.changed != known.changed) return false;
+    DirectoryHeader header;
+    known.file.readAt(0, &header, sizeof header);
+    return header == known.header;
 }
 
-void Directory::requireHeader(std::uint64_t fileBytes) const {
-    const std::string path = folder_->quotedPathOf(leaf);
+// Reads what is not `known`, and checks it.
+std::unique_ptr<DirectorySnapshot> Directory::read(const Folder& folder, FolderFile file,
+                                                   bool mayChange,
+                                                   std::unique_ptr<DirectorySnapshot> known) {
+    const FileStatus status = file.status();
+    const DirectoryHeader header = readHeader(file);
+    if (known == nullptr || known->file.status().identity != status.identity ||
+        !bringUpToDate(*known, file, header)) {
+        DirectoryIndex index = checked(file, readRecords(file));
+        return std::unique_ptr<DirectorySnapshot>(
+            new DirectorySnapshot{folder.identity(), std::move(file), mayChange, status.changed,
+                                  header, std::move(index)});
+    }
+    known->file = std::move(file);
+    known->mayChange = mayChange;
+    known->changed = status.changed;
+    known->header = header;
+    return known;
+}
+
+DirectoryIndex Directory::checked(const FolderFile& file, std::vector<DirectoryRecord> records) {
+    try {
+        return DirectoryIndex(std::move(records));
+    } catch (const Failure& objection) {
+        throw Failure(file.quotedPath() + " is damaged: " + objection.what());
+    }
+}
+
+// Reads again what others say that they changed. False when that does not explain how the file is
+// now: then what is known is of no use any more.
+bool Directory::bringUpToDate(DirectorySnapshot& known, const FolderFile& file,
+                              const DirectoryHeader& header) {
+    const std::uint32_t changes = header.changes - known.header.changes; // modulo 2^32
+    const std::size_t recordCount = recordCountOf(file.sizeBytes());
+    if (changes == 0) return header == known.header && file.status().changed == known.changed;
+    if (changes > DirectoryHeader::changedLength || recordCount < known.index.size()) {
+        return false;
+    }
+    std::vector<std::uint32_t> changed;
+    for (std::uint32_t change = known.header.changes; change != header.changes;) {
+        changed.push_back(header.changed[DirectoryHeader::slotOf(++change)]);
+    }
+    std::ranges::sort(changed);
+    changed.erase(std::ranges::unique(changed).begin(), changed.end());
+    if (changed.back() >= recordCount) return false;
+    known.index.lengthen(recordCount);
+    for (const std::uint32_t record : changed) known.index.clear(record);
+    return std::ranges::all_of(changed, [&](std::uint32_t record) {
+        return known.index.put(record, readRecord(file, record));
+    });
+}
+
+DirectoryHeader Directory::readHeader(const FolderFile& file) {
+    const std::uint64_t fileBytes = file.sizeBytes();
     const DirectoryHeader expected;
     DirectoryHeader header;
     if (fileBytes < sizeof header || fileBytes > maxDirectoryBytes) {
-        throw Failure(path + " is not a directory of regions: it has " + std::to_string(fileBytes) +
-                      " bytes");
+        throw Failure(file.quotedPath() + " is not a directory of regions: it has " +
+                      std::to_string(fileBytes) + " bytes");
     }
-    file_.readAt(0, &header, sizeof header);
+    file.readAt(0, &header, sizeof header);
     if (header.magic != expected.magic) {
-        throw Failure(path + " is not a directory of regions: it begins with other bytes");
+        throw Failure(file.quotedPath() +
+                      " is not a directory of regions: it begins with other bytes");
     }
     if (header.version != expected.version) {
-        throw Failure(path + " is written in version " + std::to_string(header.version) +
-                      ", only version " + std::to_string(expected.version) + " is known");
+        throw Failure(file.quotedPath() + " is written in version " +
+                      std::to_string(header.version) + ", only version " +
+                      std::to_string(expected.version) + " is known");
     }
     if (header.recordBytes != expected.recordBytes || header.windowBegin != expected.windowBegin ||
         header.windowEnd != expected.windowEnd) {
-        throw Failure(path + " is damaged: its header has other sizes than version 1 has");
+        throw Failure(file.quotedPath() +
+                      " is damaged: its header has other sizes than version 1 has");
     }
     if (fileBytes % sizeof(DirectoryRecord) != 0) {
-        throw Failure(path + " is damaged: it ends within a record");
+        throw Failure(file.quotedPath() + " is damaged: it ends within a record");
     }
+    return header;
 }
 
-void Directory::requireConsistentRecords() const {
-    const std::string damaged = folder_->quotedPathOf(leaf) + " is damaged: ";
-    std::vector<std::string_view> names;
-    for (std::size_t index = 0; index < records_.size(); ++index) {
-        const DirectoryRecord& record = records_[index];
-        if (const std::string_view objection = objectionTo(record); !objection.empty()) {
-            throw Failure(damaged + "record " + std::to_string(index) + " " +
-                          std::string(objection));
-        }
-        if (isValid(record)) names.emplace_back(record.name);
-    }
-    std::ranges::sort(names);
-    if (const auto twice = std::ranges::adjacent_find(names); twice != names.end()) {
-        throw Failure(damaged + "two records have the name " + inQuotes(*twice));
-    }
-    if (!areDisjoint(takenExtents())) throw Failure(damaged + "two regions overlap");
+std::vector<DirectoryRecord> Directory::readRecords(const FolderFile& file) {
+    std::vector<DirectoryRecord> records(recordCountOf(file.sizeBytes()));
+    file.readAt(recordOffsetBytes(0), records.data(), records.size() * sizeof(DirectoryRecord));
+    return records;
+}
+
+DirectoryRecord Directory::readRecord(const FolderFile& file, std::size_t index) {
+    DirectoryRecord record;
+    file.readAt(recordOffsetBytes(index), &record, sizeof record);
+    return record;
 }
 
 const DirectoryRecord* Directory::find(std::string_view name) const {
-    const auto found = std::ranges::find_if(records_, [name](const DirectoryRecord& record) {
-        return isValid(record) && record.name == name;
-    });
-    return found == records_.end() ? nullptr : &*found;
+    const std::optional<std::size_t> found = index().find(name);
+    return found ? &index()[*found] : nullptr;
 }
 
 Directory::Place Directory::placeFor(std::uint64_t sizeBytes) {
-    std::optional<std::uint32_t> address = firstFit(takenExtents(), sizeBytes);
-    if (!address || !freeIndex()) {
-        forgetVanished();
-        address = firstFit(takenExtents(), sizeBytes);
-    }
+    makeRoom(sizeBytes);
+    const std::optional<std::uint32_t> address = index().freeRanges().firstFit(sizeBytes);
     if (!address) {
         throw Failure("no physical addresses left for " + std::to_string(sizeBytes) +
                       " bytes, the longest free range has " +
-                      std::to_string(largestFit(takenExtents())));
+                      std::to_string(index().freeRanges().largestFit()));
     }
-    if (!freeIndex()) grow();
-    return {*freeIndex(), *address};
+    if (!index().firstFree()) grow();
+    const std::size_t record = *index().firstFree();
+    if (readRecord(file(), record) != index()[record]) {
+        state_ = State::inDoubt;
+        throw Failure(file().quotedPath() + " is being changed by other means");
+    }
+    return {record, *address};
+}
+
+void Directory::makeRoom(std::uint64_t sizeBytes) {
+    const std::size_t all = index().size();
+    if (!index().firstFree() && all > 0) {
+        forgetVanished(snapshot_->header.changes % all, std::min(examinedRecords, all));
+    }
+    if (!index().freeRanges().firstFit(sizeBytes)) forgetVanished(0, all);
 }
 
 void Directory::enter(Place place, const RegionName& name, std::uint32_t sizeBytes,
@@ -146,32 +201,24 @@ void Directory::enter(Place place, const RegionName& name, std::uint32_t sizeByt
     storeText(record.name, name.text());
     storeText(record.owner, owner);
 
-    file_.writeAt(recordOffsetBytes(place.index), &record,
-                  sizeof record); // state free: counts for nothing yet
-    records_[place.index] = record;
+    count(place.index);
+    file().writeAt(recordOffsetBytes(place.index), &record,
+                   sizeof record); // state free: counts for nothing yet
     writeState(place.index, DirectoryRecord::stateValid);
+    record.state = DirectoryRecord::stateValid;
+    if (!index().put(place.index, record)) throw Failure("the place is taken");
+    state_ = State::changed;
 }
 
 void Directory::forget(std::string_view name) {
-    if (const DirectoryRecord* record = find(name); record != nullptr) {
-        writeState(static_cast<std::size_t>(record - records_.data()), DirectoryRecord::stateFree);
-    }
+    if (const std::optional<std::size_t> found = index().find(name)) forgetAt(*found);
 }
 
-std::vector<Extent> Directory::takenExtents() const {
-    std::vector<Extent> extents;
-    for (const DirectoryRecord& record : records_) {
-        if (isValid(record)) extents.push_back({record.address, record.sizeBytes});
-    }
-    std::ranges::sort(extents, {}, &Extent::address);
-    return extents;
-}
-
-std::optional<std::size_t> Directory::freeIndex() const {
-    const auto found =
-        std::ranges::find(records_, DirectoryRecord::stateFree, &DirectoryRecord::state);
-    if (found == records_.end()) return std::nullopt;
-    return static_cast<std::size_t>(found - records_.begin());
+void Directory::forgetAt(std::size_t record) {
+    count(record);
+    writeState(record, DirectoryRecord::stateFree);
+    index().clear(record);
+    state_ = State::changed;
 }
 
 bool Directory::isVanished(const DirectoryRecord& record) const {
@@ -179,27 +226,36 @@ bool Directory::isVanished(const DirectoryRecord& record) const {
     return found ? found->sizeBytes != record.sizeBytes : errno == ENOENT;
 }
 
-void Directory::forgetVanished() {
-    for (std::size_t index = 0; index < records_.size(); ++index) {
-        if (isValid(records_[index]) && isVanished(records_[index])) {
-            writeState(index, DirectoryRecord::stateFree);
-        }
+// Of `count` records from `begin` on, and from the first on behind the last.
+void Directory::forgetVanished(std::size_t begin, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::size_t record = (begin + i) % index().size();
+        if (index()[record].isValid() && isVanished(index()[record])) forgetAt(record);
     }
 }
 
 void Directory::grow() {
-    const std::uint64_t oldBytes = recordOffsetBytes(records_.size());
+    const std::uint64_t oldBytes = recordOffsetBytes(index().size());
     const std::uint64_t newBytes =
         oldBytes - oldBytes % directoryGrowthBytes + directoryGrowthBytes;
-    reserveRange(file_.descriptor(), oldBytes, newBytes);
-    records_.resize(
-        static_cast<std::size_t>((newBytes - sizeof(DirectoryHeader)) / sizeof(DirectoryRecord)));
+    state_ = State::inDoubt;
+    reserveRange(file().descriptor(), oldBytes, newBytes);
+    index().lengthen(recordCountOf(newBytes));
+    state_ = State::changed;
+}
+
+// Counts a change of a record, before it is made.
+void Directory::count(std::size_t index) {
+    state_ = State::inDoubt; // until it is made
+    DirectoryHeader& header = snapshot_->header;
+    ++header.changes; // modulo 2^32
+    header.changed[DirectoryHeader::slotOf(header.changes)] = static_cast<std::uint32_t>(index);
+    file().writeAt(0, &header, sizeof header);
 }
 
 void Directory::writeState(std::size_t index, std::uint32_t state) {
-    file_.writeAt(recordOffsetBytes(index) + offsetof(DirectoryRecord, state), &state,
-                  sizeof state);
-    records_[index].state = state;
+    file().writeAt(recordOffsetBytes(index) + offsetof(DirectoryRecord, state), &state,
+                   sizeof state);
 }
 
 } // namespace pinbuf

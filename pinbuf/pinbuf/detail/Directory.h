@@ -8,8 +8,11 @@
 //            region that is gone. It keeps its address out of use until its name, its record or its
 //            address is needed; then it is given up.
 // Kill:      every change is one store of a state word (see DirectoryLayout.h).
-// Cost:      opening reads the whole file and checks it, O(n log n) for n records; 256 bytes of
-//            memory per record.
+// Memory:    the process remembers the file that it used last, checked. What others changed since
+//            then is counted in the header, and read again; everything is, when the file is not the
+//            same, when they changed too much, or when its bytes changed without being counted.
+// Cost:      opening reads the header, and 256 bytes per change by others; else the whole file,
+//            O(n log n) for n records. A change takes O(log n) and three system calls.
 // Threads:   the folder is locked for as long as the object lives: exclusively to change, shared to
 //            look.
 #ifndef PINBUF_DETAIL_DIRECTORY_H
@@ -17,9 +20,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
-#include <pinbuf/detail/AddressWindow.h>
 #include <pinbuf/detail/DirectoryLayout.h>
+#include <pinbuf/detail/DirectorySnapshot.h>
 #include <pinbuf/detail/Folder.h>
 #include <pinbuf/detail/FolderFile.h>
 #include <pinbuf/detail/RegionName.h>
@@ -38,6 +42,10 @@ public:
 
     // The same to look only; empty when there is no directory file.
     static std::optional<Directory> openToRead(const Folder& folder);
+
+    ~Directory();
+    Directory(Directory&&) noexcept = default;
+    Directory& operator=(Directory&&) = delete;
 
     // The valid record of that name, or null. Valid until the next change.
     const DirectoryRecord* find(std::string_view name) const;
@@ -60,21 +68,35 @@ public:
     void forget(std::string_view name);
 
 private:
-    Directory(const Folder& folder, FolderFile file);
+    Directory(const Folder& folder, std::unique_ptr<DirectorySnapshot> snapshot);
 
-    void load();
-    void requireHeader(std::uint64_t fileBytes) const;
-    void requireConsistentRecords() const;
-    std::vector<Extent> takenExtents() const; // in ascending order
-    std::optional<std::size_t> freeIndex() const;
+    static bool isUntouched(const DirectorySnapshot& known);
+    static std::unique_ptr<DirectorySnapshot> read(const Folder& folder, FolderFile file,
+                                                   bool mayChange,
+                                                   std::unique_ptr<DirectorySnapshot> known);
+    static bool bringUpToDate(DirectorySnapshot& known, const FolderFile& file,
+                              const DirectoryHeader& header);
+    static DirectoryHeader readHeader(const FolderFile& file);
+    static std::vector<DirectoryRecord> readRecords(const FolderFile& file);
+    static DirectoryRecord readRecord(const FolderFile& file, std::size_t index);
+    static DirectoryIndex checked(const FolderFile& file, std::vector<DirectoryRecord> records);
+
     bool isVanished(const DirectoryRecord& record) const;
-    void forgetVanished();
+    void forgetVanished(std::size_t begin, std::size_t count);
     void grow();
+    void makeRoom(std::uint64_t sizeBytes);
+    void count(std::size_t index);
     void writeState(std::size_t index, std::uint32_t state);
+    void forgetAt(std::size_t index);
+
+    DirectoryIndex& index() const { return snapshot_->index; }
+
+    const FolderFile& file() const { return snapshot_->file; }
 
     const Folder* folder_;
-    FolderFile file_;
-    std::vector<DirectoryRecord> records_; // as they stand in the file
+    std::unique_ptr<DirectorySnapshot> snapshot_; // the file as it is; null: moved
+
+    enum class State { asRead, inDoubt, changed } state_ = State::asRead;
 };
 
 } // namespace pinbuf

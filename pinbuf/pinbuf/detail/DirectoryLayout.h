@@ -7,6 +7,8 @@
 // Valid:   a record counts when its state is 1. All its other bytes are written first and the state
 //          last, in one aligned word; giving a record up is one store of 0 there. So a kill leaves
 //          it whole or absent. The file itself gets its name only once its header is complete.
+// Changes: before a record is changed, the header counts it and names the record. So who remembers
+//          the file as it was a few changes ago knows which records to read again.
 // Trusted: nothing is taken on faith. A reader checks every record that counts (see Directory.h).
 // Ignored: everything but the state of a record whose state is 0.
 #ifndef PINBUF_DETAIL_DIRECTORY_LAYOUT_H
@@ -23,17 +25,30 @@ inline constexpr std::uint32_t directoryMagic = 0x44424e50; // the bytes "PNBD"
 inline constexpr std::uint32_t directoryVersion = 1;
 
 struct DirectoryHeader {
+    static constexpr std::uint32_t changedLength = 32; // divides 2^32
+
     std::uint32_t magic = directoryMagic;            //  0
     std::uint32_t version = directoryVersion;        //  4
     std::uint32_t recordBytes = 256;                 //  8
     std::uint32_t windowBegin = pinbuf::windowBegin; // 12: first address of the window
     std::uint32_t windowEnd = pinbuf::windowEnd;     // 16: first address after it
-    std::uint32_t reserved[59] = {};                 // 20
+    std::uint32_t changes = 0;                       // 20: of records so far, modulo 2^32
+    std::uint32_t changed[changedLength] = {};       // 24: records of the last changes
+    std::uint32_t reserved[26] = {};                 // 152
+
+    // Where change number `change`, counted from 1, is entered.
+    static constexpr std::size_t slotOf(std::uint32_t change) {
+        return (change - 1) % changedLength;
+    }
+
+    bool operator==(const DirectoryHeader&) const = default;
 };
 
 static_assert(sizeof(DirectoryHeader) == 256 && alignof(DirectoryHeader) == 4);
 static_assert(offsetof(DirectoryHeader, windowEnd) == 16 &&
-              offsetof(DirectoryHeader, reserved) == 20);
+              offsetof(DirectoryHeader, changes) == 20);
+static_assert(offsetof(DirectoryHeader, changed) == 24 &&
+              offsetof(DirectoryHeader, reserved) == 152);
 
 // How a region came to be. Another number than these says as little as `unknown`.
 enum class RegionOrigin : std::uint32_t {
@@ -53,7 +68,15 @@ struct DirectoryRecord {
     char name[RegionName::maxBytes + 1] = {}; //  16: of region and file, zeros up to the end
     char owner[maxOwnerBytes + 1] = {};       // 144: who asked first, zeros up to the end
 
+    bool isFree() const { return state == stateFree; }
+
+    bool isValid() const { return state == stateValid; }
+
     bool isMade() const { return origin == RegionOrigin::made; }
+
+    Extent extent() const { return {address, sizeBytes}; }
+
+    bool operator==(const DirectoryRecord&) const = default;
 };
 
 static_assert(sizeof(DirectoryRecord) == 256 && alignof(DirectoryRecord) == 4);
@@ -64,6 +87,12 @@ static_assert(offsetof(DirectoryRecord, name) == 16 && offsetof(DirectoryRecord,
 // Where record `index` begins in the file.
 constexpr std::uint64_t recordOffsetBytes(std::uint64_t index) {
     return sizeof(DirectoryHeader) + index * sizeof(DirectoryRecord);
+}
+
+// How many records a file of that size has, whose header is whole.
+constexpr std::size_t recordCountOf(std::uint64_t fileBytes) {
+    return static_cast<std::size_t>((fileBytes - sizeof(DirectoryHeader)) /
+                                    sizeof(DirectoryRecord));
 }
 
 // The file grows by one page at a time; the header and 15 records fill the first.

@@ -1,6 +1,7 @@
 #include <pinbuf/detail/Directory.h>
 
 #include <cstring>
+#include <fcntl.h>
 #include <functional>
 #include <gtest/gtest.h>
 #include <pinbuf/detail/TestSupport.h>
@@ -146,6 +147,120 @@ TEST_F(DirectoryTest, IsOpenedThroughNoLink) {
     EXPECT_FALSE(fs::exists(regions.beside("elsewhere")));
 }
 
+// What this process remembers of a directory file is not what it believes when others changed it.
+class RememberedDirectory : public DirectoryTest {
+protected:
+    // Another process enters `count` regions.
+    void enterElsewhere(const std::string& prefix, int count) {
+        ASSERT_EQ(test::inChild([&] {
+                      Directory directory = open();
+                      for (int i = 0; i < count; ++i)
+                          enter(directory, prefix + std::to_string(i), 1);
+                      return 0;
+                  }),
+                  0);
+    }
+};
+
+TEST_F(RememberedDirectory, SeesWhatOthersEntered) {
+    {
+        Directory directory = open();
+        enter(directory, "mine", 1);
+    }
+    for (const int count : {1, 5, 31, 32, 33, 100}) { // up to 32 changes are told, more read anew
+        const std::string prefix = "theirs-" + std::to_string(count) + "-";
+        enterElsewhere(prefix, count);
+        Directory directory = open();
+        for (int i = 0; i < count; ++i) {
+            EXPECT_NE(directory.find(prefix + std::to_string(i)), nullptr) << count << ' ' << i;
+        }
+        const std::uint32_t address = directory.find(prefix + std::to_string(count - 1))->address;
+        EXPECT_EQ(enter(directory, "mine-" + std::to_string(count), 1), address + 4096);
+        EXPECT_EQ(directory.find("mine")->address, 0x40000000U);
+    }
+}
+
+TEST_F(RememberedDirectory, SeesWhatOthersGaveUpAndEnteredAgain) {
+    {
+        Directory directory = open();
+        for (const char* name : {"a", "b", "c"}) enter(directory, name, 1);
+    }
+    ASSERT_EQ(test::inChild([&] {
+                  Directory directory = open();
+                  directory.forget("a");
+                  directory.forget("b");
+                  enter(directory, "b", 1); // another record and address than before
+                  enter(directory, "a", 1);
+                  return 0;
+              }),
+              0);
+    const Directory directory = open();
+    EXPECT_EQ(directory.find("b")->address, 0x40000000U);
+    EXPECT_EQ(directory.find("a")->address, 0x40001000U);
+    EXPECT_EQ(directory.find("c")->address, 0x40002000U);
+}
+
+TEST_F(RememberedDirectory, IsAnotherOneWhenItsFileIsReplaced) {
+    {
+        Directory directory = open();
+        enter(directory, "mine", 1);
+    }
+    regions.replace(Directory::leaf, golden("several"));
+    EXPECT_EQ(open().find("mine"), nullptr);
+    EXPECT_NE(open().find("omega"), nullptr);
+    fs::rename(regions.path(Directory::leaf), regions.beside("moved"));
+    EXPECT_EQ(open().find("omega"), nullptr);
+    EXPECT_EQ(fs::file_size(regions.beside("moved")), golden("several").size());
+}
+
+TEST_F(RememberedDirectory, IsReadAgainWhenItsBytesChangeWithoutBeingCounted) {
+    {
+        Directory directory = open();
+        enter(directory, "mine", 1);
+    }
+    const std::optional<FileStatus> before =
+        statusOf(AT_FDCWD, regions.path(Directory::leaf).c_str());
+    const auto hasNewTime = [&] {
+        return statusOf(AT_FDCWD, regions.path(Directory::leaf).c_str())->changed !=
+               before->changed;
+    };
+    do { // the clock of files is a coarse one
+        std::fstream file(regions.path(Directory::leaf),
+                          std::ios::in | std::ios::out | std::ios::binary);
+        file.seekp(256 + 16);
+        file << "else";
+    } while (!hasNewTime());
+    EXPECT_EQ(open().find("mine"), nullptr);
+    EXPECT_NE(open().find("else"), nullptr);
+}
+
+TEST_F(RememberedDirectory, OverwritesNoRecordThatSomebodyWroteWithoutCounting) {
+    Directory directory = open();
+    enter(directory, "mine", 1);
+    {
+        std::fstream file(regions.path(Directory::leaf),
+                          std::ios::in | std::ios::out | std::ios::binary);
+        file.seekp(2 * 256 + 16);
+        file << "theirs";
+    }
+    const std::string bytes = fileBytes();
+    EXPECT_EQ(failureOf([&] { directory.placeFor(1); }),
+              "\"" + regions.path(Directory::leaf) + "\" is being changed by other means");
+    EXPECT_EQ(fileBytes(), bytes);
+}
+
+TEST_F(RememberedDirectory, CountsItsChangesModulo32Bits) {
+    std::string bytes = golden("empty");
+    const std::uint32_t almost = 0xfffffffe;
+    std::memcpy(bytes.data() + 20, &almost, sizeof almost);
+    regions.replace(Directory::leaf, bytes);
+    EXPECT_EQ(open().find("theirs-0"), nullptr);
+    enterElsewhere("theirs-", 5);
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_NE(open().find("theirs-" + std::to_string(i)), nullptr) << i;
+    }
+}
+
 // The golden files were made by tests/golden/pinbuf.py, which shares no code with the library.
 TEST_F(DirectoryTest, WritesTheGoldenBytesOfAnEmptyFolder) {
     open();
@@ -183,7 +298,7 @@ TEST_F(DirectoryTest, WritesTheGoldenBytesOfMoreThanAPage) {
 }
 
 TEST_F(DirectoryTest, ReadsTheGoldenBytes) {
-    regions.put(Directory::leaf, golden("several"));
+    regions.replace(Directory::leaf, golden("several"));
     const Directory directory = open();
 
     struct Expected {
@@ -217,7 +332,7 @@ protected:
     std::string objection(const std::function<void(std::string&)>& spoil) {
         std::string bytes = golden("several");
         spoil(bytes);
-        regions.put(Directory::leaf, bytes);
+        regions.replace(Directory::leaf, bytes);
         const std::string path = "\"" + regions.path(Directory::leaf) + "\" ";
         const std::string reason = failureOf([&] { open(); });
         EXPECT_EQ(fileBytes(), bytes);
@@ -248,7 +363,7 @@ TEST_F(DamagedDirectory, WithoutAHeaderIsNone) {
 }
 
 TEST_F(DamagedDirectory, LargerThanTheWindowCanNeedIsNone) {
-    regions.put(Directory::leaf, golden("empty"));
+    regions.replace(Directory::leaf, golden("empty"));
     constexpr std::uintmax_t tooMany = 256 + 256 * (524288 + 16) + 256;
     fs::resize_file(regions.path(Directory::leaf), tooMany);
     EXPECT_EQ(failureOf([&] { open(); }),
@@ -309,7 +424,7 @@ TEST_F(DamagedDirectory, TrustsNoTwoRecordsThatContradictEachOther) {
 TEST_F(DamagedDirectory, IgnoresWhatAFreeRecordHolds) {
     std::string bytes = golden("several");
     bytes.replace(at(0, 4), 252, 252, '\xff');
-    regions.put(Directory::leaf, bytes);
+    regions.replace(Directory::leaf, bytes);
     EXPECT_EQ(failureOf([&] { open(); }), "");
 }
 
@@ -317,11 +432,11 @@ TEST_F(DamagedDirectory, KnowsNoOtherOriginThanMade) {
     std::string bytes = golden("several");
     for (const std::uint32_t origin : {0U, 2U, 0x100U, 0xffffffffU}) {
         storeWord(bytes, at(1, 12), origin);
-        regions.put(Directory::leaf, bytes);
+        regions.replace(Directory::leaf, bytes);
         EXPECT_FALSE(open().find("CacheTable-3-1-77")->isMade());
     }
     storeWord(bytes, at(1, 12), 1);
-    regions.put(Directory::leaf, bytes);
+    regions.replace(Directory::leaf, bytes);
     EXPECT_TRUE(open().find("CacheTable-3-1-77")->isMade());
 }
 
@@ -332,7 +447,7 @@ TEST_F(DamagedDirectory, SurvivesEveryFlippedBit) {
     for (std::size_t bit = 0; bit < intact.size() * 8; ++bit) {
         std::string bytes = intact;
         bytes[bit / 8] = static_cast<char>(bytes[bit / 8] ^ (1 << bit % 8));
-        regions.put(Directory::leaf, bytes);
+        regions.replace(Directory::leaf, bytes);
         const std::string reason = failureOf([&] { open().placeFor(1); });
         ASSERT_TRUE(reason.empty() ||
                     reason.starts_with("\"" + regions.path(Directory::leaf) + "\" is "))

@@ -14,6 +14,7 @@ std::optional<FileStatus> statusFrom(int result, const struct stat& found) {
     status.sizeBytes = static_cast<std::uint64_t>(found.st_size);
     status.mode = found.st_mode & 07777U;
     status.owner = found.st_uid;
+    status.changed = std::int64_t{found.st_ctim.tv_sec} * 1'000'000'000 + found.st_ctim.tv_nsec;
     status.isRegular = S_ISREG(found.st_mode);
     status.isLink = S_ISLNK(found.st_mode);
     status.isNamed = found.st_nlink > 0;

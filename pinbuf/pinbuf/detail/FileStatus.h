@@ -19,8 +19,9 @@ struct FileIdentity {
 struct FileStatus {
     FileIdentity identity;
     std::uint64_t sizeBytes = 0;
-    std::uint32_t mode = 0;  // permissions alone
-    std::uint32_t owner = 0; // user id
+    std::uint32_t mode = 0;   // permissions alone
+    std::uint32_t owner = 0;  // user id
+    std::int64_t changed = 0; // when its bytes or its status did last, in nanoseconds
     bool isRegular = false;
     bool isLink = false;   // a symbolic one
     bool isNamed = false;  // in some folder: it is not removed

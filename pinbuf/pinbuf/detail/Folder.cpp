@@ -114,8 +114,12 @@ void Folder::requireAccess() const {
 
 std::string Folder::quotedPath() const { return inQuotes(path_); }
 
-std::string Folder::quotedPathOf(std::string_view leaf) const {
-    return inQuotes(path_ + "/" + std::string(leaf));
+std::string Folder::quotedPathOf(std::string_view leaf) const { return inQuotes(pathOf(leaf)); }
+
+std::string Folder::pathOf(std::string_view leaf) const {
+    std::string path;
+    path.reserve(path_.size() + 1 + leaf.size());
+    return path.append(path_).append("/").append(leaf);
 }
 
 } // namespace pinbuf

@@ -37,7 +37,9 @@ public:
     // For texts.
     std::string quotedPath() const;
 
-    // The path of a file in the folder, quoted, for texts.
+    std::string pathOf(std::string_view leaf) const;
+
+    // The same, quoted, for texts.
     std::string quotedPathOf(std::string_view leaf) const;
 
 private:

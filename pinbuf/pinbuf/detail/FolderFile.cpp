@@ -26,24 +26,28 @@ Failure openFailure(const std::string& quotedPath, int error) {
 
 // Calls `transfer(done)`, which moves some bytes and says how many, until all have moved.
 template <typename Transfer>
-void transferAll(std::size_t sizeBytes, const std::string& what, Transfer transfer) {
+void transferAll(std::size_t sizeBytes, std::string_view verb, const FolderFile& file,
+                 Transfer transfer) {
     std::size_t done = 0;
     while (done < sizeBytes) {
         const ssize_t moved = transfer(done);
         if (moved < 0 && errno == EINTR) continue;
-        if (moved < 0) throw Failure("cannot " + what, errno);
-        if (moved == 0) throw Failure("cannot " + what + ": it ended early");
+        const int error = errno;
+        if (moved <= 0) {
+            const std::string what = "cannot " + std::string(verb) + " " + file.quotedPath();
+            throw moved < 0 ? Failure(what, error) : Failure(what + ": it ended early");
+        }
         done += static_cast<std::size_t>(moved);
     }
 }
 
 } // namespace
 
-FolderFile::FolderFile(std::string quotedPath, Descriptor descriptor)
-    : quotedPath_(std::move(quotedPath)), descriptor_(std::move(descriptor)) {
+FolderFile::FolderFile(std::string path, Descriptor descriptor)
+    : path_(std::move(path)), descriptor_(std::move(descriptor)) {
     const std::optional<FileStatus> status = statusOf(descriptor_.number());
-    if (!status) throw Failure("cannot examine " + quotedPath_, errno);
-    if (!status->isRegular) throw Failure(quotedPath_ + " is not a regular file");
+    if (!status) throw Failure("cannot examine " + quotedPath(), errno);
+    if (!status->isRegular) throw Failure(quotedPath() + " is not a regular file");
     status_ = *status;
 }
 
@@ -52,7 +56,7 @@ std::optional<FolderFile> FolderFile::openWith(const Folder& folder, const std::
     Descriptor descriptor(::openat(folder.descriptor(), leaf.c_str(), flags | safely));
     if (!descriptor.isOpen() && errno == ENOENT) return std::nullopt;
     if (!descriptor.isOpen()) throw openFailure(folder.quotedPathOf(leaf), errno);
-    return FolderFile(folder.quotedPathOf(leaf), std::move(descriptor));
+    return FolderFile(folder.pathOf(leaf), std::move(descriptor));
 }
 
 std::optional<FolderFile> FolderFile::open(const Folder& folder, const std::string& leaf) {
@@ -72,15 +76,27 @@ FolderFile FolderFile::openOrMake(const Folder& folder, const std::string& leaf)
         descriptor = Descriptor(open());
     }
     if (!descriptor.isOpen()) throw openFailure(folder.quotedPathOf(leaf), errno);
-    FolderFile file(folder.quotedPathOf(leaf), std::move(descriptor));
+    FolderFile file(folder.pathOf(leaf), std::move(descriptor));
     file.requireOurs();
     file.makePrivate();
     return file;
 }
 
+std::string FolderFile::quotedPath() const { return inQuotes(path_); }
+
+bool FolderFile::lookAgain() {
+    const std::optional<FileStatus> now = statusOf(descriptor());
+    if (!now || now->identity != status_.identity) {
+        descriptor_.release();
+        return false;
+    }
+    status_ = *now;
+    return true;
+}
+
 void FolderFile::requireOurs() const {
     if (status_.owner == ::geteuid()) return;
-    throw Failure(quotedPath_ + " belongs to user " + std::to_string(status_.owner) +
+    throw Failure(quotedPath() + " belongs to user " + std::to_string(status_.owner) +
                   ", not to user " + std::to_string(::geteuid()));
 }
 
@@ -91,19 +107,19 @@ std::optional<FolderFile> FolderFile::openToRead(const Folder& folder, const std
 void FolderFile::makePrivate() const {
     if (status_.mode == privateMode) return;
     if (::fchmod(descriptor(), privateMode) != 0) {
-        throw Failure("cannot change the mode of " + quotedPath_, errno);
+        throw Failure("cannot change the mode of " + quotedPath(), errno);
     }
 }
 
 void FolderFile::readAt(std::uint64_t offsetBytes, void* to, std::size_t sizeBytes) const {
-    transferAll(sizeBytes, "read " + quotedPath_, [&](std::size_t done) {
+    transferAll(sizeBytes, "read", *this, [&](std::size_t done) {
         return ::pread(descriptor(), static_cast<std::byte*>(to) + done, sizeBytes - done,
                        static_cast<off_t>(offsetBytes + done));
     });
 }
 
 void FolderFile::writeAt(std::uint64_t offsetBytes, const void* from, std::size_t sizeBytes) const {
-    transferAll(sizeBytes, "write " + quotedPath_, [&](std::size_t done) {
+    transferAll(sizeBytes, "write", *this, [&](std::size_t done) {
         return ::pwrite(descriptor(), static_cast<const std::byte*>(from) + done, sizeBytes - done,
                         static_cast<off_t>(offsetBytes + done));
     });
@@ -153,7 +169,7 @@ UnfinishedFile::UnfinishedFile(const Folder& folder, std::string unfinishedLeaf)
         descriptor = Descriptor(make());
     }
     if (!descriptor.isOpen()) throw Failure("cannot make " + folder_.quotedPathOf(leaf_), errno);
-    file_ = FolderFile(folder_.quotedPathOf(leaf_), std::move(descriptor));
+    file_ = FolderFile(folder_.pathOf(leaf_), std::move(descriptor));
     file_->makePrivate(); // a umask may have taken the owner's own access away
 }
 

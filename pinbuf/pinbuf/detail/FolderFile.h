@@ -33,13 +33,16 @@ public:
 
     int descriptor() const { return descriptor_.number(); }
 
-    // Forgets the descriptor, which somebody else has closed.
-    void abandon() { descriptor_.release(); }
+    // For texts.
+    std::string quotedPath() const;
 
-    const std::string& quotedPath() const { return quotedPath_; }
-
-    // What was found when the file was opened.
+    // What was found when the file was opened, or looked at again.
     const FileStatus& status() const { return status_; }
+
+    // Looks again at a file that was kept open for long. False when its descriptor is another
+    // file's now, or nobody's: a program may close what it does not know. Then it is given up, and
+    // not closed.
+    bool lookAgain();
 
     std::uint64_t sizeBytes() const { return status_.sizeBytes; }
 
@@ -52,12 +55,12 @@ public:
 
 private:
     friend class UnfinishedFile;
-    FolderFile(std::string quotedPath, Descriptor descriptor);
+    FolderFile(std::string path, Descriptor descriptor);
     static std::optional<FolderFile> openWith(const Folder& folder, const std::string& leaf,
                                               int flags);
     void requireOurs() const;
 
-    std::string quotedPath_;
+    std::string path_;
     Descriptor descriptor_;
     FileStatus status_;
 };

@@ -40,13 +40,13 @@ std::vector<std::unique_ptr<LockFile>>& LockFile::all() {
 LockFile& LockFile::openOrMake(const Folder& folder) {
     LockFile* const known = find(folder);
     if (known != nullptr && known->mayChange_) return *known;
-    abandonClosed();
+    giveUpOthers(folder);
     return keep(folder, FolderFile::openOrMake(folder, leaf), true);
 }
 
 LockFile* LockFile::openToRead(const Folder& folder) {
     if (LockFile* const known = find(folder); known != nullptr) return known;
-    abandonClosed();
+    giveUpOthers(folder);
     std::optional<FolderFile> file = FolderFile::openToRead(folder, leaf);
     return file ? &keep(folder, std::move(*file), false) : nullptr;
 }
@@ -58,39 +58,30 @@ LockFile* LockFile::find(const Folder& folder) {
     return nullptr;
 }
 
-// Before another file gets the number of one that somebody closed: then nothing of somebody else's
-// is closed later.
-void LockFile::abandonClosed() {
-    for (const std::unique_ptr<LockFile>& file : all()) {
-        if (!file->isOpen()) file->file_.abandon();
-    }
+// Looks at all of them before another file gets the number of one that somebody closed: then
+// nothing of somebody else's is closed here. Those that are of no use any more are given up: a
+// program that removes and makes folders again and again does not run out of descriptors.
+void LockFile::giveUpOthers(const Folder& folder) {
+    std::erase_if(all(), [&folder](const std::unique_ptr<LockFile>& other) {
+        return !other->file_.lookAgain() || !other->file_.status().isNamed ||
+               other->folder_ == folder.identity();
+    });
 }
 
-// Those that are not of use any more are given up here: a program that removes and makes folders
-// again and again does not run out of descriptors.
 LockFile& LockFile::keep(const Folder& folder, FolderFile file, bool mayChange) {
     std::vector<std::unique_ptr<LockFile>>& files = all();
-    std::erase_if(files, [&folder](const std::unique_ptr<LockFile>& other) {
-        return other->folder_ == folder.identity() || other->isRemoved();
-    });
     files.push_back(
         std::unique_ptr<LockFile>(new LockFile(folder.identity(), std::move(file), mayChange)));
     return *files.back();
 }
 
-bool LockFile::isCurrent(const Folder& folder) const {
+// Who puts another file in its place, or moves it, changes its status.
+bool LockFile::isCurrent(const Folder& folder) {
+    const std::int64_t before = file_.status().changed;
+    if (!file_.lookAgain() || !file_.status().isNamed) return false;
+    if (file_.status().changed == before) return true;
     const std::optional<FileStatus> named = statusOf(folder.descriptor(), leaf);
-    return named && named->identity == identity() && isOpen();
-}
-
-bool LockFile::isOpen() const {
-    const std::optional<FileStatus> open = statusOf(file_.descriptor());
-    return open && open->identity == identity();
-}
-
-bool LockFile::isRemoved() const {
-    const std::optional<FileStatus> open = statusOf(file_.descriptor());
-    return !open || !open->isNamed;
+    return named && named->identity == file_.status().identity;
 }
 
 std::vector<std::uint64_t>& LockFile::held() {

@@ -38,7 +38,7 @@ public:
 
     // Whether the folder's lock file still is this one, and its descriptor still ours: a program
     // may close what it does not know.
-    bool isCurrent(const Folder& folder) const;
+    bool isCurrent(const Folder& folder);
 
     enum class Mode { shared, exclusive };
 
@@ -66,13 +66,8 @@ private:
 
     static std::vector<std::unique_ptr<LockFile>>& all();
     static LockFile* find(const Folder& folder);
-    static void abandonClosed();
+    static void giveUpOthers(const Folder& folder);
     static LockFile& keep(const Folder& folder, FolderFile file, bool mayChange);
-
-    bool isOpen() const;
-    bool isRemoved() const;
-
-    const FileIdentity& identity() const { return file_.status().identity; }
 
     std::vector<std::uint64_t>& held();
 

@@ -66,6 +66,14 @@ public:
             .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     }
 
+    // The same in place of a file that may be there: another file under its name.
+    void replace(std::string_view leaf, std::string_view bytes) const {
+        const std::string fresh = beside("fresh");
+        std::ofstream(fresh, std::ios::binary)
+            .write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+        std::filesystem::rename(fresh, path(leaf));
+    }
+
     std::string bytes(std::string_view leaf) const {
         std::ifstream file(path(leaf), std::ios::binary);
         return {std::istreambuf_iterator<char>(file), {}};

@@ -23,18 +23,23 @@ Undisturbed::Undisturbed() noexcept {
         cancelStateBefore_ = PTHREAD_CANCEL_ENABLE;
     }
     const sigset_t signal = fileSizeSignal();
-    sigset_t pending;
-    mayTakeBack_ = ::sigpending(&pending) == 0 && sigismember(&pending, SIGXFSZ) == 0 &&
-                   ::pthread_sigmask(SIG_BLOCK, &signal, &maskBefore_) == 0;
+    isBlocked_ = ::pthread_sigmask(SIG_BLOCK, &signal, &maskBefore_) == 0;
+    // Only what the thread had blocked before can have been waiting.
+    if (sigismember(&maskBefore_, SIGXFSZ) == 1) {
+        sigset_t pending;
+        wasPending_ = ::sigpending(&pending) != 0 || sigismember(&pending, SIGXFSZ) == 1;
+    }
+}
+
+void Undisturbed::takeSignalBack() noexcept {
+    if (!isBlocked_ || wasPending_) return;
+    const sigset_t signal = fileSizeSignal();
+    constexpr timespec noWait{};
+    while (::sigtimedwait(&signal, nullptr, &noWait) < 0 && errno == EINTR) {}
 }
 
 Undisturbed::~Undisturbed() {
-    if (mayTakeBack_) {
-        const sigset_t signal = fileSizeSignal();
-        constexpr timespec noWait{};
-        while (::sigtimedwait(&signal, nullptr, &noWait) < 0 && errno == EINTR) {}
-        ::pthread_sigmask(SIG_SETMASK, &maskBefore_, nullptr);
-    }
+    if (isBlocked_) ::pthread_sigmask(SIG_SETMASK, &maskBefore_, nullptr);
     ::pthread_setcancelstate(cancelStateBefore_, nullptr);
 }
 

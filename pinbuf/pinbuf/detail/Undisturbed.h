@@ -2,8 +2,8 @@
 //
 // Cancelled: not while this lives; a cancellation waits until the thread is out of the call.
 // SIGXFSZ:   is what the kernel sends beside an error number to who makes a file larger than the
-//            process may. The error is reported, so the signal that came with it is taken back; one
-//            that waited before is left alone.
+//            process may. It waits while this lives. Who reports the error takes back the signal
+//            that came with it; one that waited before is left alone.
 // Threads:   concerns the calling thread alone.
 #ifndef PINBUF_DETAIL_UNDISTURBED_H
 #define PINBUF_DETAIL_UNDISTURBED_H
@@ -19,9 +19,13 @@ public:
     Undisturbed(const Undisturbed&) = delete;
     Undisturbed& operator=(const Undisturbed&) = delete;
 
+    // Before a failure is reported.
+    void takeSignalBack() noexcept;
+
 private:
     sigset_t maskBefore_{};
-    bool mayTakeBack_ = false;
+    bool isBlocked_ = false; // by this
+    bool wasPending_ = false;
     int cancelStateBefore_ = 0;
 };
 

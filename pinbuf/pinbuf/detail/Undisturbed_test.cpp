@@ -25,9 +25,10 @@ bool isBlocked(int signal) {
 
 TEST(Undisturbed, TakesBackASignalOfTheCall) {
     {
-        const Undisturbed undisturbed;
+        Undisturbed undisturbed;
         ::raise(SIGXFSZ);
         EXPECT_TRUE(isPending(SIGXFSZ));
+        undisturbed.takeSignalBack();
     }
     EXPECT_FALSE(isPending(SIGXFSZ));
     EXPECT_FALSE(isBlocked(SIGXFSZ));
@@ -49,7 +50,10 @@ TEST(Undisturbed, LeavesASignalThatWaitedBefore) {
                   sigaddset(&set, SIGXFSZ);
                   ::pthread_sigmask(SIG_BLOCK, &set, nullptr);
                   ::raise(SIGXFSZ);
-                  { const Undisturbed undisturbed; }
+                  {
+                      Undisturbed undisturbed;
+                      undisturbed.takeSignalBack();
+                  }
                   return isPending(SIGXFSZ) && isBlocked(SIGXFSZ) ? 0 : 1;
               }),
               0);
@@ -62,8 +66,9 @@ TEST(Undisturbed, KeepsASignalBlockedThatWasBlocked) {
                   sigaddset(&set, SIGXFSZ);
                   ::pthread_sigmask(SIG_BLOCK, &set, nullptr);
                   {
-                      const Undisturbed undisturbed;
+                      Undisturbed undisturbed;
                       ::raise(SIGXFSZ);
+                      undisturbed.takeSignalBack();
                   }
                   return !isPending(SIGXFSZ) && isBlocked(SIGXFSZ) ? 0 : 1;
               }),
