@@ -15,9 +15,9 @@ void storeText(char (&to)[size], std::string_view text) {
     std::memcpy(to, text.data(), std::min(text.size(), size - 1));
 }
 
-// When no record is free, as many are examined for regions that have vanished: a bounded number,
-// each time others.
-constexpr std::size_t examinedRecords = 64;
+// When no record is free, so many are examined for regions that have vanished: about as many as the
+// file grows by otherwise, and each time others.
+constexpr std::size_t examinedRecords = 16;
 
 } // namespace
 

@@ -49,6 +49,12 @@ FolderFile openRegion(const std::optional<Folder>& folder, const RegionName& nam
     return std::move(*file);
 }
 
+// Whether it is worth while to open the region's file: to look whether it is there costs less.
+bool mayExist(const Folder& folder, const Directory& directory, const RegionName& name) {
+    return directory.find(name.text()) != nullptr ||
+           statusOf(folder.descriptor(), name.text().c_str()).has_value() || errno != ENOENT;
+}
+
 // The names of the folder that may be regions, sorted.
 std::vector<std::string> regionNames(const Folder& folder) {
     const auto close = [](DIR* stream) { ::closedir(stream); };
@@ -99,7 +105,8 @@ std::uint32_t ShmBackend::alloc(const RegionName& name, std::uint32_t sizeBytes,
     const Folder folder = Folder::openOrMake(Folder::chosenPath());
     const FolderLock lock = FolderLock::toChange(folder);
     Directory directory = Directory::openOrMake(folder);
-    const std::optional<FolderFile> file = FolderFile::open(folder, name.text());
+    const std::optional<FolderFile> file =
+        mayExist(folder, directory, name) ? FolderFile::open(folder, name.text()) : std::nullopt;
     return file ? reuse(directory, *file, name, sizeBytes, owner)
                 : make(folder, directory, name, sizeBytes, owner);
 }
