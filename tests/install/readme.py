@@ -65,8 +65,3 @@ for language, text in blocks("Use it"):
     else:
         do(text, client)
 equal(seen, ["cpp", "cmake", "sh", "sh", "console"], "the blocks of code")
-
-# A CMake client of the other word size finds its own libraries in the same prefix.
-run("cmake", "-S", client, "-B", client / "build32", f"-DCMAKE_PREFIX_PATH={home}/brixo", "-DCMAKE_CXX_FLAGS=-m32", env=env)
-run("cmake", "--build", client / "build32", env=env)
-equal(run(client / "build32" / "first", env=env).split(": ")[-1], "run 3\n", "a 32-bit client of CMake")
