@@ -3,6 +3,7 @@
 // Promises: the file is refused by a Failure that says why in one line, and left as it is, or it is
 //           consistent: a region can be entered into it, or there is no room, and what was entered
 //           is found again.
+#include <pinbuf/detail/Descriptor.h>
 #include <pinbuf/detail/Directory.h>
 #include <pinbuf/detail/Error.h>
 
@@ -10,11 +11,13 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -32,11 +35,11 @@ void promise(bool kept, const char* what) {
     std::abort();
 }
 
-// A folder of this process alone, which goes with it.
+// A folder of this process alone, in memory, which goes with it.
 class Scratch {
 public:
     Scratch() {
-        std::string name = (fs::temp_directory_path() / "brixo-fuzz-XXXXXX").string();
+        std::string name = "/dev/shm/brixo-fuzz-XXXXXX";
         promise(::mkdtemp(name.data()) != nullptr, "a temporary folder can be made");
         path_ = name;
     }
@@ -49,26 +52,28 @@ public:
     Scratch(const Scratch&) = delete;
     Scratch& operator=(const Scratch&) = delete;
 
-    fs::path directoryFile() const { return path_ / Directory::leaf; }
-
-    fs::path path(const std::string& leaf) const { return path_ / leaf; }
+    std::string path(const std::string& leaf) const { return path_ + "/" + leaf; }
 
     // Another file each time: bytes that change under one that is in use are not what is tried.
-    void put(const std::string& bytes) const {
-        fs::remove(directoryFile());
-        std::ofstream file(directoryFile(), std::ios::binary | std::ios::trunc);
-        file << bytes;
-        file.close();
-        fs::permissions(directoryFile(), fs::perms::owner_read | fs::perms::owner_write);
+    void put(std::string_view bytes) const {
+        ::unlink(path(Directory::leaf).c_str());
+        const pinbuf::Descriptor file(
+            ::open(path(Directory::leaf).c_str(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR));
+        promise(::pwrite(file.number(), bytes.data(), bytes.size(), 0) ==
+                        static_cast<ssize_t>(bytes.size()) &&
+                    ::ftruncate(file.number(), static_cast<off_t>(bytes.size())) == 0,
+                "the file can be written");
     }
 
-    std::string bytes() const {
-        std::ifstream file(directoryFile(), std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
+    bool holds(std::string_view bytes) const {
+        const pinbuf::Descriptor file(::open(path(Directory::leaf).c_str(), O_RDONLY | O_CLOEXEC));
+        std::string found(bytes.size() + 1, '\0'); // one more, to see that there is none
+        const ssize_t length = ::pread(file.number(), found.data(), found.size(), 0);
+        return length == static_cast<ssize_t>(bytes.size()) && found.starts_with(bytes);
     }
 
 private:
-    fs::path path_;
+    std::string path_;
 };
 
 std::string unusedName(const Directory& directory) {
@@ -90,8 +95,9 @@ void checkUse(const Scratch& scratch, const Folder& folder) {
             return; // full
         }
         promise(place.address != 0 && place.address % 4096 == 0, "an address is that of a page");
-        std::ofstream(scratch.path(name)).close();
-        fs::resize_file(scratch.path(name), regionBytes);
+        const pinbuf::Descriptor region(
+            ::open(scratch.path(name).c_str(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR));
+        promise(::ftruncate(region.number(), regionBytes) == 0, "a region can be made");
         directory.enter(place, pinbuf::RegionName(name.c_str()), regionBytes, "fuzzer");
     }
     const std::optional<Directory> directory = Directory::openToRead(folder);
@@ -100,22 +106,22 @@ void checkUse(const Scratch& scratch, const Folder& folder) {
     promise(record != nullptr && record->address == place.address &&
                 record->sizeBytes == regionBytes,
             "what was entered is found again");
-    fs::remove(scratch.path(name));
+    ::unlink(scratch.path(name).c_str());
 }
 
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static const Scratch scratch;
-    const std::string given(reinterpret_cast<const char*>(data), size);
+    static const Folder folder = Folder::openOrMake(scratch.path(""));
+    const std::string_view given(reinterpret_cast<const char*>(data), size);
     scratch.put(given);
-    const Folder folder = Folder::openOrMake(scratch.path("").string());
     try {
         Directory::openToRead(folder);
     } catch (const Failure& refused) {
         const std::string why = refused.what();
         promise(!why.empty() && why.find('\n') == why.npos, "a refusal is one line");
-        promise(scratch.bytes() == given, "what is refused is left as it is");
+        promise(scratch.holds(given), "what is refused is left as it is");
         return 0;
     }
     checkUse(scratch, folder);

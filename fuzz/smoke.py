@@ -2,7 +2,9 @@
 """A short run of one fuzzer from the golden files, the same every time.
 
     smoke.py EXE GOLDEN [RUNS]     EXE is one of the fuzzers, GOLDEN the folder of the golden files
-    smoke.py --seeds KIND GOLDEN DIR     only write the seeds into DIR, for a long run
+    smoke.py --seeds NAME GOLDEN DIR     only write the seeds of the fuzzer of this name into DIR, for a long run
+
+A fuzzer is called as the program is, with or without `fuzz-` before it.
 """
 import json
 import pathlib
@@ -39,6 +41,17 @@ def files(golden, pattern):
         yield path.read_bytes()
 
 
+def traces(golden):
+    """Each trace file, and again with every 16th chunk of its ring alone: what is in few messages costs little to read."""
+    ring, chunk, every = 16 << 10, 256, 64
+    for trace in files(golden, "*.trace"):
+        yield trace
+        at = len(trace) - ring
+        for kept in range(every):
+            chunks = (trace[start:start + chunk] if start // chunk % every == kept else bytes(chunk) for start in range(at, len(trace), chunk))
+            yield trace[:at] + b"".join(chunks)
+
+
 def libraries(golden):
     """Shared libraries of both word sizes with a header, their names, two groups of types and the headers of the sections."""
     names = b"\0.vel.type\0.shstrtab\0"
@@ -58,13 +71,16 @@ def libraries(golden):
 SEEDS = {
     "text": lambda golden: value_seeds(golden, texts),
     "attribute_log": lambda golden: value_seeds(golden, logs),
-    "trace_file": lambda golden: files(golden, "*.trace"),
+    "trace_file": traces,
     "region_directory": lambda golden: files(golden, "*.regions"),
     "type_section": libraries,
 }
 
 
-def write_seeds(kind, golden, folder):
+def write_seeds(name, golden, folder):
+    kind = name.removeprefix("fuzz-").replace("-", "_")
+    if kind not in SEEDS:
+        sys.exit(f"no fuzzer is called {name}: " + ", ".join(sorted(kind.replace("_", "-") for kind in SEEDS)))
     folder.mkdir(parents=True, exist_ok=True)
     for number, seed in enumerate(SEEDS[kind](golden)):
         (folder / f"{number:05}").write_bytes(seed)
@@ -75,11 +91,10 @@ def main(arguments):
         write_seeds(arguments[1], pathlib.Path(arguments[2]), pathlib.Path(arguments[3]))
         return 0
     exe, golden = pathlib.Path(arguments[0]).resolve(), pathlib.Path(arguments[1])
-    kind = exe.name.removeprefix("fuzz-").replace("-", "_")
     runs = arguments[2] if len(arguments) > 2 else "20000"
     with tempfile.TemporaryDirectory() as scratch:
         corpus = pathlib.Path(scratch) / "corpus"
-        write_seeds(kind, golden, corpus)
+        write_seeds(exe.name, golden, corpus)
         print(f"{exe.name}: seed {SEED}, {runs} runs, {sum(1 for _ in corpus.iterdir())} seeds", flush=True)
         return subprocess.run([exe, f"-seed={SEED}", f"-runs={runs}", "-print_final_stats=1", "-verbosity=0", "-print_funcs=0",
                                f"-artifact_prefix={pathlib.Path.cwd()}/", corpus], check=False).returncode

@@ -3,10 +3,15 @@
 // Promises: the reader names an error and has nothing, or has no error and every message can be
 //           shown: call site and words are there, and its text does not disturb a terminal.
 // Length:   a trace file has exactly the length that its header tells, which a mutation seldom keeps.
-//           So the input is read as it is, and once more with the length of the shortest file.
+//           So an input whose last byte is even is read with the length of the shortest file, and any
+//           other as it is.
+// Speed:    an execution costs what the messages and the memory for their texts cost. So most seeds
+//           have few messages (smoke.py), memory is used again soon, and the fuzzer does not watch
+//           which way the loop over the characters goes.
 #include <Ferrolog/Reader.h>
 #include <Ferrolog/detail/Layout.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -26,9 +31,10 @@ void promise(bool kept, const char* what) {
     std::abort();
 }
 
-bool isHarmless(std::string_view text) {
-    for (const char c : text)
-        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) return false;
+[[clang::no_sanitize("coverage")]] bool isHarmless(std::string_view text) {
+    const char* const end = text.data() + text.size();
+    for (const char* c = text.data(); c != end; ++c)
+        if (static_cast<unsigned char>(*c) < 0x20 || *c == 0x7f) return false;
     return true;
 }
 
@@ -40,19 +46,25 @@ void check(std::span<const std::byte> bytes) {
         promise(message.site < reader.callSites().size(), "a message has a call site");
         promise(reader.words(message).size() == message.wordCount, "a message has its words");
         promise(isHarmless(reader.text(message)), "a message is one line");
-        promise(isHarmless(reader.origin(reader.callSites()[message.site])),
-                "an origin is one line");
     }
+    for (const Ferrolog::CallSite& site : reader.callSites())
+        promise(isHarmless(reader.origin(site)), "an origin is one line");
     promise(reader.notes().size() <= 101, "notes are counted");
     for (const std::string& note : reader.notes()) promise(isHarmless(note), "a note is one line");
 }
 
 } // namespace
 
+// All that an execution frees stays out of use until it has ended.
+extern "C" const char* __asan_default_options() { return "quarantine_size_mb=8"; }
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    std::vector<std::byte> bytes(size);
-    for (std::size_t at = 0; at < size; ++at) bytes[at] = static_cast<std::byte>(data[at]);
-    check(bytes);
+    const auto* const first = reinterpret_cast<const std::byte*>(data);
+    if (size == 0 || size == shortestFileBytes || data[size - 1] % 2 != 0) {
+        check({first, size});
+        return 0;
+    }
+    std::vector<std::byte> bytes(first, first + std::min(size, shortestFileBytes));
     bytes.resize(shortestFileBytes);
     check(bytes);
     return 0;
