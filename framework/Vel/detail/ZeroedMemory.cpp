@@ -17,7 +17,7 @@ bool isMapped(std::size_t bytes) noexcept { return bytes >= mappedFromBytes; }
 // pages to give, nothing changes.
 void askForLargePages(void* pages, std::size_t bytes) noexcept {
     constexpr std::size_t fromBytes = std::size_t{4} << 20;
-    if (bytes >= fromBytes) madvise(pages, bytes, MADV_HUGEPAGE);
+    if (bytes >= fromBytes) (void)madvise(pages, bytes, MADV_HUGEPAGE);
 }
 
 } // namespace

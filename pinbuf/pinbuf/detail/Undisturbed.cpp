@@ -39,8 +39,8 @@ void Undisturbed::takeSignalBack() noexcept {
 }
 
 Undisturbed::~Undisturbed() {
-    if (isBlocked_) ::pthread_sigmask(SIG_SETMASK, &maskBefore_, nullptr);
-    ::pthread_setcancelstate(cancelStateBefore_, nullptr);
+    if (isBlocked_) (void)::pthread_sigmask(SIG_SETMASK, &maskBefore_, nullptr);
+    (void)::pthread_setcancelstate(cancelStateBefore_, nullptr);
 }
 
 } // namespace pinbuf
