@@ -112,7 +112,7 @@ bool Directory::bringUpToDate(DirectorySnapshot& known, const FolderFile& file,
         changed.push_back(header.changed[DirectoryHeader::slotOf(++change)]);
     }
     std::ranges::sort(changed);
-    changed.erase(std::ranges::unique(changed).begin(), changed.end());
+    changed.erase(std::unique(changed.begin(), changed.end()), changed.end());
     if (changed.back() >= recordCount) return false;
     known.index.lengthen(recordCount);
     for (const std::uint32_t record : changed) known.index.clear(record);
