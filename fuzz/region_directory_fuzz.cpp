@@ -98,7 +98,8 @@ void checkUse(const Scratch& scratch, const Folder& folder) {
         const pinbuf::Descriptor region(
             ::open(scratch.path(name).c_str(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR));
         promise(::ftruncate(region.number(), regionBytes) == 0, "a region can be made");
-        directory.enter(place, pinbuf::RegionName(name.c_str()), regionBytes, "fuzzer");
+        directory.enter(place, pinbuf::RegionName(name.c_str()), regionBytes, "fuzzer",
+                        pinbuf::RegionOrigin::made);
     }
     const std::optional<Directory> directory = Directory::openToRead(folder);
     promise(directory.has_value(), "a directory stays one");
