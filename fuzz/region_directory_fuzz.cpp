@@ -112,6 +112,9 @@ void checkUse(const Scratch& scratch, const Folder& folder) {
 
 } // namespace
 
+// All that an execution frees stays out of use until it has ended.
+extern "C" const char* __asan_default_options() { return "quarantine_size_mb=8"; }
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static const Scratch scratch;
     static const Folder folder = Folder::openOrMake(scratch.path(""));

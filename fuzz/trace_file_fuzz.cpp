@@ -56,7 +56,9 @@ void check(std::span<const std::byte> bytes) {
 } // namespace
 
 // All that an execution frees stays out of use until it has ended.
-extern "C" const char* __asan_default_options() { return "quarantine_size_mb=8"; }
+extern "C" const char* __asan_default_options() {
+    return "quarantine_size_mb=8:malloc_context_size=4";
+}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const auto* const first = reinterpret_cast<const std::byte*>(data);
