@@ -5,7 +5,9 @@
 
 #include <pinbuf/pinbuf.h>
 
+// NOLINTBEGIN(readability-redundant-declaration): declared again to be weak here alone
 extern "C" {
 extern __attribute__((weak)) decltype(pinbuf_find) pinbuf_find;
 extern __attribute__((weak)) decltype(pinbuf_hold) pinbuf_hold;
 }
+// NOLINTEND(readability-redundant-declaration)
