@@ -102,6 +102,7 @@ Opening* enter() {
 
 Visit::Visit() {
     ++visitsOfThread;
+    // NOLINTNEXTLINE(cppcoreguidelines-prefer-member-initializer): the visit is counted before it begins
     opening_ = enter();
 }
 

@@ -10,6 +10,7 @@ namespace Vel::detail {
 namespace {
 
 struct Free {
+    // NOLINTNEXTLINE(cppcoreguidelines-no-malloc): the demangler gives what malloc() gave
     void operator()(char* text) const noexcept { std::free(text); }
 };
 

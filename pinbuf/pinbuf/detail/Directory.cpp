@@ -78,6 +78,7 @@ std::unique_ptr<DirectorySnapshot> Directory::read(const Folder& folder, FolderF
     if (known == nullptr || known->file.status().identity != status.identity ||
         !bringUpToDate(*known, file, header)) {
         DirectoryIndex index = checked(file, readRecords(file));
+        // NOLINTNEXTLINE(modernize-make-unique): an aggregate
         return std::unique_ptr<DirectorySnapshot>(
             new DirectorySnapshot{folder.identity(), std::move(file), mayChange, status.changed,
                                   header, std::move(index)});

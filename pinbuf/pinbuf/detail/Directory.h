@@ -87,7 +87,7 @@ private:
     void makeRoom(std::uint64_t sizeBytes);
     void count(std::size_t index);
     void writeState(std::size_t index, std::uint32_t state);
-    void forgetAt(std::size_t index);
+    void forgetAt(std::size_t record);
 
     DirectoryIndex& index() const { return snapshot_->index; }
 
