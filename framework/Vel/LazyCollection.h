@@ -41,14 +41,14 @@ public:
         return true;
     }
 
-    // The value under the key, or a default one.
-    Value value(const Key& key) const noexcept {
+    // The value under the key, or a default one. This and has() are calls, so that the look-ups that count stay few, and inline.
+    [[gnu::noinline]] Value value(const Key& key) const noexcept {
         Value value{};
         lookUp(key, value);
         return value;
     }
 
-    bool has(const Key& key) const noexcept {
+    [[gnu::noinline]] bool has(const Key& key) const noexcept {
         Value value{};
         return lookUp(key, value);
     }
