@@ -15,6 +15,17 @@
 
 namespace Orn {
 
+namespace detail {
+
+// The lowest bit of what is left of a word, counted from `base`; null if nothing is.
+template <std::unsigned_integral Word>
+constexpr BitId lowest(Word left, unsigned base = 0) noexcept {
+    if (left == 0) return BitId(BitId::null());
+    return BitId(static_cast<Vel::U8>(base + static_cast<unsigned>(std::countr_zero(left))));
+}
+
+} // namespace detail
+
 class ORN_API U64Bitmask : public Vel::UnorderedValue<U64Bitmask> {
 public:
     VEL_VALUE(U64Bitmask)
@@ -54,12 +65,12 @@ public:
     constexpr BitId nextBitId(BitId b) const noexcept {
         const bool isAny = b.value() == BitId::null();
         if constexpr (sizeof(void*) == sizeof(value_)) {
-            return lowest(isAny ? value_ : value_ & ~Vel::U64{1} << (b.value() & 63U));
+            return detail::lowest(isAny ? value_ : value_ & ~Vel::U64{1} << (b.value() & 63U));
         } else {
             const Vel::U32 above = isAny ? ~Vel::U32{0} : ~Vel::U32{1} << position(b);
-            if (!isAny && isHigh(b)) return lowest(high() & above, 32);
+            if (!isAny && isHigh(b)) return detail::lowest(high() & above, 32);
             const Vel::U32 lowLeft = low() & above;
-            return lowLeft != 0 ? lowest(lowLeft) : lowest(high(), 32);
+            return lowLeft != 0 ? detail::lowest(lowLeft) : detail::lowest(high(), 32);
         }
     }
 
@@ -81,13 +92,6 @@ private:
     constexpr Vel::U32 low() const noexcept { return static_cast<Vel::U32>(value_); }
 
     constexpr Vel::U32 high() const noexcept { return static_cast<Vel::U32>(value_ >> 32); }
-
-    // The lowest bit of what is left of a word, counted from `base`; null if nothing is.
-    template <std::unsigned_integral Word>
-    static constexpr BitId lowest(Word left, unsigned base = 0) noexcept {
-        if (left == 0) return BitId(BitId::null());
-        return BitId(static_cast<Vel::U8>(base + static_cast<unsigned>(std::countr_zero(left))));
-    }
 
     static constexpr bool isHigh(BitId b) noexcept { return (b.value() & 32) != 0; }
 
