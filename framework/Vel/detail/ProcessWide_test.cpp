@@ -139,9 +139,9 @@ public:
 
 TEST(ProcessWide, IsTriedAgainAfterAFailure) {
 #ifdef __clang__
-#if __has_feature(thread_sanitizer)
+    #if __has_feature(thread_sanitizer)
     GTEST_SKIP() << "the thread sanitizer's pthread_once does not take an exception";
-#endif
+    #endif
 #endif
     EXPECT_THROW(ProcessWide<Refusing>::only(), std::runtime_error);
     Refusing::isRefused = false;
