@@ -14,9 +14,25 @@
 #include <unistd.h>
 #include <utility>
 
+#ifdef __clang__
+    #if __has_feature(thread_sanitizer)
+        #define VEL_THREAD_SANITIZER
+        #include <sanitizer/tsan_interface.h>
+    #endif
+#endif
+
 namespace Vel {
 
 namespace {
+
+// A lock that nobody holds in the place of one whose holder is not of this process.
+void makeAnew(std::shared_mutex& mutex) {
+#ifdef VEL_THREAD_SANITIZER
+    __tsan_mutex_pre_unlock(&mutex, 0); // or it takes the new lock for the held one
+    __tsan_mutex_post_unlock(&mutex, 0);
+#endif
+    ::new (&mutex) std::shared_mutex;
+}
 
 // Writes all of `line`. What the output does not take is lost: there is nobody to tell.
 void writeAll(int fd, std::string_view line) noexcept {
@@ -132,7 +148,7 @@ void TraceSwitchboard::beforeFork() {
 void TraceSwitchboard::afterFork(bool isChild) {
     mutex_.unlock();
     if (isChild) // the lock is its parent's thread's: nobody else can give it back
-        ::new (&sinkMutex_) std::shared_mutex;
+        makeAnew(sinkMutex_);
     else
         sinkMutex_.unlock();
 }
