@@ -1,5 +1,8 @@
 #include <Vel/Builtin.h>
 
+#include <Vel/Integers.h>
+#include <Vel/PtrInterface.h>
+#include <Vel/detail/builtinTypes.h>
 #include <Vel/value/ValueType.h>
 
 namespace Vel {
@@ -53,5 +56,11 @@ template struct Builtin<unsigned>;
 template struct Builtin<unsigned long long>;
 template struct Builtin<BytePtr>;
 template struct Builtin<void*>;
+
+std::vector<VelType*> detail::builtinTypes() {
+    return {Builtin<bool>::_fwkType(),    Builtin<int>::_fwkType(),   Builtin<U8>::_fwkType(),
+            Builtin<U16>::_fwkType(),     Builtin<U32>::_fwkType(),   Builtin<U64>::_fwkType(),
+            Builtin<BytePtr>::_fwkType(), Builtin<void*>::_fwkType(), PtrInterface::_fwkType()};
+}
 
 } // namespace Vel

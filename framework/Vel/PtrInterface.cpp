@@ -1,28 +1,8 @@
 #include <Vel/PtrInterface.h>
 
 #include <Vel/PtrTrack.h>
-#include <Vel/VelType.h>
 
 namespace Vel {
-
-VelType* PtrInterface::fwkType() const { return _fwkType(); }
-
-namespace {
-
-class ObjectBaseType : public VelType {
-public:
-    ObjectBaseType() : VelType("PtrInterface", nullptr, nullptr, VelTypeFlags()) {
-        qualifiedNameIs("Vel::PtrInterface");
-        referencesLeak();
-    }
-};
-
-} // namespace
-
-VelType* PtrInterface::_fwkType() {
-    static VelType* const type = new ObjectBaseType;
-    return type;
-}
 
 void PtrInterface::referencesLeak() const {
     referencesInc();

@@ -1,10 +1,8 @@
 #include <Vel/VelType.h>
 
 #include <Vel/Assert.h>
-#include <Vel/Builtin.h>
-#include <Vel/GenericIf.h>
-#include <Vel/GenericIfPtrInterface.h>
 #include <Vel/Module.h>
+#include <Vel/detail/builtinTypes.h>
 #include <string>
 #include <unordered_map>
 
@@ -14,14 +12,9 @@ namespace {
 
 using TypeNodes = std::unordered_map<Name, VelType*>;
 
-// The types that no module brings.
 TypeNodes* nodesOfBuiltins() {
     auto* const nodes = new TypeNodes;
-    for (VelType* const type :
-         {Builtin<bool>::_fwkType(), Builtin<int>::_fwkType(), Builtin<U8>::_fwkType(),
-          Builtin<U16>::_fwkType(), Builtin<U32>::_fwkType(), Builtin<U64>::_fwkType(),
-          Builtin<BytePtr>::_fwkType(), Builtin<void*>::_fwkType(), PtrInterface::_fwkType()})
-        nodes->emplace(type->qualifiedName(), type);
+    for (VelType* const type : detail::builtinTypes()) nodes->emplace(type->qualifiedName(), type);
     return nodes;
 }
 
@@ -74,41 +67,6 @@ VelType* VelType::typeNode(Name qualifiedName) {
     Module::bindPending();
     const auto node = typeNodes().find(qualifiedName);
     return node != typeNodes().end() ? node->second : nullptr;
-}
-
-Ptr<GenericIf> VelType::genericIf(const void*, bool) const {
-    GenericIf::throwTypeException(qualifiedName_);
-}
-
-Ptr<GenericIf> VelType::genericIf(const String8&, bool) const {
-    GenericIf::throwTypeException(qualifiedName_);
-}
-
-Ptr<GenericIf> VelType::genericIf(const char* text, bool isConst) const {
-    return genericIf(String8(text), isConst);
-}
-
-Ptr<GenericIf> VelType::genericIf(const GenericIf*, bool) const { return nullptr; }
-
-Ptr<GenericIf> VelType::genericIf(GenericIf* other, bool isConst) {
-    return genericIf(static_cast<const GenericIf*>(other), isConst);
-}
-
-Ptr<GenericIf> VelType::genericIf(PtrInterface* object, bool isConst) {
-    const VelType* const held = object != nullptr ? object->fwkType() : this;
-    if (!held->isKindOf(this) || !isKindOf(PtrInterface::_fwkType()))
-        GenericIf::throwTypeException(qualifiedName_);
-    return new GenericIfPtrInterface(object, isConst);
-}
-
-Ptr<GenericIf> VelType::genericIfListConstructor(const GenericIf*) const {
-    GenericIf::throwTypeException(qualifiedName_);
-}
-
-Ptr<GenericIf> VelType::newGenericIf() const { GenericIf::throwTypeException(qualifiedName_); }
-
-Ptr<GenericIf> VelType::genericIfOfForeignText(const String8& text, bool isConst) const {
-    return genericIf(text, isConst);
 }
 
 } // namespace Vel

@@ -1,0 +1,26 @@
+// PtrInterfaceType.cpp - the descriptor of the class of all objects, which needs none of them.
+#include <Vel/PtrInterface.h>
+#include <Vel/VelType.h>
+
+namespace Vel {
+
+VelType* PtrInterface::fwkType() const { return _fwkType(); }
+
+namespace {
+
+class ObjectBaseType : public VelType {
+public:
+    ObjectBaseType() : VelType("PtrInterface", nullptr, nullptr, VelTypeFlags()) {
+        qualifiedNameIs("Vel::PtrInterface");
+        referencesLeak();
+    }
+};
+
+} // namespace
+
+VelType* PtrInterface::_fwkType() {
+    static VelType* const type = new ObjectBaseType;
+    return type;
+}
+
+} // namespace Vel
