@@ -4,6 +4,7 @@
 # brixo_test(FOLDER path... [LINK lib...])
 #   For each path an executable from <path>_test.cpp beside the code and a ctest FOLDER/path with the label FOLDER:
 #     brixo_test(bitmask Orn/BitId Orn/U64Bitmask)   ->   bitmask/Orn/BitId, bitmask/Orn/U64Bitmask
+#   A FOLDER within a folder is a label beside its floor: the tests of framework/map have framework and framework/map.
 #   It links shared libraries as a client does: BrixoTypes unless LINK says otherwise.
 #
 # brixo_cross_test(FOLDER path... [LINK lib...])
@@ -46,13 +47,16 @@ endif()
 
 # Adds the executables and the ctests; the callers add what sets their tests apart.
 function(brixo_add_tests folder paths libraries)
+  string(REGEX REPLACE "/.*" "" floor ${folder})
+  set(labels ${floor} ${folder})
+  list(REMOVE_DUPLICATES labels)
   foreach(path IN LISTS paths)
-    string(REPLACE "/" "-" target "${folder}-${path}")
+    string(REPLACE "/" "-" target ${folder}-${path})
     add_executable(${target} ${path}_test.cpp)
     target_link_libraries(${target} PRIVATE ${libraries} brixo_test_options)
     target_precompile_headers(${target} REUSE_FROM brixo_test_headers)
     add_test(NAME ${folder}/${path} COMMAND ${target})
-    set_tests_properties(${folder}/${path} PROPERTIES LABELS ${folder} TIMEOUT 300)
+    set_tests_properties(${folder}/${path} PROPERTIES LABELS "${labels}" TIMEOUT 300)
   endforeach()
 endfunction()
 
