@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <tuple>
 #include <utility>
 
 namespace Vel::detail {
@@ -39,12 +38,14 @@ private:
         return result;
     }
 
-    static constexpr AttributeId firstId =
-        std::apply([](const auto&... attribute) { return std::min({attribute.id...}); },
-                   schemaOf<T>.attributes);
-    static constexpr AttributeId lastId =
-        std::apply([](const auto&... attribute) { return std::max({attribute.id...}); },
-                   schemaOf<T>.attributes);
+    static constexpr auto allIds = [] {
+        std::array<AttributeId, attributeCountOf<T>> ids{};
+        std::size_t count = 0;
+        forEachAttribute<T>([&](const auto& attribute) { ids[count++] = attribute.id; });
+        return ids;
+    }();
+    static constexpr AttributeId firstId = std::ranges::min(allIds);
+    static constexpr AttributeId lastId = std::ranges::max(allIds);
     static_assert(lastId - firstId < 1024, "ids lie close together");
 
     template <std::size_t... index>

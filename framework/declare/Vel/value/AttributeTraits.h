@@ -8,17 +8,16 @@
 #include <Vel/value/TypeOf.h>
 #include <cstddef>
 #include <string_view>
-#include <tuple>
 #include <type_traits>
 #include <utility>
 
 namespace Vel {
 
 template <class T>
-inline constexpr std::size_t attributeCountOf = std::tuple_size_v<detail::AttributesOf<T>>;
+inline constexpr std::size_t attributeCountOf = detail::AttributesOf<T>::size;
 
 template <class T, std::size_t index>
-using AttributeAt = std::tuple_element_t<index, detail::AttributesOf<T>>;
+using AttributeAt = AttributeClassAt<index, detail::AttributesOf<T>>;
 
 template <class T, std::size_t index>
 using AccessAt = std::remove_cvref_t<decltype(attributeAt<T, index>.access)>;

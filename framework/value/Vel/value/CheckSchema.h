@@ -6,13 +6,13 @@
 #include <Vel/AttributeId.h>
 #include <Vel/Integers.h>
 #include <Vel/value/Attribute.h>
+#include <Vel/value/AttributeList.h>
 #include <Vel/value/FieldTypes.h>
 #include <Vel/value/MemberBytes.h>
 #include <Vel/value/Refused.h>
 #include <array>
 #include <cstddef>
 #include <string_view>
-#include <tuple>
 #include <type_traits>
 #include <utility>
 
@@ -28,7 +28,7 @@ template <class T>
 inline constexpr bool isObject = declaredSchema<T>.form == Form::none;
 
 template <class T, std::size_t i>
-inline constexpr const auto& declaredAttribute = std::get<i>(declaredSchema<T>.attributes);
+inline constexpr const auto& declaredAttribute = attributeIn<i>(declaredSchema<T>.attributes);
 
 template <class Owner, class Member>
 std::type_identity<Member> typeOfMember(Member Owner::*);
@@ -46,7 +46,7 @@ template <class A>
 using DeclaredField = typename decltype(findFieldType<A>())::type;
 
 template <class T, std::size_t i>
-using DeclaredFieldAt = DeclaredField<std::tuple_element_t<i, DeclaredAttributes<T>>>;
+using DeclaredFieldAt = DeclaredField<AttributeClassAt<i, DeclaredAttributes<T>>>;
 
 // An object for each member: two attributes are the same field if these are the same.
 template <auto member>
@@ -88,7 +88,7 @@ constexpr std::array<AttributeFacts, sizeof...(i)> factsOf(std::index_sequence<i
 
 template <class T>
 inline constexpr auto schemaFacts =
-    factsOf<T>(std::make_index_sequence<std::tuple_size_v<DeclaredAttributes<T>>>());
+    factsOf<T>(std::make_index_sequence<DeclaredAttributes<T>::size>());
 
 // What breaks a rule, and its place among the attributes or among the constructor's arguments.
 struct Fault {
@@ -197,7 +197,7 @@ constexpr bool takesItsArguments(std::index_sequence<i...> /*arguments*/) {
 
 // Bytes of a value that none of its fields accounts for.
 template <class T, class... A>
-constexpr std::size_t bytesLeftOut(const std::tuple<A...>& /*attributes*/) {
+constexpr std::size_t bytesLeftOut(const AttributeList<A...>& /*attributes*/) {
     if constexpr (isObject<T>)
         return 0;
     else

@@ -4,7 +4,6 @@
 #include <Vel/value/Schema.h>
 #include <array>
 #include <cstddef>
-#include <tuple>
 #include <type_traits>
 #include <utility>
 
@@ -18,12 +17,12 @@ using AttributesOf = std::remove_cvref_t<decltype(schemaOf<T>.attributes)>;
 // Which attributes are fields.
 template <class Attributes, std::size_t... index>
 constexpr std::array<bool, sizeof...(index)> fieldFlags(std::index_sequence<index...>) {
-    return {isField<std::tuple_element_t<index, Attributes>>...};
+    return {isField<AttributeClassAt<index, Attributes>>...};
 }
 
 template <class T>
 inline constexpr auto fieldFlagsOf =
-    fieldFlags<AttributesOf<T>>(std::make_index_sequence<std::tuple_size_v<AttributesOf<T>>>());
+    fieldFlags<AttributesOf<T>>(std::make_index_sequence<AttributesOf<T>::size>());
 
 // The position of the nth field.
 template <class T>
@@ -52,14 +51,14 @@ using FieldIndices =
 
 // The attribute at a position.
 template <class T, std::size_t index>
-inline constexpr const auto& attributeAt = std::get<index>(schemaOf<T>.attributes);
+inline constexpr const auto& attributeAt = attributeIn<index>(schemaOf<T>.attributes);
 
 template <class T, std::size_t index>
 using FieldType = std::remove_cvref_t<decltype(std::declval<T&>().*(attributeAt<T, index>.access))>;
 
 template <class T, std::size_t index>
 inline constexpr bool isCollectionField =
-    std::tuple_element_t<index, detail::AttributesOf<T>>::kind == AttributeKind::collection;
+    AttributeClassAt<index, detail::AttributesOf<T>>::kind == AttributeKind::collection;
 
 // Calls visit.operator()<index>() for each field in declaration order until one returns false; says whether none did.
 template <class T, class Visit>

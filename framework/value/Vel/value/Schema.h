@@ -24,11 +24,11 @@
 #include <Vel/AttributeId.h>
 #include <Vel/Integers.h>
 #include <Vel/value/Attribute.h>
+#include <Vel/value/AttributeList.h>
 #include <Vel/value/CheckSchema.h>
 #include <array>
 #include <cstddef>
 #include <string_view>
-#include <tuple>
 #include <type_traits>
 
 namespace Vel {
@@ -75,7 +75,7 @@ public:
     Form form = Form::structured;
     Hash hash = Hash::none;
     std::array<std::string_view, constructorArguments> constructor;
-    std::tuple<Attributes...> attributes;
+    AttributeList<Attributes...> attributes;
 
     // The name without its namespace.
     constexpr std::string_view shortName() const {
@@ -191,7 +191,7 @@ private:
     template <class Added>
     constexpr auto add(const Added& added) const {
         return Schema<T, Base, inherited, constructorArguments, Attributes..., Added>{
-            qualifiedName, form, hash, constructor, std::tuple_cat(attributes, std::tuple(added))};
+            qualifiedName, form, hash, constructor, detail::extended(attributes, added)};
     }
 };
 
@@ -242,7 +242,7 @@ inline constexpr auto schemaOf = detail::soundSchema<T>();
 // Calls visit(attribute) for each attribute in declaration order. The attributes are compile-time constants of it.
 template <class T, class Visit>
 constexpr void forEachAttribute(Visit visit) {
-    std::apply([&](const auto&... attribute) { (visit(attribute), ...); }, schemaOf<T>.attributes);
+    detail::visitEach(schemaOf<T>.attributes, visit);
 }
 
 } // namespace Vel
