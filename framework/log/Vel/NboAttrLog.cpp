@@ -28,19 +28,21 @@ NboAttrLog::Out::~Out() {
         flush();
     } catch (...) { // a destructor has nobody to tell
     }
+    delete[] buffer_;
 }
 
 // Moves what is written so far into a buffer of `capacity`.
 void NboAttrLog::Out::capacityIs(std::size_t capacity) {
-    auto buffer = std::make_unique_for_overwrite<U8[]>(capacity);
+    auto* const buffer = new U8[capacity];
     const std::size_t used = offset();
-    if (used != 0) std::memcpy(buffer.get(), buffer_.get(), used);
-    buffer_ = std::move(buffer);
-    pos_ = buffer_.get() + used;
+    if (used != 0) std::memcpy(buffer, buffer_, used);
+    delete[] buffer_;
+    buffer_ = buffer;
+    pos_ = buffer_ + used;
     limit_ = pos_;
-    end_ = buffer_.get() + capacity;
-    flushMark_ = buffer_.get() + bufferSize - lengthSize;
-    takeMark_ = depth_ == 0 ? flushMark_ : buffer_.get();
+    end_ = buffer_ + capacity;
+    flushMark_ = buffer_ + bufferSize - lengthSize;
+    takeMark_ = depth_ == 0 ? flushMark_ : buffer_;
 }
 
 void NboAttrLog::Out::makeRoom(std::size_t size) {
@@ -70,18 +72,18 @@ void NboAttrLog::Out::writeBytes(std::span<const U8> bytes) {
 void NboAttrLog::Out::flush() {
     VEL_ASSERT(depth_ == 0, depth_);
     if (offset() == 0) return;
-    connection_->write({buffer_.get(), offset()});
-    pos_ = buffer_.get();
+    connection_->write({buffer_, offset()});
+    pos_ = buffer_;
     limit_ = pos_;
     // A long record made the buffer grow; the next one is short as a rule.
-    if (end_ - buffer_.get() > static_cast<std::ptrdiff_t>(bufferSize)) capacityIs(bufferSize);
+    if (end_ - buffer_ > static_cast<std::ptrdiff_t>(bufferSize)) capacityIs(bufferSize);
 }
 
 NboAttrLog::In::In(const Ptr<ByteConnection::In>& connection)
-    : connection_(connection), buffer_(std::make_unique_for_overwrite<U8[]>(bufferSize)),
-      capacity_(bufferSize), pos_(buffer_.get()), limit_(pos_), end_(pos_), record_(pos_) {}
+    : connection_(connection), buffer_(new U8[bufferSize]), capacity_(bufferSize), pos_(buffer_),
+      limit_(pos_), end_(pos_), record_(pos_) {}
 
-NboAttrLog::In::~In() = default;
+NboAttrLog::In::~In() { delete[] buffer_; }
 
 bool NboAttrLog::In::nothingLeft() {
     VEL_ASSERT(depth_ == 0, depth_);
@@ -114,25 +116,28 @@ void NboAttrLog::In::fetch(std::size_t size) {
 
 bool NboAttrLog::In::readMore(std::size_t wanted) {
     const std::size_t held = buffered();
-    bufferPlace_ = place(pos_);
+    const U64 heldPlace = place(pos_);
     // The buffer grows as bytes arrive, not because a length announces them.
     if (held == capacity_) {
-        capacity_ = std::min(2 * capacity_, std::max(wanted, capacity_ + 1));
-        auto larger = std::make_unique_for_overwrite<U8[]>(capacity_);
-        std::memcpy(larger.get(), pos_, held);
-        buffer_ = std::move(larger);
+        const std::size_t capacity = std::min(2 * capacity_, std::max(wanted, capacity_ + 1));
+        auto* const larger = new U8[capacity];
+        std::memcpy(larger, pos_, held);
+        delete[] buffer_;
+        buffer_ = larger;
+        capacity_ = capacity;
     } else if (held != 0) {
-        std::memmove(buffer_.get(), pos_, held);
+        std::memmove(buffer_, pos_, held);
     }
-    pos_ = limit_ = record_ = buffer_.get();
+    bufferPlace_ = heldPlace;
+    pos_ = limit_ = record_ = buffer_;
     end_ = pos_ + held;
-    const std::size_t came = connection_->read({buffer_.get() + held, capacity_ - held});
+    const std::size_t came = connection_->read({buffer_ + held, capacity_ - held});
     end_ += came;
     return came != 0;
 }
 
 U64 NboAttrLog::In::place(const U8* byte) const noexcept {
-    return bufferPlace_ + static_cast<U64>(byte - buffer_.get());
+    return bufferPlace_ + static_cast<U64>(byte - buffer_);
 }
 
 void NboAttrLog::In::malformed(const String8& reason) const {
