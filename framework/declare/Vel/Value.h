@@ -24,12 +24,10 @@
 #pragma once
 
 #include <Vel/Export.h>
-#include <Vel/GenericIf.h>
 #include <Vel/Integers.h>
 #include <Vel/NboAttrLog.h>
 #include <Vel/StreamBogon.h>
 #include <Vel/String8.h>
-#include <Vel/VelType.h>
 #include <Vel/strepToValue.h>
 #include <Vel/value/Compare.h>
 #include <Vel/value/HashOf.h>
@@ -37,11 +35,12 @@
 #include <Vel/value/Schema.h>
 #include <concepts>
 #include <cstddef>
-#include <functional>
 #include <iosfwd>
+#include <string_view> // std::hash
 
 namespace Vel {
 
+class VelType;
 template <class T>
 class ValueType;
 template <class T>

@@ -16,7 +16,7 @@
 #include <compare>
 #include <concepts>
 #include <cstddef>
-#include <functional>
+#include <string_view> // std::hash
 #include <utility>
 
 namespace Vel {

@@ -22,11 +22,10 @@
 #include <compare>
 #include <cstddef>
 #include <cstring>
-#include <functional>
 #include <iosfwd>
 #include <iterator>
 #include <new>
-#include <string_view>
+#include <string_view> // and std::hash
 #include <utility>
 
 namespace Vel {

@@ -1,10 +1,9 @@
 // DeclareEntity.h - VEL_ENTITY(T) stands first in a class of counted objects with a schema; ObjectType.h defines the rest.
 #pragma once
 
-#include <Vel/VelType.h>
-
 namespace Vel {
 
+class VelType;
 template <class T>
 class ObjectType;
 template <class T>

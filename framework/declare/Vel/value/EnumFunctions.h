@@ -6,7 +6,6 @@
 #include <Vel/NboAttrLog.h>
 #include <Vel/Ptr.h>
 #include <Vel/String8.h>
-#include <Vel/VelType.h>
 #include <Vel/strepToValue.h>
 #include <Vel/value/Enum.h>
 #include <Vel/value/EnumNames.h>
@@ -15,6 +14,7 @@
 
 namespace Vel {
 
+class VelType;
 template <class T>
 class ValueGenericIf;
 

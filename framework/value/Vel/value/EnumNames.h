@@ -7,7 +7,6 @@
 #include <Vel/Integers.h>
 #include <Vel/String8.h>
 #include <Vel/value/Enum.h>
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -57,7 +56,8 @@ bool sameInWords(const char* a, const char* b, std::index_sequence<word...>) noe
         std::memcpy(&right, b + at, sizeof right);
         return left == right;
     };
-    return (same(std::min(word * sizeof(Word), size - sizeof(Word))) && ...);
+    constexpr std::size_t last = size - sizeof(Word);
+    return (same(word * sizeof(Word) < last ? word * sizeof(Word) : last) && ...);
 }
 
 template <std::size_t size>
