@@ -1,10 +1,10 @@
-# brixo_shared_library(NAME [OBJECTS lib...] [SOURCES file...] [LINK lib...])
+# brixo_shared_library(NAME EXPORTS file [OBJECTS lib...] [SOURCES file...] [LINK lib...])
 #
 # A shared library with the project's version in its SONAME and hidden visibility by default, known to clients as
-# Brixo::NAME. Its public headers are its file set HEADERS. OBJECTS are object libraries of folders that ship inside it:
+# Brixo::NAME. It exports what the linker script EXPORTS lists. Its public headers are its file set HEADERS. OBJECTS are object libraries of folders that ship inside it:
 # their code, their public headers and their include roots become the library's own.
 function(brixo_shared_library name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "OBJECTS;SOURCES;LINK")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "EXPORTS" "OBJECTS;SOURCES;LINK")
   add_library(${name} SHARED ${arg_SOURCES})
   add_library(Brixo::${name} ALIAS ${name})
   set_target_properties(${name} PROPERTIES
@@ -16,6 +16,9 @@ function(brixo_shared_library name)
   target_link_options(${name} PRIVATE -Wl,-z,relro -Wl,-z,now
     # Threads that end, processes that fork and the registry of types call back: a library stays once it is loaded.
     -Wl,-z,nodelete)
+  set(exports ${CMAKE_CURRENT_SOURCE_DIR}/${arg_EXPORTS})
+  target_link_options(${name} PRIVATE -Wl,--version-script=${exports})
+  set_property(TARGET ${name} APPEND PROPERTY LINK_DEPENDS ${exports})
   if(NOT BRIXO_SANITIZE) # Clang leaves the sanitizer's symbols to the executable
     target_link_options(${name} PRIVATE -Wl,--no-undefined)
   endif()
