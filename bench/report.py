@@ -235,20 +235,7 @@ def page(runs, lines, plots):
         out += ["", f"Not measured: {', '.join(missing)}."]
     for title, name, text in plots:
         out += ["", f"## {title}", "", text, "", f"![{title}](performance/{name})"]
-    out += ["", "## Every figure", "",
-            "Time of one operation, or bytes of heap, or MiB of a stripped library. The spread is in `performance.json`."]
-    for bits in (64, 32):
-        for run in runs:
-            if run["bits"] != bits:
-                continue
-            values = collections.OrderedDict()
-            for figure in sorted(run["figures"], key=lambda figure: figures.by_size(figure["what"])):
-                values.setdefault(figure["what"], {})[figure["who"]] = figures.amount(figure["value"], figure["unit"])
-            whos = sorted({who for row in values.values() for who in row}, key=lambda who: (who != "ours", who))
-            out += ["", f"<details><summary>{run['topic']}, {bits}-bit</summary>", "",
-                    f"| | {' | '.join(whos)} |", f"| --- |{' --- |' * len(whos)}"]
-            out += [f"| {what} | {' | '.join(row.get(who, '') for who in whos)} |" for what, row in values.items()]
-            out += ["", "</details>"]
+    out += ["", "Every figure, with its spread, is in [performance.json](performance.json)."]
     (DOCS / "performance.md").write_text("\n".join(out) + "\n", encoding="utf-8")
 
 

@@ -92,6 +92,11 @@ concept ValueClass = requires {
     { T::_fwkType() } -> std::same_as<VelType*>;
 };
 
+template <class T>
+concept HashedValue = ValueClass<T> && requires(const T& value) {
+    value.hash();
+};
+
 // Logs the value's fields as one record, or as a part of the one that is open. Inline: a caller that writes many values keeps
 // what it can in registers.
 template <ValueClass T>
@@ -116,10 +121,7 @@ inline const Ptr<NboAttrLog::Out>& operator<<(const Ptr<NboAttrLog::Out>& out, c
     API ::Vel::String8 valueToStrep(const T& value);                                               \
     API std::ostream& operator<<(std::ostream& out, const T& value)
 
-template <Vel::ValueClass T>
-
-    requires requires(const T& value) { value.hash(); }
-
+template <Vel::HashedValue T>
 struct std::hash<T> {
     std::size_t operator()(const T& value) const noexcept { return value.hash(); }
 };

@@ -128,7 +128,9 @@ private:
         U8* const start = pos_;
         if (takeMark_ - start <= static_cast<std::ptrdiff_t>(size)) [[unlikely]]
             return nullptr;
-        pos_ = start + lengthSize + size; // limit_ stays: before pos_ is as good as there
+        // limit_ now lies before pos_. While no record is open that means the same as lying at it:
+        // no field has room.
+        pos_ = start + lengthSize + size;
         storeNetworkOrdered(start, static_cast<U32>(size));
         return start + lengthSize;
     }
@@ -312,7 +314,9 @@ private:
             loadNetworkOrdered<U32>(start) != size) [[unlikely]]
             return nullptr;
         record_ = start;
-        pos_ = start + lengthSize + size; // limit_ stays: before pos_ is as good as there
+        // limit_ now lies before pos_. While no record is open that means the same as lying at it:
+        // no field is left.
+        pos_ = start + lengthSize + size;
         return start + lengthSize;
     }
 

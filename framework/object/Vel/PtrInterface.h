@@ -116,15 +116,20 @@ inline void PtrInterface::referencesDec() const {
 
 namespace detail {
 
-// Who says what happens at the end of a T: PtrInterface, or a base that calls itself T::PlainEnd and only deletes.
 template <class T>
-concept HasPlainEnd = requires {
+concept EndsAsEveryObject = requires {
     { &T::handleZeroRef } -> std::same_as<void (PtrInterface::*)()>;
-}
+};
 
-|| requires {
+template <class T>
+concept EndsAsItsBase = requires {
     { &T::handleZeroRef } -> std::same_as<void (T::PlainEnd::*)()>;
 };
+
+// A T that is simply deleted when its last reference goes: its handleZeroRef() is PtrInterface's own, or
+// that of a base that is named T::PlainEnd to say so. The call through the virtual table can be spared.
+template <class T>
+concept HasPlainEnd = EndsAsEveryObject<T> || EndsAsItsBase<T>;
 
 // An object of this class is no object of a class derived from it, and its end is told to nobody.
 template <class T>

@@ -45,13 +45,15 @@ using ConstructorArgument = FieldType<T, fieldNamed<T>(schemaOf<T>.constructor[i
 template <class T>
 inline constexpr std::size_t constructorArgumentCount = schemaOf<T>.constructor.size();
 
+template <class Collection>
+concept KeyedByValue = requires(const typename Collection::Value& value) {
+    Collection::Entry::keyOf(value);
+};
+
 // Whether the members of a collection hold their own key, and so the name of that attribute.
 template <class Collection>
-inline constexpr bool membersHoldKey = requires(const typename Collection::Value& value) {
-    Collection::Entry::keyOf(value);
-}
-
-|| detail::isReference<typename Collection::Value>;
+inline constexpr bool membersHoldKey =
+    KeyedByValue<Collection> || detail::isReference<typename Collection::Value>;
 
 // The name of the one field of a type that has the given type.
 template <class T, class Field>

@@ -75,26 +75,32 @@ bool isNameOf(std::string_view text) noexcept {
     return text.size() == name.size() && sameCharacters<name.size()>(text.data(), name.data());
 }
 
+template <DeclaredEnum E>
+using EnumeratorsOf = std::make_index_sequence<enumSchema<E>.names().size()>;
+
+template <DeclaredEnum E, std::size_t... number>
+constexpr EnumNames<E> namesAt(std::index_sequence<number...> /*all*/) {
+    return {nameText<E, number>.data()...};
+}
+
+template <DeclaredEnum E, std::size_t... number>
+S32 numberOf(std::string_view name, std::index_sequence<number...> /*all*/) noexcept {
+    S32 found = -1;
+    static_cast<void>(((isNameOf<E, number>(name) && ((found = S32{number}), true)) || ...));
+    return found;
+}
+
 } // namespace detail
 
 template <DeclaredEnum E>
 constexpr EnumNames<E> enumNames() {
-    return []<std::size_t... number>(std::index_sequence<number...>) {
-        return EnumNames<E>{detail::nameText<E, number>.data()...};
-    }
-    (std::make_index_sequence<enumSchema<E>.names().size()>());
+    return detail::namesAt<E>(detail::EnumeratorsOf<E>());
 }
 
 // The number of a name, exactly as written; -1 for any other text.
 template <DeclaredEnum E>
 S32 enumNumber(std::string_view name) noexcept {
-    return [name]<std::size_t... number>(std::index_sequence<number...>) {
-        S32 found = -1;
-        static_cast<void>(
-            ((detail::isNameOf<E, number>(name) && ((found = S32{number}), true)) || ...));
-        return found;
-    }
-    (std::make_index_sequence<enumSchema<E>.names().size()>());
+    return detail::numberOf<E>(name, detail::EnumeratorsOf<E>());
 }
 
 } // namespace Vel

@@ -60,31 +60,42 @@ template <class T, std::size_t index>
 inline constexpr bool isCollectionField =
     AttributeClassAt<index, detail::AttributesOf<T>>::kind == AttributeKind::collection;
 
-// Calls visit.operator()<index>() for each field in declaration order until one returns false; says whether none did.
+namespace detail {
+
+template <class Visit, std::size_t... index>
+constexpr bool visitUntilFalse(Visit& visit, std::index_sequence<index...> /*fields*/) {
+    return (visit.template operator()<index>() && ...);
+}
+
+template <class Visit, std::size_t... index>
+[[gnu::always_inline]] constexpr void visitAll(Visit& visit,
+                                               std::index_sequence<index...> /*fields*/) {
+    (visit.template operator()<index>(), ...);
+}
+
+template <std::size_t... index>
+constexpr std::size_t onlyOne(std::index_sequence<index...> /*fields*/) {
+    static_assert(sizeof...(index) == 1, "a scalar has exactly one field");
+    return (index + ...);
+}
+
+} // namespace detail
+
+// Calls visit.operator()<index>() for each field in declaration order until one returns false; says
+// whether none did.
 template <class T, class Visit>
 constexpr bool allFields(Visit visit) {
-    return [&]<std::size_t... index>(std::index_sequence<index...>) {
-        return (visit.template operator()<index>() && ...);
-    }
-    (FieldIndices<T>());
+    return detail::visitUntilFalse(visit, FieldIndices<T>());
 }
 
 // Calls visit.operator()<index>() for each field in declaration order.
 template <class T, class Visit>
 [[gnu::always_inline]] constexpr void forEachField(Visit visit) {
-    [&]<std::size_t... index>(std::index_sequence<index...>) __attribute__((always_inline)) {
-        (visit.template operator()<index>(), ...);
-    }
-    (FieldIndices<T>());
+    detail::visitAll(visit, FieldIndices<T>());
 }
 
 // The one field of a scalar.
 template <class T>
-inline constexpr std::size_t scalarField = []<std::size_t... index>(std::index_sequence<index...>) {
-    static_assert(sizeof...(index) == 1, "a scalar has exactly one field");
-    return std::size_t{(index + ...)};
-}
-
-(FieldIndices<T>());
+inline constexpr std::size_t scalarField = detail::onlyOne(FieldIndices<T>());
 
 } // namespace Vel

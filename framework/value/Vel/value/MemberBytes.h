@@ -24,6 +24,11 @@ concept MemberByte = requires {
     typename std::bool_constant<readByte<T, byte>()>;
 };
 
+template <class T, std::size_t... byte>
+constexpr std::size_t countMemberBytes(std::index_sequence<byte...> /*bytes*/) {
+    return (0 + ... + (MemberByte<T, byte> ? 1 : 0));
+}
+
 // How many bytes of a T are its members'; 0 if the compiler cannot tell: it cannot make a T.
 template <class T>
 inline constexpr std::size_t memberBytes = [] {
@@ -32,11 +37,9 @@ inline constexpr std::size_t memberBytes = [] {
     else if constexpr (std::is_scalar_v<T>)
         return sizeof(T);
     else if constexpr (std::is_trivially_copyable_v<T> && std::is_default_constructible_v<T>)
-        return []<std::size_t... byte>(std::index_sequence<byte...>) {
-            return std::size_t{(0 + ... + (MemberByte<T, byte> ? 1 : 0))};
-        }
-    (std::make_index_sequence<sizeof(T)>());
-    else return std::size_t{0};
+        return countMemberBytes<T>(std::make_index_sequence<sizeof(T)>());
+    else
+        return std::size_t{0};
 }();
 
 template <class T>

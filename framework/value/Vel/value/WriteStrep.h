@@ -75,13 +75,13 @@ inline constexpr auto paddedNames = [] {
     return padded;
 }();
 
-template <class T>
-inline constexpr std::size_t firstField = [
-]<std::size_t i, std::size_t... rest>(std::index_sequence<i, rest...>) {
+template <std::size_t i, std::size_t... rest>
+constexpr std::size_t firstOf(std::index_sequence<i, rest...> /*indices*/) {
     return i;
 }
 
-(FieldIndices<T>());
+template <class T>
+inline constexpr std::size_t firstField = firstOf(FieldIndices<T>());
 
 } // namespace detail
 
