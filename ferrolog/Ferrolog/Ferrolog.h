@@ -71,9 +71,9 @@ FERROLOG_API extern uint32_t ferrolog_state;
 FERROLOG_API int ferrolog_open(const char* path, uint32_t ringBytes);
 
 // Turns tracing off; the file can be opened again, here or elsewhere. A thread that is just
-// appending comes to no harm; its last message may be missing. So the mapping stays until every
-// thread that appended has ended or has appended to a later file, and that one is closed and the
-// next one opened; a signal handler that interrupted an append before must have returned by then.
+// appending comes to no harm, nor does the file; the thread's last message may be missing. So the
+// addresses stay, with zeros in place of the file, until every thread that appended has ended or has
+// appended to a later file, and that one is closed and the next one opened; a signal handler that interrupted an append before must have returned by then.
 // Also forgets the environment.
 FERROLOG_API void ferrolog_close(void);
 

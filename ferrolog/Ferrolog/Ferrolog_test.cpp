@@ -245,8 +245,8 @@ TEST(Ferrolog, ThreadsMayAppendWhileFilesComeAndGo) {
     std::vector<std::thread> writers;
     for (std::uint32_t thread = 0; thread < 3; ++thread) {
         writers.emplace_back([&] {
-            while (!stop) {
-                FERROLOG("T", "message");
+            for (std::uint32_t number = 0; !stop; ++number) {
+                FERROLOG("T", "message ", number, " ", ~number);
             }
         });
     }
@@ -259,6 +259,16 @@ TEST(Ferrolog, ThreadsMayAppendWhileFilesComeAndGo) {
     stop = true;
     for (std::thread& writer : writers) {
         writer.join();
+    }
+    for (char const* digit : {"0", "1", "2"}) {
+        Reader const reader(file.path + digit);
+        EXPECT_EQ(reader.error(), "");
+        EXPECT_EQ(reader.notes(), std::vector<std::string>{});
+        for (Message const& message : reader.messages()) {
+            auto const words = reader.words(message);
+            ASSERT_EQ(words.size(), 2U);
+            EXPECT_EQ(words[0], ~words[1]) << "torn";
+        }
     }
 }
 

@@ -2,8 +2,8 @@
 // in.
 //
 // Owns:      recorders and their mappings, and the memory that they stand in, which stays.
-// Mappings:  an append leaves no mark, so the mapping of a closed file goes only when no thread can
-//            be in it: nobody visits it, no living thread has a lane of it, and that was so already
+// Mappings:  an append leaves no mark, so what stands in place of a closed file (TraceFile::close)
+//            goes only when no thread can be in it: nobody visits it, no living thread has a lane of it, and that was so already
 //            when another file was closed. (A handler's append gives a lane back that the
 //            interrupted thread may be using: it is through by then.) So a thread keeps one at
 //            most, and two while it moves from one to the other.

@@ -42,8 +42,13 @@ Recorder::Recorder(TraceFile const& file, U32 epoch)
 
 void Recorder::close() {
     renewAnchor(ticksNow(clock_));
+    isClosed_ = true;
     file_.close();
 }
+
+// Takes the lane or chunk of this owner word if it is free. Of a closed file nothing: there a word
+// says free that has an owner, who took it while it was the file's.
+bool Recorder::take(U32& owner, U32 value) const { return replace(owner, 0, value) && !isClosed_; }
 
 bool Recorder::isLent() const {
     return std::ranges::any_of(threads_,
@@ -69,11 +74,11 @@ U32 Recorder::tagOf(ferrolog_site& site) {
     // Keeps two threads from entering one site twice. That would do no harm, so nobody waits here:
     // a signal handler that interrupted the one who enters would wait for ever.
     bool const alone = !entering_.test_and_set();
-    U32 const id = SiteTable(file_).enter(text);
+    U32 const id = isClosed_ ? noRoomSiteId : SiteTable(file_).enter(text);
     if (alone) {
         entering_.clear();
     }
-    if (id == noRoomSiteId && !noRoomSaid_.exchange(true)) {
+    if (id == noRoomSiteId && !isClosed_ && !noRoomSaid_.exchange(true)) {
         complain({"no room for call site ", text.file, ":", site.line,
                   "; its messages are kept without their text"});
     }
@@ -166,7 +171,7 @@ U32 Recorder::claimLane() {
     U32 const mine = life();
     U32 const thread = threadNow();
     for (U32 number = 1; number < layout.lanes; ++number) {
-        if (replace(file_.header().lanes[number].owner, 0, mine)) {
+        if (take(file_.header().lanes[number].owner, mine)) {
             threads_[number] = thread;
             return number;
         }
@@ -215,8 +220,7 @@ void Recorder::giveBack(Lane& lane) {
     if (lane.recorder == nullptr) {
         return;
     }
-    // Only if it is still ours: after a close another process may have opened the file and lent the
-    // lane anew.
+    // Only if it is still ours: after a close it is not.
     Recorder& lender = *lane.recorder;
     U32 const number = lane.number;
     U32 thread = lane.thread;
@@ -250,10 +254,10 @@ bool Recorder::renewChunk(Lane& lane) {
 // that was.
 ChunkHeader* Recorder::takeChunk(U32 lane, U32 thread) {
     Layout const& layout = file_.layout();
-    for (U32 attempt = 0; attempt < layout.chunks; ++attempt) {
+    for (U32 attempt = 0; attempt < layout.chunks && !isClosed_; ++attempt) {
         U64 const ordinal = addShared(file_.header().nextChunk, 1);
         ChunkHeader& chunk = file_.chunk(static_cast<U32>(ordinal % layout.chunks));
-        if (ordinal == 0 || load(chunk.owner) != 0 || !replace(chunk.owner, 0, lane + 1)) {
+        if (ordinal == 0 || load(chunk.owner) != 0 || !take(chunk.owner, lane + 1)) {
             continue;
         }
         if (addShared(chunk.users, 0) != 0) { // somebody in lane 0 is late

@@ -22,7 +22,8 @@ public:
 
     U32 epoch() const { return epoch_; }
 
-    // Writes a last anchor and gives up the lock.
+    // Writes a last anchor and gives up file and lock. Whoever is late in a call comes to no harm;
+    // what it writes from now on does not reach the file, and it takes nothing anew.
     void close();
 
     // Ends the mapping. Precondition: !isLent(), and nobody is in another call.
@@ -48,6 +49,7 @@ public:
     void forgetParent();
 
 private:
+    bool take(U32& owner, U32 value) const;
     bool prepare(Lane& lane, U32 words);
     bool borrow(Lane& lane);
     U32 claimLane();
@@ -69,6 +71,7 @@ private:
     U32 session_;
     Anchor first_;
     U64 ticksPerSecond_;
+    std::atomic<bool> isClosed_ = false;
     std::atomic<U32> life_ = 0;
     std::atomic<U64> anchorTicks_ = 0;
     std::atomic<bool> anchorBusy_ = false;

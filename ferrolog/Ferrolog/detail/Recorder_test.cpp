@@ -25,6 +25,8 @@ protected:
 
     void append(Lane& lane, U32 number) { recorder->append(lane, recorder->tagOf(site), &number); }
 
+    static U32 tagOfTicket(ferrolog_site const& of) { return of.ticket & 0xFFFF; }
+
     TestFile file;
     TraceFile trace;
     std::optional<Recorder> recorder;
@@ -159,6 +161,54 @@ TEST_F(RecorderTest, AMessageThatFindsNoChunkIsLostAndCounted) {
     EXPECT_EQ(texts(Reader(file.path)), std::vector<std::string>{"2"});
 }
 
+// A thread may stand anywhere in an append while the file is closed, and go on when others write into it.
+TEST_F(RecorderTest, AThreadThatIsLateLeavesAClosedFileAlone) {
+    Lane late;
+    append(late, 0);
+    recorder->close();
+    std::vector<std::byte> const closed = contents(file.path);
+
+    U32 const number = 1;
+    EXPECT_TRUE(late.tryAppend(tagOfTicket(site), &number, ticksNow(chooseClock())));
+    EXPECT_EQ(contents(file.path), closed) << "past the look at its ticket";
+    for (U32 i = 0; i < 30; ++i) {
+        append(late, i);
+    }
+    EXPECT_EQ(late.chunk, nullptr);
+    EXPECT_EQ(contents(file.path), closed) << "in want of a chunk";
+    Lane without;
+    append(without, 0);
+    EXPECT_EQ(without.recorder, nullptr);
+    EXPECT_EQ(contents(file.path), closed) << "in want of a lane";
+    ferrolog_site unknown{"T", "unknown %i", "i", 2, 0};
+    EXPECT_EQ(complaintsOf([&] { recorder->tagOf(unknown); }), "");
+    recorder->countAsLost(1);
+    Recorder::giveBack(late);
+    EXPECT_EQ(contents(file.path), closed) << "at anything else";
+}
+
+TEST_F(RecorderTest, AThreadThatIsLateHarmsNoLaterMessage) {
+    Lane late;
+    append(late, 0);
+    recorder->close();
+    TraceFile again;
+    ASSERT_EQ(again.open(file.path.c_str(), minRingBytes), 0);
+    Recorder next(again, 8);
+    Lane lane;
+    U32 const tag = next.tagOf(site);
+    for (U32 i = 1; i < 1000; ++i) {
+        next.append(lane, tag, &i);
+        late.tryAppend(tag, &i, ticksNow(chooseClock()));
+    }
+    Reader const reader(file.path);
+    EXPECT_EQ(reader.messages().size() + reader.lost(), 1000U);
+    EXPECT_EQ(texts(reader).back(), "999");
+    EXPECT_EQ(reader.unfinished(), 0U);
+    EXPECT_EQ(reader.notes(), std::vector<std::string>{});
+    next.close();
+    again.unmap();
+}
+
 TEST_F(RecorderTest, LanesOfDeadProcessesAreLentAgain) {
     pid_t const child = ::fork();
     if (child == 0) {
@@ -200,7 +250,11 @@ TEST_F(RecorderTest, AnOldAnchorIsRenewedBesideTheOneThatHolds) {
     // Not yet a second since the anchor: only the lane looked again.
     EXPECT_EQ(trace.life(1).latestIndex, before.latestIndex);
     recorder->close();
-    LifeRecord const& after = trace.life(1);
+    TraceFile again;
+    ASSERT_EQ(again.open(file.path.c_str(), minRingBytes), 0);
+    LifeRecord const after = again.life(1);
+    again.close();
+    again.unmap();
     EXPECT_EQ(after.latestIndex, 1 - before.latestIndex);
     EXPECT_GT(after.latest[after.latestIndex].ticks, before.latest[before.latestIndex].ticks);
     EXPECT_EQ(after.latest[before.latestIndex].ticks, before.latest[before.latestIndex].ticks);

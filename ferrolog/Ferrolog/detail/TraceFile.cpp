@@ -104,9 +104,13 @@ int TraceFile::open(char const* path, U32 ringBytes) {
 }
 
 void TraceFile::close() {
-    if (descriptor_ >= 0) {
-        ::close(descriptor_);
+    if (descriptor_ < 0) {
+        return;
     }
+    if (base_ != nullptr) {
+        putZerosInItsPlace(); // first: who has the lock next may give any chunk to somebody else
+    }
+    ::close(descriptor_);
     descriptor_ = -1;
 }
 
@@ -316,6 +320,18 @@ bool TraceFile::map(char const* path, int& error) {
     }
     base_ = static_cast<char*>(address);
     return true;
+}
+
+// The kernel exchanges the two in one step: a thread that writes meanwhile does not notice. Shared
+// memory, though nobody shares it, for that stands by a name of its own in /proc/PID/maps.
+void TraceFile::putZerosInItsPlace() const {
+    std::size_t const bytes = layout_.fileBytes;
+    void* const zeros = ::mmap(nullptr, bytes, PROT_READ | PROT_WRITE,
+                               MAP_SHARED | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    if (zeros != MAP_FAILED &&
+        ::mremap(zeros, bytes, bytes, MREMAP_MAYMOVE | MREMAP_FIXED, base_) == MAP_FAILED) {
+        ::munmap(zeros, bytes);
+    }
 }
 
 // We hold the lock, so whoever held a lane or a chunk is gone.

@@ -5,9 +5,9 @@
 
 namespace Ferrolog::detail {
 
-// Owns:      nothing after open(): the mapping stays until unmap(), the descriptor until close().
-//            A copy is the same file.
-// Invariant: `base` is null or maps `layout.fileBytes` bytes of a valid file.
+// Owns:      nothing after open(): the addresses stay until unmap(), file and descriptor until
+//            close(). A copy is the same file.
+// Invariant: `base` is null or maps `layout.fileBytes` bytes, of a valid file until close().
 class TraceFile {
 public:
     // Opens or creates the file as ferrolog_open says: 0, or an errno value after a complaint. On
@@ -15,10 +15,12 @@ public:
     // writes into it.
     int open(char const* path, U32 ringBytes);
 
-    // Gives the lock back; the mapping stays.
+    // Takes the file away from whoever still writes by way of the mapping, in the middle of a message
+    // perhaps, and gives the lock back. The addresses stay valid: zeros of this process are there
+    // now, and nobody reads what is written into them. (Without memory for them the file stays.)
     void close();
 
-    // Precondition: nobody looks into the file any more.
+    // Precondition: nobody looks at the addresses any more.
     void unmap();
 
     Layout const& layout() const { return layout_; }
@@ -49,6 +51,7 @@ private:
                   int& error);
     Outcome moveAside(char const* path, int& error);
     bool map(char const* path, int& error);
+    void putZerosInItsPlace() const;
     void freeAllLanesAndChunks() const;
     void countWhatIsInUse() const;
 

@@ -277,6 +277,32 @@ TEST_F(TraceFileTest, NothingThatIsInUseIsHandedOutAgain) {
     EXPECT_EQ(trace.header().sessionsBegun, 5U);
 }
 
+TEST_F(TraceFileTest, AfterAClosingWhatIsWrittenGoesNowhere) {
+    make();
+    ASSERT_EQ(open(file.path), 0);
+    trace.header().livesBegun = 3;
+    trace.close();
+    EXPECT_EQ(trace.header().livesBegun, 0U);
+    trace.header().livesBegun = 4;
+    EXPECT_EQ(trace.header().livesBegun, 4U);
+    trace.unmap();
+    ASSERT_EQ(open(file.path), 0);
+    EXPECT_EQ(trace.header().livesBegun, 3U);
+}
+
+// Address space that is just used up.
+TEST_F(TraceFileTest, AClosingWithoutMemoryLeavesTheAddressesValid) {
+    make();
+    ASSERT_EQ(open(file.path), 0);
+    EXPECT_EQ(inChild([&] {
+                  rlimit const limit{addressSpace(), RLIM_INFINITY};
+                  ASSERT_EQ(::setrlimit(RLIMIT_AS, &limit), 0);
+                  trace.close();
+                  EXPECT_EQ(trace.header().version, fileVersion);
+              }),
+              0);
+}
+
 // As all files will have them; 32 bits end in 2038.
 TEST_F(TraceFileTest, AFileWithTimesOf2040IsOpenedAndRead) {
     make();
@@ -285,8 +311,8 @@ TEST_F(TraceFileTest, AFileWithTimesOf2040IsOpenedAndRead) {
     EXPECT_EQ(open(file.path), 0);
     EXPECT_EQ(printed, "");
     EXPECT_EQ(Ferrolog::Reader(file.path).error(), "");
-    trace.close();
     trace.header().check ^= 1;
+    trace.close();
     setTimes(file.path, in2040);
     EXPECT_EQ(open(file.path), 0);
     EXPECT_EQ(printed, "Ferrolog: \"DIR/trace\" is not a whole trace file; it is moved aside\n"

@@ -107,12 +107,13 @@ inline std::vector<std::string> outputOf(std::string const& command) {
     return lines;
 }
 
-// How many mappings this process has of files in the directory.
+// How many mappings this process has of files in the directory, and in the place of closed ones.
 inline std::size_t mappingsOf(std::string const& directory) {
     std::ifstream maps("/proc/self/maps");
     std::size_t count = 0;
     for (std::string line; std::getline(maps, line);) {
-        if (line.find(directory) != std::string::npos) {
+        if (line.find(directory) != std::string::npos ||
+            line.find("/dev/zero (deleted)") != std::string::npos) {
             ++count;
         }
     }
