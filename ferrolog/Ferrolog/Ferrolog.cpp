@@ -58,13 +58,13 @@ void onForkInChild() {
     thisThread = Lane{};
     forgetParent();
     forgetComplainers();
-    Turn::giveAfterFork();
+    Turn::giveInChild();
 }
 
 // At load: all this allocates, which the first message must not, for it may come in a signal handler.
 // The library is never unloaded (-z nodelete), so what is registered stays callable.
 [[gnu::constructor]] void watchThreadsAndForks() {
-    forksAreWatched = ::pthread_atfork(Turn::takeForFork, Turn::giveAfterFork, onForkInChild) == 0;
+    forksAreWatched = ::pthread_atfork(Turn::takeForFork, Turn::giveInParent, onForkInChild) == 0;
     // Without a key the lane of a thread that ended is lent again when there is no other.
     if (::pthread_key_create(&threadEnd, onThreadEnd) == 0) {
         threadsAreWatched = threadEnd < keysWithRoomOfTheirOwn;
