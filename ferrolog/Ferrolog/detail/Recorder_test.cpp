@@ -2,6 +2,7 @@
 
 #include <Ferrolog/testing/TestFile.h>
 
+#include <array>
 #include <barrier>
 #include <csignal>
 #include <thread>
@@ -168,8 +169,8 @@ TEST_F(RecorderTest, AThreadThatIsLateLeavesAClosedFileAlone) {
     recorder->close();
     std::vector<std::byte> const closed = contents(file.path);
 
-    U32 const number = 1;
-    EXPECT_TRUE(late.tryAppend(tagOfTicket(site), &number, ticksNow(chooseClock())));
+    std::array<U32, maxArgumentWords> const words{1};
+    EXPECT_TRUE(late.tryAppend(tagOfTicket(site), words.data(), ticksNow(chooseClock())));
     EXPECT_EQ(contents(file.path), closed) << "past the look at its ticket";
     for (U32 i = 0; i < 30; ++i) {
         append(late, i);
@@ -197,8 +198,9 @@ TEST_F(RecorderTest, AThreadThatIsLateHarmsNoLaterMessage) {
     Lane lane;
     U32 const tag = next.tagOf(site);
     for (U32 i = 1; i < 1000; ++i) {
-        next.append(lane, tag, &i);
-        late.tryAppend(tag, &i, ticksNow(chooseClock()));
+        std::array<U32, maxArgumentWords> const words{i};
+        next.append(lane, tag, words.data());
+        late.tryAppend(tag, words.data(), ticksNow(chooseClock()));
     }
     Reader const reader(file.path);
     EXPECT_EQ(reader.messages().size() + reader.lost(), 1000U);
