@@ -1,9 +1,11 @@
-// ferrolog_bench.cpp - a trace message beside the least that any time-stamped record must cost, and beside other tracers.
+// ferrolog_bench.cpp - a trace message beside the least that any time-stamped record must cost, and
+// beside other tracers.
 //
-// On/WHO/ARGUMENTS: a message that is recorded. `store` stores a time stamp and eight words in all; LTTng records the same
-// two integers in flight-recorder mode (overwritten ring, no reader), if scripts/bench has made a session for it.
-// Off/WHO/ARGUMENTS: a message that nobody wants, beside spdlog's test of its level and an inlined test of one word; the
-// empty loop is in all three.
+// On/WHO/ARGUMENTS: a message that is recorded. `store` stores a time stamp and eight words in all;
+//                   LTTng records the same
+// two integers in flight-recorder mode (overwritten ring, no reader), if scripts/bench has made a
+// session for it. Off/WHO/ARGUMENTS: a message that nobody wants, beside spdlog's test of its level
+// and an inlined test of one word; the empty loop is in all three.
 #include <Ferrolog/Trace.h>
 
 #include <benchmark/benchmark.h>
@@ -46,16 +48,14 @@ class OpenTrace {
 public:
     OpenTrace() {
         std::array<char, 32> name{"/dev/shm/ferrolog_bench.XXXXXX"};
-        int const descriptor = ::mkstemp(name.data());
-        if (descriptor >= 0) {
-            ::close(descriptor);
-        }
+        const int descriptor = ::mkstemp(name.data());
+        if (descriptor >= 0) ::close(descriptor);
         path_ = name.data();
         isOpen_ = ferrolog_open(path_.c_str(), 1U << 20) == 0;
     }
 
-    OpenTrace(OpenTrace const&) = delete;
-    OpenTrace& operator=(OpenTrace const&) = delete;
+    OpenTrace(const OpenTrace&) = delete;
+    OpenTrace& operator=(const OpenTrace&) = delete;
 
     ~OpenTrace() {
         ferrolog_close();
@@ -69,14 +69,15 @@ private:
     bool isOpen_ = false;
 };
 
-// The peer: eight words and a time stamp, stored one record after another into a ring of one mebibyte.
+// The peer: eight words and a time stamp, stored one record after another into a ring of one
+//           mebibyte.
 void storeEightWordsAndTimeStamp(benchmark::State& state) {
     static std::array<std::uint32_t, 1U << 18> ring{};
     std::uint32_t at = 0;
     std::uint32_t index = 0;
     for (auto _ : state) {
-        std::uint32_t volatile* const to = &ring[at & (ring.size() - 1)];
-        std::uint64_t const now = timeStamp();
+        volatile std::uint32_t* const to = &ring[at & (ring.size() - 1)];
+        const std::uint64_t now = timeStamp();
         to[0] = static_cast<std::uint32_t>(now);
         to[1] = static_cast<std::uint32_t>(now >> 32);
         to[2] = index;
@@ -91,10 +92,8 @@ void storeEightWordsAndTimeStamp(benchmark::State& state) {
 }
 
 void traceTwoIntegers(benchmark::State& state) {
-    OpenTrace const trace;
-    if (!trace.isOpen()) {
-        state.SkipWithError(ferrolog_error());
-    }
+    const OpenTrace trace;
+    if (!trace.isOpen()) state.SkipWithError(ferrolog_error());
     std::uint32_t index = 0;
     for (auto _ : state) {
         FERROLOG("Bench", "Recovered entry, index: ", index, " key: ", ~index);
@@ -103,13 +102,9 @@ void traceTwoIntegers(benchmark::State& state) {
 }
 
 void traceWithoutArguments(benchmark::State& state) {
-    OpenTrace const trace;
-    if (!trace.isOpen()) {
-        state.SkipWithError(ferrolog_error());
-    }
-    for (auto _ : state) {
-        FERROLOG("Bench", "CacheTable::doRestart");
-    }
+    const OpenTrace trace;
+    if (!trace.isOpen()) state.SkipWithError(ferrolog_error());
+    for (auto _ : state) FERROLOG("Bench", "CacheTable::doRestart");
 }
 
 void traceWhileOff(benchmark::State& state) {
@@ -126,18 +121,14 @@ void testLevelInline(benchmark::State& state) {
     static std::uint32_t level = 0;
     std::uint32_t index = 0;
     for (auto _ : state) {
-        if (__atomic_load_n(&level, __ATOMIC_RELAXED) != 0) {
-            benchmark::DoNotOptimize(index * 2);
-        }
+        if (__atomic_load_n(&level, __ATOMIC_RELAXED) != 0) benchmark::DoNotOptimize(index * 2);
         benchmark::DoNotOptimize(++index);
     }
 }
 
 void emptyLoop(benchmark::State& state) {
     std::uint32_t index = 0;
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(++index);
-    }
+    for (auto _ : state) benchmark::DoNotOptimize(++index);
 }
 
 BENCHMARK(storeEightWordsAndTimeStamp)->Name("On/store/2");

@@ -25,21 +25,17 @@ constexpr U32 lastEpoch = 0xFFFF; // the upper half of a ticket
 constinit U32 epochs = firstEpoch;     // with a turn
 constinit std::atomic<U32> missed = 0; // messages that came while the file was being opened
 
-// ferrolog_state in the upper half of a word, as tickets have it. The library's own: the other may lie in the executable,
-// which costs a look-up.
+// ferrolog_state in the upper half of a word, as tickets have it. The library's own: the other may
+// lie in the executable, which costs a look-up.
 constinit U32 presentTickets = stateUnknown << 16;
 
 U32 state() { return load(presentTickets) >> 16; }
 
 // The call sites' copy last when it turns tracing on, first when it turns it off.
 void stateIs(U32 value) {
-    if (value == stateOff) {
-        storeLast(ferrolog_state, value);
-    }
+    if (value == stateOff) storeLast(ferrolog_state, value);
     storeLast(presentTickets, value << 16);
-    if (value != stateOff) {
-        storeLast(ferrolog_state, value);
-    }
+    if (value != stateOff) storeLast(ferrolog_state, value);
 }
 
 // In the static block of the thread, so that reaching it is no call.
@@ -61,32 +57,27 @@ void onForkInChild() {
     Turn::giveInChild();
 }
 
-// At load: all this allocates, which the first message must not, for it may come in a signal handler.
+// At load: all this allocates, which the first message must not, for it may come in a signal
+//          handler.
 // The library is never unloaded (-z nodelete), so what is registered stays callable.
 [[gnu::constructor]] void watchThreadsAndForks() {
     forksAreWatched = ::pthread_atfork(Turn::takeForFork, Turn::giveInParent, onForkInChild) == 0;
     // Without a key the lane of a thread that ended is lent again when there is no other.
     if (::pthread_key_create(&threadEnd, onThreadEnd) == 0) {
         threadsAreWatched = threadEnd < keysWithRoomOfTheirOwn;
-        if (!threadsAreWatched) {
-            ::pthread_key_delete(threadEnd);
-        }
+        if (!threadsAreWatched) ::pthread_key_delete(threadEnd);
     }
 }
 
 // With a turn, while no file is open.
-int openNow(char const* path, U32 ringBytes) {
+int openNow(const char* path, U32 ringBytes) {
     if (!forksAreWatched) {
         complain({"cannot open \"", path,
                   "\": there was no memory to prepare for forks; tracing stays off"});
         return ENOMEM;
     }
-    if (state() != stateUnknown) {
-        missed = 0;
-    }
-    if (int const error = beginOpening(path, ringBytes, epochs); error != 0) {
-        return error;
-    }
+    if (state() != stateUnknown) missed = 0;
+    if (const int error = beginOpening(path, ringBytes, epochs); error != 0) return error;
     stateIs(epochs);
     epochs = epochs == lastEpoch ? firstEpoch : epochs + 1;
     Visit().recorder().countAsLost(missed.exchange(0));
@@ -94,13 +85,11 @@ int openNow(char const* path, U32 ringBytes) {
 }
 
 U32 ringBytesOfEnvironment() {
-    char const* const text = ::secure_getenv("FERROLOG_SIZE");
-    if (text == nullptr || *text == '\0') {
-        return 0;
-    }
+    const char* const text = ::secure_getenv("FERROLOG_SIZE");
+    if (text == nullptr || *text == '\0') return 0;
     U32 bytes = 0;
-    char const* const end = text + std::strlen(text);
-    auto const [rest, error] = std::from_chars(text, end, bytes);
+    const char* const end = text + std::strlen(text);
+    const auto [rest, error] = std::from_chars(text, end, bytes);
     if (rest != end || error != std::errc{}) {
         complain({"FERROLOG_SIZE \"", text, "\" is not a number of bytes; it is ignored"});
         return 0;
@@ -109,28 +98,22 @@ U32 ringBytesOfEnvironment() {
 }
 
 void openFromEnvironment() {
-    Turn const turn = Turn::ifFree();
-    if (!turn || state() != stateUnknown) {
-        return;
-    }
-    char const* const path = ::secure_getenv("FERROLOG_FILE");
-    if (path == nullptr || *path == '\0' || openNow(path, ringBytesOfEnvironment()) != 0) {
+    const Turn turn = Turn::ifFree();
+    if (!turn || state() != stateUnknown) return;
+    const char* const path = ::secure_getenv("FERROLOG_FILE");
+    if (path == nullptr || *path == '\0' || openNow(path, ringBytesOfEnvironment()) != 0)
         stateIs(stateOff);
-    }
 }
 
 void lookForFile() {
-    if (state() == stateUnknown) {
-        openFromEnvironment();
-    }
+    if (state() == stateUnknown) openFromEnvironment();
 }
 
-void append(Recorder& recorder, ferrolog_site& site, U32 const* words) {
+void append(Recorder& recorder, ferrolog_site& site, const U32* words) {
     Lane& lane = thisThread;
-    if (lane.recorder != &recorder && !lane.busy) {
+    if (lane.recorder != &recorder && !lane.busy)
         Recorder::giveBack(lane); // to the opening that it is from
-    }
-    bool const hadLane = lane.recorder != nullptr;
+    const bool hadLane = lane.recorder != nullptr;
     recorder.append(lane, recorder.tagOf(site), words);
     if (!hadLane && lane.recorder != nullptr && threadsAreWatched) {
         // Cannot fail, as the key has room of its own; if it did, the lane would be found anyway.
@@ -138,49 +121,46 @@ void append(Recorder& recorder, ferrolog_site& site, U32 const* words) {
     }
 }
 
-// Another thread, or what we interrupted, is opening the file: counted by whoever comes later, it or we.
+// Another thread, or what we interrupted, is opening the file: counted by whoever comes later, it
+// or we.
 void miss() {
     ++missed;
-    if (Visit const visit; visit) {
-        visit.recorder().countAsLost(missed.exchange(0));
-    }
+    if (const Visit visit; visit) visit.recorder().countAsLost(missed.exchange(0));
 }
 
-[[gnu::noinline, gnu::cold]] void appendSlowly(ferrolog_site& site, U32 const* words) {
-    int const savedErrno = errno;
+[[gnu::noinline, gnu::cold]] void appendSlowly(ferrolog_site& site, const U32* words) {
+    const int savedErrno = errno;
     lookForFile();
-    if (Visit const visit; visit) {
+    if (const Visit visit; visit)
         append(visit.recorder(), site, words);
-    } else if (state() != stateOff) {
+    else if (state() != stateOff)
         miss();
-    }
     errno = savedErrno;
 }
 
-// The usual way, if the site and the lane are of the present opening and the lane goes by the clock that `laneTickets` and
-// `kind` say; else, or when something must be prepared first, false.
+// The usual way, if the site and the lane are of the present opening and the lane goes by the clock
+// that `laneTickets` and `kind` say; else, or when something must be prepared first, false.
 template <ClockKind kind>
-bool tryAppend(Lane& lane, U32 const& laneTickets, ferrolog_site const& site, U32 const* words) {
-    U32 const tickets = load(presentTickets);
-    U32 const tag = load(site.ticket) ^ tickets;
+bool tryAppend(Lane& lane, const U32& laneTickets, const ferrolog_site& site, const U32* words) {
+    const U32 tickets = load(presentTickets);
+    const U32 tag = load(site.ticket) ^ tickets;
     return laneTickets == tickets && tag <= 0xFFFF && lane.tryAppend(tag, words, ticksNow(kind));
 }
 
-// Where there is no time stamp counter that one can trust, and where something must be prepared. Apart, so that the usual
-// way needs no stack frame: this is jumped to.
-[[gnu::noinline]] void appendOtherwise(ferrolog_site& site, U32 const* words) {
+// Where there is no time stamp counter that one can trust, and where something must be prepared.
+// Apart, so that the usual way needs no stack frame: this is jumped to.
+[[gnu::noinline]] void appendOtherwise(ferrolog_site& site, const U32* words) {
     Lane& lane = thisThread;
-    if (!tryAppend<ClockKind::monotonicNs>(lane, lane.monotonicTickets, site, words)) {
+    if (!tryAppend<ClockKind::monotonicNs>(lane, lane.monotonicTickets, site, words))
         appendSlowly(site, words);
-    }
 }
 
 } // namespace
 
 constinit uint32_t ferrolog_state = stateUnknown;
 
-int ferrolog_open(char const* path, uint32_t ringBytes) {
-    Turn const turn = Turn::waitedFor();
+int ferrolog_open(const char* path, uint32_t ringBytes) {
+    const Turn turn = Turn::waitedFor();
     if (!turn || state() >= firstEpoch) {
         complain({"cannot open \"", path, "\": a trace file is open already"});
         return EBUSY;
@@ -189,28 +169,23 @@ int ferrolog_open(char const* path, uint32_t ringBytes) {
 }
 
 void ferrolog_close() {
-    Turn const turn = Turn::waitedFor();
-    if (!turn) {
-        return;
-    }
+    const Turn turn = Turn::waitedFor();
+    if (!turn) return;
     stateIs(stateOff);
-    if (!thisThread.busy) {
-        Recorder::giveBack(thisThread);
-    }
+    if (!thisThread.busy) Recorder::giveBack(thisThread);
     endOpening();
 }
 
-char const* ferrolog_error() { return lastComplaint(); }
+const char* ferrolog_error() { return lastComplaint(); }
 
 int ferrolog_register(ferrolog_site* site) {
     lookForFile();
-    Visit const visit;
+    const Visit visit;
     return visit && tagSite(visit.recorder().tagOf(*site)) != noRoomSiteId ? 1 : 0;
 }
 
-void ferrolog_append(ferrolog_site* site, uint32_t const* words) {
+void ferrolog_append(ferrolog_site* site, const uint32_t* words) {
     Lane& lane = thisThread;
-    if (!tryAppend<ClockKind::timeStampCounter>(lane, lane.tickets, *site, words)) [[unlikely]] {
+    if (!tryAppend<ClockKind::timeStampCounter>(lane, lane.tickets, *site, words)) [[unlikely]]
         appendOtherwise(*site, words);
-    }
 }

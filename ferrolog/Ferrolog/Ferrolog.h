@@ -16,8 +16,7 @@
 // Memory:   no call allocates with malloc or throws. Without address space an opening is ENOMEM.
 // fork():   the child goes on in the same file as a life of its own. Not so after a bare clone() or
 //           vfork(), which run no fork handlers: such a child must exec or exit without tracing.
-#ifndef FERROLOG_FERROLOG_H
-#define FERROLOG_FERROLOG_H
+#pragma once
 
 #include <stdint.h> // NOLINT(modernize-deprecated-headers): this header is also C
 
@@ -72,14 +71,14 @@ FERROLOG_API int ferrolog_open(const char* path, uint32_t ringBytes);
 
 // Turns tracing off; the file can be opened again, here or elsewhere. A thread that is just
 // appending comes to no harm, nor does the file; the thread's last message may be missing. So the
-// addresses stay, with zeros in place of the file, until every thread that appended has ended or has
-// appended to a later file, and that one is closed and the next one opened; a signal handler that interrupted an append before must have returned by then.
-// Also forgets the environment.
+// addresses stay, with zeros in place of the file, until every thread that appended has ended or
+// has appended to a later file, and that one is closed and the next one opened; a signal handler
+// that interrupted an append before must have returned by then. Also forgets the environment.
 FERROLOG_API void ferrolog_close(void);
 
 // The last line that this library printed, without its newline; "" if there is none. Valid until
 // the next one.
-FERROLOG_API const char* ferrolog_error(void);
+const FERROLOG_API char* ferrolog_error(void);
 
 // Enters the call site into the open file, or finds it there by its content; 1 if it has an entry
 // of its own now. 0: no file is open, or the file has no room for the site; its messages are then
@@ -92,5 +91,4 @@ FERROLOG_API void ferrolog_append(ferrolog_site* site, const uint32_t* words);
 
 #ifdef __cplusplus
 }
-#endif
 #endif

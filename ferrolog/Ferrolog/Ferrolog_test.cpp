@@ -49,7 +49,7 @@ TEST(Ferrolog, ClosedStandardStreamsStayClosed) {
                   ::close(STDERR_FILENO);
                   ASSERT_EQ(ferrolog_open(file.path.c_str(), smallRing), 0);
                   FERROLOG("T", "before the failure");
-                  for (int const stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+                  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
                       EXPECT_EQ(::write(stream, "assertion failed", 16), -1);
                   }
               }),
@@ -72,7 +72,7 @@ TEST(Ferrolog, RegisteringEntersTheSiteWithoutAMessage) {
     ferrolog_site site{"File", "text %i", "i", 7, 0};
     EXPECT_EQ(ferrolog_register(&site), 1);
     EXPECT_EQ(ferrolog_register(&site), 1);
-    Reader const reader(file.path);
+    const Reader reader(file.path);
     EXPECT_EQ(siteOf(reader, "text %i").file, "File");
     EXPECT_EQ(siteOf(reader, "text %i").line, 7U);
     EXPECT_EQ(reader.messages().size(), 0U);
@@ -97,13 +97,13 @@ TEST(Ferrolog, MessagesTellTimeProcessAndThread) {
     timespec after{};
     clock_gettime(CLOCK_REALTIME, &after);
 
-    Reader const reader(file.path);
+    const Reader reader(file.path);
     ASSERT_EQ(texts(reader), (std::vector<std::string>{"here", "there"}));
-    auto const ns = [](timespec const& t) {
+    const auto ns = [](const timespec& t) {
         return std::uint64_t(t.tv_sec) * 1'000'000'000U + std::uint64_t(t.tv_nsec);
     };
     constexpr std::uint64_t slackNs = 10'000'000; // the clocks are read one after the other
-    for (Message const& message : reader.messages()) {
+    for (const Message& message : reader.messages()) {
         EXPECT_GE(message.timeNs + slackNs, ns(before));
         EXPECT_LE(message.timeNs, ns(after) + slackNs);
         EXPECT_EQ(reader.life(message.life)->pid, std::uint32_t(::getpid()));
@@ -123,9 +123,9 @@ TEST(Ferrolog, TheRingKeepsTheNewestAndCountsTheOthersPerSite) {
             append(seldom, i);
         }
     }
-    Reader const reader(file.path);
-    CallSite const o = siteOf(reader, "often %i");
-    CallSite const s = siteOf(reader, "seldom %i");
+    const Reader reader(file.path);
+    const CallSite o = siteOf(reader, "often %i");
+    const CallSite s = siteOf(reader, "seldom %i");
     EXPECT_EQ(o.present + o.lost, 10000U);
     EXPECT_EQ(s.present + s.lost, 100U);
     EXPECT_EQ(reader.lost(), o.lost + s.lost);
@@ -134,7 +134,7 @@ TEST(Ferrolog, TheRingKeepsTheNewestAndCountsTheOthersPerSite) {
     EXPECT_GT(reader.messages().size(), 63U * 12);
     EXPECT_LE(reader.messages().size(), 64U * 12);
     std::uint32_t next = 10000 - static_cast<std::uint32_t>(o.present);
-    for (Message const& message : reader.messages()) {
+    for (const Message& message : reader.messages()) {
         if (reader.callSites()[message.site].format != "often %i") {
             continue;
         }
@@ -154,7 +154,7 @@ TEST(Ferrolog, TheNextLifeGoesOnInTheSameFile) {
         ferrolog_close();
         append(site, 99);
     }
-    Reader const reader(file.path);
+    const Reader reader(file.path);
     EXPECT_EQ(texts(reader), (std::vector<std::string>{"message 0", "message 1", "message 2"}));
     EXPECT_EQ(reader.lives().size(), 3U);
     EXPECT_EQ(reader.messages()[0].life, 1U);
@@ -168,7 +168,7 @@ TEST(Ferrolog, ASiteIsEnteredAnewIntoAnotherFile) {
     ASSERT_EQ(ferrolog_open(file.path.c_str(), smallRing), 0);
     append(site, 1);
     ferrolog_close();
-    std::string const other = file.directory + "/other";
+    const std::string other = file.directory + "/other";
     ASSERT_EQ(ferrolog_open(other.c_str(), smallRing), 0);
     ferrolog_site before{"T", "before %i", "i", 1, 0};
     append(before, 1);
@@ -186,14 +186,14 @@ TEST(Ferrolog, MessagesOfSitesWithoutRoomKeepTheirWords) {
     }
     EXPECT_EQ(complaintsOf([&] {
                   for (std::uint32_t line = 1; line <= 64; ++line) {
-                      std::uint32_t const words[] = {5, line};
+                      const std::uint32_t words[] = {5, line};
                       ferrolog_append(&sites[line - 1], words);
                   }
               }),
               "Ferrolog: no room for call site T:63; its messages are kept without their text\n");
     EXPECT_EQ(ferrolog_register(&sites[61]), 1);
     EXPECT_EQ(ferrolog_register(&sites[62]), 0);
-    Reader const reader(file.path);
+    const Reader reader(file.path);
     ASSERT_EQ(reader.messages().size(), 64U);
     EXPECT_EQ(reader.text(reader.messages()[61]), "5 62");
     EXPECT_EQ(reader.text(reader.messages()[62]),
@@ -219,7 +219,7 @@ TEST(Ferrolog, OpeningOftenKeepsOneMapping) {
         }
     });
     for (int round = 0; round < 100; ++round) {
-        std::string const path = file.path + std::to_string(round % 3);
+        const std::string path = file.path + std::to_string(round % 3);
         ASSERT_EQ(ferrolog_open(path.c_str(), smallRing), 0);
         append(site, 0);
         step.arrive_and_wait();
@@ -251,7 +251,7 @@ TEST(Ferrolog, ThreadsMayAppendWhileFilesComeAndGo) {
         });
     }
     for (int round = 0; round < 300; ++round) {
-        std::string const path = file.path + std::to_string(round % 3);
+        const std::string path = file.path + std::to_string(round % 3);
         ASSERT_EQ(ferrolog_open(path.c_str(), smallRing), 0);
         EXPECT_LE(mappingsOf(file.directory), 1U + 3 * 2);
         ferrolog_close();
@@ -260,11 +260,11 @@ TEST(Ferrolog, ThreadsMayAppendWhileFilesComeAndGo) {
     for (std::thread& writer : writers) {
         writer.join();
     }
-    for (char const* digit : {"0", "1", "2"}) {
-        Reader const reader(file.path + digit);
+    for (const char* digit : {"0", "1", "2"}) {
+        const Reader reader(file.path + digit);
         EXPECT_EQ(reader.error(), "");
-        for (Message const& message : reader.messages()) {
-            auto const words = reader.words(message);
+        for (const Message& message : reader.messages()) {
+            const auto words = reader.words(message);
             ASSERT_EQ(words.size(), 2U);
             EXPECT_EQ(words[0], ~words[1]) << "torn";
         }
@@ -273,21 +273,21 @@ TEST(Ferrolog, ThreadsMayAppendWhileFilesComeAndGo) {
 
 // Every thread's messages are there or counted as lost; what is there are each thread's newest, in
 // their order.
-void expectWholeTraceOf(Reader const& reader, std::uint32_t threads, std::uint32_t each) {
-    CallSite const site = siteOf(reader, "%i %i");
+void expectWholeTraceOf(const Reader& reader, std::uint32_t threads, std::uint32_t each) {
+    const CallSite site = siteOf(reader, "%i %i");
     EXPECT_EQ(site.present + site.lost, std::uint64_t{threads} * each);
     EXPECT_EQ(reader.unfinished(), 0U);
     EXPECT_EQ(reader.notes(), std::vector<std::string>{});
     std::vector<std::uint32_t> last(threads, 0);
-    for (Message const& message : reader.messages()) {
-        std::uint32_t const thread = reader.words(message)[0];
-        std::uint32_t const number = reader.words(message)[1];
+    for (const Message& message : reader.messages()) {
+        const std::uint32_t thread = reader.words(message)[0];
+        const std::uint32_t number = reader.words(message)[1];
         ASSERT_LT(thread, threads);
         EXPECT_TRUE(last[thread] == 0 || number == last[thread] + 1)
             << thread << ": " << last[thread] << ", " << number;
         last[thread] = number;
     }
-    for (std::uint32_t const number : last) {
+    for (const std::uint32_t number : last) {
         EXPECT_TRUE(number == 0 || number == each);
     }
 }
@@ -301,7 +301,7 @@ void writeFromThreads(std::uint32_t threads, std::uint32_t each) {
         running.emplace_back([&together, thread, each] {
             together.arrive_and_wait();
             for (std::uint32_t number = 1; number <= each; ++number) {
-                std::uint32_t const words[] = {thread, number};
+                const std::uint32_t words[] = {thread, number};
                 ferrolog_append(&site, words);
             }
             together.arrive_and_wait(); // no lane is given back before all have one
@@ -323,8 +323,8 @@ TEST(Ferrolog, MoreThreadsThanLanesLoseNothingWithoutCountingIt) {
     TestFile file;
     ASSERT_EQ(ferrolog_open(file.path.c_str(), smallRing), 0);
     writeFromThreads(24, 1000);
-    Reader const reader(file.path);
-    CallSite const site = siteOf(reader, "%i %i");
+    const Reader reader(file.path);
+    const CallSite site = siteOf(reader, "%i %i");
     EXPECT_EQ(site.present + site.lost, 24U * 1000);
     EXPECT_EQ(reader.unfinished(), 0U);
     EXPECT_EQ(reader.notes(), std::vector<std::string>{});
@@ -337,7 +337,7 @@ TEST(Ferrolog, ShortThreadsShareAChunk) {
     for (std::uint32_t i = 0; i < 200; ++i) {
         std::thread([&] { append(site, i); }).join();
     }
-    Reader const reader(file.path);
+    const Reader reader(file.path);
     EXPECT_EQ(reader.messages().size(), 200U);
     EXPECT_EQ(reader.lost(), 0U);
 }
@@ -353,7 +353,7 @@ TEST(Ferrolog, ReadersDuringWritingSeeWholeMessagesAndExactLosses) {
         writers.emplace_back([&, thread] {
             for (std::uint32_t number = 0; !stop; ++number) {
                 begun[thread] = number + 1;
-                std::uint32_t const words[] = {thread, number, ~number};
+                const std::uint32_t words[] = {thread, number, ~number};
                 ferrolog_append(&site, words);
                 if (number % 64 == 0) {
                     std::this_thread::yield();
@@ -362,11 +362,11 @@ TEST(Ferrolog, ReadersDuringWritingSeeWholeMessagesAndExactLosses) {
         });
     }
     for (int round = 0; round < 50; ++round) {
-        Reader const reader(file.path);
+        const Reader reader(file.path);
         EXPECT_EQ(reader.error(), "");
         std::vector<std::uint32_t> next(4, 0);
-        for (Message const& message : reader.messages()) {
-            auto const words = reader.words(message);
+        for (const Message& message : reader.messages()) {
+            const auto words = reader.words(message);
             ASSERT_EQ(words.size(), 3U);
             ASSERT_LT(words[0], 4U);
             EXPECT_EQ(words[1], ~words[2]) << "torn";
@@ -374,7 +374,7 @@ TEST(Ferrolog, ReadersDuringWritingSeeWholeMessagesAndExactLosses) {
             next[words[0]] = words[1] + 1;
         }
         std::uint64_t total = 0;
-        for (auto const& count : begun) {
+        for (const auto& count : begun) {
             total += count;
         }
         EXPECT_LE(siteOf(reader, "%i %i %i").present + siteOf(reader, "%i %i %i").lost, total);
@@ -384,10 +384,10 @@ TEST(Ferrolog, ReadersDuringWritingSeeWholeMessagesAndExactLosses) {
         writer.join();
     }
     std::uint64_t total = 0;
-    for (auto const& count : begun) {
+    for (const auto& count : begun) {
         total += count;
     }
-    Reader const reader(file.path);
+    const Reader reader(file.path);
     EXPECT_EQ(siteOf(reader, "%i %i %i").present + siteOf(reader, "%i %i %i").lost, total);
     EXPECT_EQ(reader.unfinished(), 0U);
 }
@@ -396,14 +396,14 @@ TEST(Ferrolog, AForkedChildIsALifeOfItsOwn) {
     TestFile file;
     ASSERT_EQ(ferrolog_open(file.path.c_str(), smallRing), 0);
     FERROLOG("T", "parent before");
-    pid_t const child = ::fork();
+    const pid_t child = ::fork();
     if (child == 0) {
         FERROLOG("T", "child");
         ::_exit(0);
     }
     ::waitpid(child, nullptr, 0);
     FERROLOG("T", "parent after");
-    Reader const reader(file.path);
+    const Reader reader(file.path);
     ASSERT_EQ(texts(reader), (std::vector<std::string>{"parent before", "child", "parent after"}));
     EXPECT_EQ(reader.life(reader.messages()[0].life)->pid, std::uint32_t(::getpid()));
     EXPECT_EQ(reader.life(reader.messages()[1].life)->pid, std::uint32_t(child));
@@ -423,7 +423,7 @@ TEST(Ferrolog, ChildrenThatEndWithoutAWordLeaveNoLaneBehind) {
                   }),
                   i % 2 == 0 ? -SIGKILL : 0);
     }
-    Reader const reader(file.path);
+    const Reader reader(file.path);
     EXPECT_EQ(reader.messages().size(), 41U);
     EXPECT_EQ(reader.lost(), 0U);
     EXPECT_EQ(reader.text(reader.messages()[40]), "child 39");
@@ -431,19 +431,19 @@ TEST(Ferrolog, ChildrenThatEndWithoutAWordLeaveNoLaneBehind) {
 }
 
 // What a child does that a thread of its parent must not keep it from.
-void traceInChild(TestFile const& file) {
+void traceInChild(const TestFile& file) {
     ::alarm(60); // kills who waits for ever
     ferrolog_close();
     EXPECT_EQ(ferrolog_open("/nowhere/trace", 0), ENOENT);
     EXPECT_STREQ(ferrolog_error(), "Ferrolog: cannot open \"/nowhere/trace\": No such file or "
                                    "directory; tracing stays off");
-    std::string const path = file.directory + "/child";
+    const std::string path = file.directory + "/child";
     EXPECT_EQ(ferrolog_open(path.c_str(), smallRing), 0);
     FERROLOG("T", "child");
     ferrolog_close();
 }
 
-void forkWhile(TestFile const& file, void (*act)(std::string const& path)) {
+void forkWhile(const TestFile& file, void (*act)(const std::string& path)) {
     complaintsOf([&] {
         std::atomic<bool> stop = false;
         std::thread other([&] {
@@ -462,7 +462,7 @@ void forkWhile(TestFile const& file, void (*act)(std::string const& path)) {
 
 TEST(Ferrolog, AForkedChildIsNotHeldUpByAnOpening) {
     TestFile file;
-    forkWhile(file, [](std::string const& path) {
+    forkWhile(file, [](const std::string& path) {
         ferrolog_open(path.c_str(), smallRing);
         ferrolog_close();
     });
@@ -470,7 +470,7 @@ TEST(Ferrolog, AForkedChildIsNotHeldUpByAnOpening) {
 
 TEST(Ferrolog, AForkedChildIsNotHeldUpByAComplaint) {
     TestFile file;
-    forkWhile(file, [](std::string const&) { ferrolog_open("/nowhere/else", 0); });
+    forkWhile(file, [](const std::string&) { ferrolog_open("/nowhere/else", 0); });
 }
 
 ferrolog_site handlerSite{"T", "handler %i", "i", 1, 0};
@@ -497,20 +497,20 @@ TEST(Ferrolog, SignalHandlersMayTraceAtAnyMoment) {
     // longer than a period, we would come no further.
     for (std::uint32_t ordered = 0; handled < 2000;) {
         if (ordered == handled) {
-            itimerval const soon{{0, 0}, {0, 50}};
+            const itimerval soon{{0, 0}, {0, 50}};
             ASSERT_EQ(::setitimer(ITIMER_REAL, &soon, nullptr), 0);
             ++ordered;
         }
-        std::uint32_t const words[] = {written, ~written};
+        const std::uint32_t words[] = {written, ~written};
         ferrolog_append(&site, words);
         ++written;
     }
     ::signal(SIGALRM, SIG_IGN);
-    Reader const reader(file.path);
+    const Reader reader(file.path);
     EXPECT_EQ(siteOf(reader, "main %i %i").present + siteOf(reader, "main %i %i").lost, written);
     EXPECT_EQ(siteOf(reader, "handler %i").present + siteOf(reader, "handler %i").lost, handled);
-    for (Message const& message : reader.messages()) {
-        auto const words = reader.words(message);
+    for (const Message& message : reader.messages()) {
+        const auto words = reader.words(message);
         if (words.size() == 2) {
             EXPECT_EQ(words[0], ~words[1]);
         }
@@ -519,12 +519,12 @@ TEST(Ferrolog, SignalHandlersMayTraceAtAnyMoment) {
 }
 
 // In a process of its own: the environment is looked at once, at the first message.
-class FerrologEnvironment : public testing::TestWithParam<char const*> {
+class FerrologEnvironment : public testing::TestWithParam<const char*> {
 protected:
     FerrologEnvironment() {
         GTEST_FLAG_SET(death_test_style, "threadsafe"); // starts the program anew, from main
         // The new process has another id, but our environment.
-        char const* const given = ::getenv("FERROLOG_TEST_PATH");
+        const char* const given = ::getenv("FERROLOG_TEST_PATH");
         path = given != nullptr ? given
                                 : std::filesystem::temp_directory_path() /
                                       ("ferrolog-environment." + std::to_string(::getpid()));
@@ -534,7 +534,7 @@ protected:
 
     ~FerrologEnvironment() override {
         ::unlink(path.c_str());
-        for (char const* name : {"FERROLOG_FILE", "FERROLOG_SIZE", "FERROLOG_TEST_PATH"}) {
+        for (const char* name : {"FERROLOG_FILE", "FERROLOG_SIZE", "FERROLOG_TEST_PATH"}) {
             ::unsetenv(name);
         }
     }

@@ -35,7 +35,7 @@ ferrolog_site handlerSite{"T", "handler %i", "i", 1, 0};
 int allocated = 0;
 
 void onSignal(int number) {
-    auto const word = static_cast<std::uint32_t>(number);
+    const auto word = static_cast<std::uint32_t>(number);
     allocated += allocationsOf([&] { ferrolog_append(&handlerSite, &word); });
 }
 
@@ -103,7 +103,7 @@ TEST_F(Handler, TheFirstMessageMayInterruptTheAllocator) {
                           ::signal(SIGALRM, SIG_DFL); // kills who has come to a halt
                           ::alarm(20);
                       });
-                      itimerval const soon{{0, 0}, {0, 300}};
+                      const itimerval soon{{0, 0}, {0, 300}};
                       ::alarm(0);
                       ::setitimer(ITIMER_REAL, &soon, nullptr);
                       std::thread([] {}).join(); // from now on the allocator takes its locks
@@ -135,7 +135,7 @@ TEST_F(Handler, AMessageThatComesDuringTheOpeningIsCounted) {
                   EXPECT_EQ(allocated, 0);
               }),
               0);
-    Reader const reader(file.path);
+    const Reader reader(file.path);
     EXPECT_EQ(texts(reader), std::vector<std::string>{"handler 0"});
     EXPECT_EQ(reader.lost(), 1U);
     EXPECT_EQ(siteOf(reader, "call site without room for its text, words:").lost, 1U);
@@ -146,7 +146,7 @@ TEST_F(Handler, AForkDuringTheOpeningHoldsNobodyUp) {
     EXPECT_EQ(inChild([] {
                   ::alarm(60);
                   withoutAReaderOfComplaints([](int) {
-                      int const status = inChild([] {
+                      const int status = inChild([] {
                           onSignal(1); // not recorded: this child, too, has begun to open
                       });
                       EXPECT_EQ(status, 0);

@@ -30,8 +30,8 @@ public:
         : progress_(static_cast<Progress*>(::mmap(nullptr, sizeof(Progress), PROT_READ | PROT_WRITE,
                                                   MAP_SHARED | MAP_ANONYMOUS, -1, 0))) {}
 
-    SharedProgress(SharedProgress const&) = delete;
-    SharedProgress& operator=(SharedProgress const&) = delete;
+    SharedProgress(const SharedProgress&) = delete;
+    SharedProgress& operator=(const SharedProgress&) = delete;
 
     ~SharedProgress() { ::munmap(progress_, sizeof(Progress)); }
 
@@ -51,13 +51,13 @@ void writeForEver(std::uint32_t writer, std::uint32_t number, SharedProgress& pr
 }
 
 // What holds after a kill at any instruction.
-void expectConsistent(Reader const& reader, Progress const& progress, unsigned writers) {
+void expectConsistent(const Reader& reader, const Progress& progress, unsigned writers) {
     ASSERT_EQ(reader.error(), "");
     EXPECT_EQ(reader.notes(), std::vector<std::string>{});
     std::vector<std::uint32_t> next(writers, 0);
     std::uint64_t count = 0;
-    for (Message const& message : reader.messages()) {
-        auto const words = reader.words(message);
+    for (const Message& message : reader.messages()) {
+        const auto words = reader.words(message);
         ASSERT_EQ(words.size(), 3U);
         ASSERT_LT(words[0], writers);
         ASSERT_EQ(words[1], ~words[2]) << "torn";
@@ -72,20 +72,20 @@ void expectConsistent(Reader const& reader, Progress const& progress, unsigned w
     // at.
     std::uint64_t completed = 0;
     for (unsigned writer = 0; writer < writers; ++writer) {
-        std::uint32_t const done = progress.completed[writer];
+        const std::uint32_t done = progress.completed[writer];
         completed += done;
         if (next[writer] != 0) {
             EXPECT_GE(next[writer], done);
             EXPECT_LE(next[writer], done + 1);
         }
     }
-    CallSite const site = siteOf(reader, "writer %i number %i check %i");
+    const CallSite site = siteOf(reader, "writer %i number %i check %i");
     EXPECT_EQ(site.present, count);
     EXPECT_GE(site.present + site.lost, completed);
 }
 
 TEST(Kill, AtRandomMomentsLosesNoCompletedMessage) {
-    std::uint32_t const seed = 20261123;
+    const std::uint32_t seed = 20261123;
     SCOPED_TRACE(seed);
     std::mt19937 random(seed);
     TestFile file;
@@ -96,9 +96,9 @@ TEST(Kill, AtRandomMomentsLosesNoCompletedMessage) {
     std::size_t lives = 0;
     for (unsigned round = 0; round < 240 || (lives < enoughLives && round < 20000); ++round) {
         SCOPED_TRACE(round);
-        unsigned const writers = 1 + round % 3;
-        std::uint32_t const started = progress->completed[0];
-        pid_t const child = ::fork();
+        const unsigned writers = 1 + round % 3;
+        const std::uint32_t started = progress->completed[0];
+        const pid_t child = ::fork();
         if (child == 0) {
             if (ferrolog_open(file.path.c_str(), smallRing) != 0) {
                 ::_exit(1);
@@ -117,13 +117,13 @@ TEST(Kill, AtRandomMomentsLosesNoCompletedMessage) {
         ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
         ++kills;
 
-        Reader const reader(file.path);
+        const Reader reader(file.path);
         lives = reader.lives().size();
         if (lives == 0) {
             continue;
         } // killed before the file was whole
         ASSERT_EQ(reader.notes(), std::vector<std::string>{});
-        CallSite const site = siteOf(reader, "writer %i number %i check %i");
+        const CallSite site = siteOf(reader, "writer %i number %i check %i");
         // Every message that was completed in any round is present or counted as lost; beyond them
         // there is at most the one that each writer of each round was at.
         std::uint64_t completed = 0;
@@ -133,15 +133,15 @@ TEST(Kill, AtRandomMomentsLosesNoCompletedMessage) {
         }
         EXPECT_GE(site.present + site.lost, completed);
         EXPECT_LE(site.present + site.lost, completed + 3 * kills);
-        for (Message const& message : reader.messages()) {
-            auto const words = reader.words(message);
+        for (const Message& message : reader.messages()) {
+            const auto words = reader.words(message);
             ASSERT_EQ(words.size(), 3U);
             ASSERT_LT(words[0], 3U);
             ASSERT_EQ(words[1], ~words[2]) << "torn";
             newest[words[0]] = std::max(newest[words[0]], words[1] + 1);
         }
         for (unsigned writer = 0; writer < 3; ++writer) {
-            std::uint32_t const done = progress->completed[writer];
+            const std::uint32_t done = progress->completed[writer];
             EXPECT_TRUE(newest[writer] == 0 || newest[writer] <= done + 1);
             // With more than one writer, the others may have filled the ring meanwhile.
             if (writers == 1 && writer == 0 && done > started) {
@@ -164,14 +164,14 @@ void writeSome(std::uint32_t from, std::uint32_t to, SharedProgress& progress) {
 // Most instructions do not touch the file: tells those after which there is something new to read.
 class SeenStates {
 public:
-    explicit SeenStates(std::string const& path) : seen_(contents(path)) {
-        int const descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    explicit SeenStates(const std::string& path) : seen_(contents(path)) {
+        const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
         file_ = ::mmap(nullptr, seen_.size(), PROT_READ, MAP_SHARED, descriptor, 0);
         ::close(descriptor);
     }
 
-    SeenStates(SeenStates const&) = delete;
-    SeenStates& operator=(SeenStates const&) = delete;
+    SeenStates(const SeenStates&) = delete;
+    SeenStates& operator=(const SeenStates&) = delete;
 
     ~SeenStates() { ::munmap(file_, seen_.size()); }
 
@@ -192,8 +192,8 @@ private:
 
 // Lets `body` run in a child one instruction at a time, and reads the file after each.
 template <class Body>
-void readAfterEveryInstruction(TestFile const& file, SharedProgress& progress, Body body) {
-    pid_t const child = ::fork();
+void readAfterEveryInstruction(const TestFile& file, SharedProgress& progress, Body body) {
+    const pid_t child = ::fork();
     if (child == 0) {
         ::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
         ::raise(SIGSTOP);
@@ -215,9 +215,9 @@ void readAfterEveryInstruction(TestFile const& file, SharedProgress& progress, B
         ++instructions;
         if (states.isNew(progress->completed[0])) {
             SCOPED_TRACE("after instruction " + std::to_string(instructions));
-            Reader const reader(file.path);
+            const Reader reader(file.path);
             expectConsistent(reader, *progress, 1);
-            CallSite const site = siteOf(reader, "writer %i number %i check %i");
+            const CallSite site = siteOf(reader, "writer %i number %i check %i");
             EXPECT_LE(site.present + site.lost, progress->completed[0] + std::uint64_t{1});
             ++read;
         }

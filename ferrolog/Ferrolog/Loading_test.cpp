@@ -42,14 +42,14 @@ protected:
 
     // The last line that ferrolog-cat prints if no message is lost.
     bool hasAll(int messages) const {
-        std::string const command = CAT " " + path() + " | tail -n 1 | grep -qx -e '-- " +
+        const std::string command = CAT " " + path() + " | tail -n 1 | grep -qx -e '-- " +
                                     std::to_string(messages) + " messages, 0 lost'";
         return std::system(command.c_str()) == 0;
     }
 
     template <class Body>
     static int inChild(Body body) {
-        pid_t const child = ::fork();
+        const pid_t child = ::fork();
         if (child == 0) {
             body();
             ::_exit(HasFailure() ? 1 : 0);
@@ -76,12 +76,12 @@ std::vector<pthread_key_t> takenKeys(std::size_t most) {
 // Lanes of threads that ended are found all the same; there are fifteen.
 TEST_F(Loading, WithoutAKeyThreadsTraceAndLeaveTheKeysOfOthersAlone) {
     EXPECT_EQ(inChild([&] {
-                  std::vector<pthread_key_t> const keys = takenKeys(PTHREAD_KEYS_MAX);
+                  const std::vector<pthread_key_t> keys = takenKeys(PTHREAD_KEYS_MAX);
                   ASSERT_NO_FATAL_FAILURE(load());
                   for (int i = 0; i < 50; ++i) {
                       std::thread([&] {
                           append(&site, nullptr);
-                          for (pthread_key_t const key : keys) {
+                          for (const pthread_key_t key : keys) {
                               ASSERT_EQ(::pthread_getspecific(key), nullptr);
                           }
                       }).join();

@@ -11,8 +11,7 @@
 //            while the writer lives, one that is just being written may.
 // Cost:      O(file + messages log messages) time, some four times the file's size of memory.
 // Threads:   const calls from any thread.
-#ifndef FERROLOG_READER_H
-#define FERROLOG_READER_H
+#pragma once
 
 #include <Ferrolog/Ferrolog.h>
 
@@ -57,34 +56,34 @@ struct Message {
 class FERROLOG_API Reader {
 public:
     // Reads the file at this path, through a symbolic link too.
-    explicit Reader(std::string const& path);
+    explicit Reader(const std::string& path);
 
     // Reads contents that are in memory already; `bytes` is not needed afterwards.
     explicit Reader(std::span<std::byte const> bytes);
 
     // Why there is nothing to read, one line without the path; "" if there is.
-    std::string const& error() const { return error_; }
+    const std::string& error() const { return error_; }
 
     // Oldest first. The order is that of the time stamps; the messages of one thread keep theirs.
-    std::vector<Message> const& messages() const { return messages_; }
+    const std::vector<Message>& messages() const { return messages_; }
 
-    std::vector<CallSite> const& callSites() const { return callSites_; }
+    const std::vector<CallSite>& callSites() const { return callSites_; }
 
     // In the order of their numbers; those that the file has not forgotten.
-    std::vector<Life> const& lives() const { return lives_; }
+    const std::vector<Life>& lives() const { return lives_; }
 
     // Null if the file has forgotten it, or for 0.
-    Life const* life(std::uint32_t number) const;
+    const Life* life(std::uint32_t number) const;
 
-    std::span<std::uint32_t const> words(Message const& message) const {
+    std::span<std::uint32_t const> words(const Message& message) const {
         return std::span(words_).subspan(message.firstWord, message.wordCount);
     }
 
     // "Recovered entry, index: 5 key: 77", harmless.
-    std::string text(Message const& message) const;
+    std::string text(const Message& message) const;
 
     // "BrixoCacheTable:212", harmless.
-    std::string origin(CallSite const& site) const;
+    std::string origin(const CallSite& site) const;
 
     // The text as it may be printed wherever it comes from: one line that commands no terminal.
     // Control characters, marks of direction, line separators and bytes that are no UTF-8 come out
@@ -98,7 +97,7 @@ public:
     std::uint64_t unfinished() const { return unfinished_; }
 
     // What was skipped and why, one line each; at most a hundred, then one that counts the others.
-    std::vector<std::string> const& notes() const { return notes_; }
+    const std::vector<std::string>& notes() const { return notes_; }
 
 private:
     class Parser;
@@ -114,5 +113,3 @@ private:
 };
 
 } // namespace Ferrolog
-
-#endif

@@ -16,12 +16,12 @@ using Ferrolog::Reader;
 using namespace Ferrolog::testing;
 using Bytes = std::vector<std::byte>;
 
-std::string goldenPath(char const* name) {
+std::string goldenPath(const char* name) {
     return std::string(BRIXO_SOURCE_DIR) + "/tests/golden/" + name;
 }
 
-Bytes const& golden() {
-    static Bytes const bytes = contents(goldenPath("ferrolog.trace"));
+const Bytes& golden() {
+    static const Bytes bytes = contents(goldenPath("ferrolog.trace"));
     return bytes;
 }
 
@@ -35,9 +35,9 @@ constexpr std::size_t chunkBytes = 256;
 constexpr std::size_t goldenMessages = 9 + 60 * 10 + 6;
 
 // Everything that the reader says, as the reference in Python prints it.
-std::vector<std::string> linesOf(Reader const& reader) {
+std::vector<std::string> linesOf(const Reader& reader) {
     std::vector<std::string> lines;
-    for (Message const& m : reader.messages()) {
+    for (const Message& m : reader.messages()) {
         std::ostringstream line;
         line << m.timeNs << " life " << m.life << " thread " << m.thread << ' '
              << reader.origin(reader.callSites()[m.site]) << ' ' << reader.text(m);
@@ -46,22 +46,22 @@ std::vector<std::string> linesOf(Reader const& reader) {
     lines.push_back("lost " + std::to_string(reader.lost()) + " unfinished " +
                     std::to_string(reader.unfinished()));
     std::map<std::string, std::uint64_t> lost;
-    for (CallSite const& site : reader.callSites()) {
+    for (const CallSite& site : reader.callSites()) {
         if (site.lost > 0) {
             lost[reader.origin(site)] += site.lost;
         }
     }
-    for (auto const& [origin, count] : lost) {
+    for (const auto& [origin, count] : lost) {
         lines.push_back("lost " + std::to_string(count) + " of " + origin);
     }
     return lines;
 }
 
 // Calls everything, so that a sanitizer sees what the bytes do.
-std::size_t readAll(Bytes const& bytes) {
-    Reader const reader{std::span<std::byte const>(bytes)};
+std::size_t readAll(const Bytes& bytes) {
+    const Reader reader{std::span<std::byte const>(bytes)};
     std::size_t total = reader.error().size();
-    for (std::string const& line : linesOf(reader)) {
+    for (const std::string& line : linesOf(reader)) {
         total += line.size();
     }
     EXPECT_LE(reader.notes().size(), 101U);
@@ -70,7 +70,7 @@ std::size_t readAll(Bytes const& bytes) {
 }
 
 TEST(Reader, ReadsWhatTheReferenceWrote) {
-    Reader const reader(goldenPath("ferrolog.trace"));
+    const Reader reader(goldenPath("ferrolog.trace"));
     ASSERT_EQ(reader.error(), "");
     EXPECT_EQ(reader.notes(), std::vector<std::string>{});
     std::ifstream expected(goldenPath("ferrolog.txt"));
@@ -83,7 +83,7 @@ TEST(Reader, ReadsWhatTheReferenceWrote) {
 }
 
 TEST(Reader, TellsTheLives) {
-    Reader const reader{std::span<std::byte const>(golden())};
+    const Reader reader{std::span<std::byte const>(golden())};
     ASSERT_EQ(reader.lives().size(), 2U);
     EXPECT_EQ(reader.lives()[0].number, 1U);
     EXPECT_EQ(reader.lives()[0].pid, 4711U);
@@ -114,7 +114,7 @@ TEST(Reader, NamesTheVersionThatItDoesNotKnow) {
     std::string header("FERROLOG\x04\x03\x02\x01\x02\0\0\0", 16);
     header += std::string(8, '\0') + std::string("\0\x40\0\0", 4);
     std::uint32_t check = 2166136261U;
-    for (char const c : header) {
+    for (const char c : header) {
         check = (check ^ static_cast<std::uint8_t>(c)) * 16777619U;
     }
     for (unsigned shift = 0; shift < 32; shift += 8) {
@@ -130,7 +130,7 @@ TEST(Reader, ADamagedHeaderCostsNothing) {
         SCOPED_TRACE(at);
         Bytes bytes = golden();
         bytes[at] ^= std::byte{0x5A};
-        Reader const reader{std::span<std::byte const>(bytes)};
+        const Reader reader{std::span<std::byte const>(bytes)};
         EXPECT_EQ(reader.error(), "");
         EXPECT_EQ(reader.messages().size(), goldenMessages);
         EXPECT_EQ(reader.notes(),
@@ -142,10 +142,10 @@ TEST(Reader, ADamagedHeaderCostsNothing) {
 TEST(Reader, ADamagedCallSiteKeepsItsMessagesAndTheirWords) {
     Bytes bytes = golden();
     bytes[textAt + 51 + 15] ^= std::byte{1}; // in the text of the first site of its own
-    Reader const reader{std::span<std::byte const>(bytes)};
+    const Reader reader{std::span<std::byte const>(bytes)};
     EXPECT_EQ(reader.messages().size(), goldenMessages);
     EXPECT_EQ(reader.notes(), std::vector<std::string>{"the record of call site 2 is damaged"});
-    Message const& message = reader.messages()[goldenMessages - 6];
+    const Message& message = reader.messages()[goldenMessages - 6];
     EXPECT_EQ(reader.text(message), "call site with a damaged record, words:");
     EXPECT_EQ(reader.origin(reader.callSites()[message.site]), "?");
 }
@@ -153,7 +153,7 @@ TEST(Reader, ADamagedCallSiteKeepsItsMessagesAndTheirWords) {
 TEST(Reader, ADamagedLifeCostsTheTimesOfItsMessages) {
     Bytes bytes = golden();
     bytes[livesAt] = std::byte{7};
-    Reader const reader{std::span<std::byte const>(bytes)};
+    const Reader reader{std::span<std::byte const>(bytes)};
     ASSERT_EQ(reader.messages().size(), goldenMessages);
     ASSERT_EQ(reader.notes().size(), 62U); // the record, and each chunk of that life
     EXPECT_EQ(reader.notes()[0], "life record 0 is damaged");
@@ -167,7 +167,7 @@ TEST(Reader, ADamagedChunkHeaderCostsThatChunk) {
     Bytes bytes = golden();
     bytes[ringAt + 20 * chunkBytes] ^= std::byte{1};      // the ordinal
     bytes[ringAt + 21 * chunkBytes + 28] = std::byte{16}; // the lane
-    Reader const reader{std::span<std::byte const>(bytes)};
+    const Reader reader{std::span<std::byte const>(bytes)};
     EXPECT_EQ(reader.messages().size(), goldenMessages - 20);
     EXPECT_EQ(reader.lost(), 100U);
     EXPECT_EQ(reader.notes(), (std::vector<std::string>{
@@ -178,7 +178,7 @@ TEST(Reader, ADamagedChunkHeaderCostsThatChunk) {
 TEST(Reader, ADamagedMessageHeadCostsTheRestOfItsChunk) {
     Bytes bytes = golden();
     bytes[ringAt + 20 * chunkBytes + 32 + 4 * (5 + 3 * 5)] ^= std::byte{1}; // the fourth message
-    Reader const reader{std::span<std::byte const>(bytes)};
+    const Reader reader{std::span<std::byte const>(bytes)};
     EXPECT_EQ(reader.messages().size(), goldenMessages - 7);
     EXPECT_EQ(reader.notes(),
               std::vector<std::string>{"chunk 20 is damaged: its last 36 words are skipped"});
@@ -187,7 +187,7 @@ TEST(Reader, ADamagedMessageHeadCostsTheRestOfItsChunk) {
 TEST(Reader, ATruncatedFileKeepsWhatIsThere) {
     Bytes bytes = golden();
     bytes.resize(ringAt + 20 * chunkBytes);
-    Reader const reader{std::span<std::byte const>(bytes)};
+    const Reader reader{std::span<std::byte const>(bytes)};
     EXPECT_EQ(reader.error(), "");
     // Slots 0 to 19: 64 to 68 with ten each, 69 with nine, 70 to 72 with six together, 9 to 19.
     EXPECT_EQ(reader.messages().size(), 5U * 10 + 9 + 6 + 11 * 10);
@@ -197,7 +197,7 @@ TEST(Reader, ATruncatedFileKeepsWhatIsThere) {
 // Emptied, shortened and whole again, all while it is read.
 TEST(Reader, AFileThatShrinksWhileItIsReadHarmsNobody) {
     TestFile file;
-    std::string const path = goldenPath("ferrolog.trace");
+    const std::string path = goldenPath("ferrolog.trace");
     std::filesystem::copy_file(path, file.path);
     std::atomic<bool> stop = false;
     std::thread other([&] {
@@ -208,7 +208,7 @@ TEST(Reader, AFileThatShrinksWhileItIsReadHarmsNobody) {
         }
     });
     for (int round = 0; round < 200; ++round) {
-        Reader const reader(file.path);
+        const Reader reader(file.path);
         EXPECT_TRUE(reader.error().empty() || reader.error() == "it is not a trace file");
         EXPECT_LE(reader.messages().size(), goldenMessages);
         EXPECT_LE(reader.notes().size(), 101U);
@@ -228,18 +228,18 @@ TEST(Reader, EveryFlippedByteLeavesTheRestIntact) {
     for (std::size_t at = 0; at < bytes.size(); ++at) {
         // All of the header, of the records in use and of the chunks of the second life; of the
         // rest, a part will do.
-        bool const one = at < livesAt + 256 || (at >= sitesAt && at < sitesAt + 160) ||
+        const bool one = at < livesAt + 256 || (at >= sitesAt && at < sitesAt + 160) ||
                          (at >= ringAt + 5 * chunkBytes && at < ringAt + 9 * chunkBytes);
         if (!one && random() % 64 != 0) {
             continue;
         }
-        std::byte const before = bytes[at];
+        const std::byte before = bytes[at];
         bytes[at] ^= static_cast<std::byte>(1 + random() % 255);
-        Reader const reader{std::span<std::byte const>(bytes)};
+        const Reader reader{std::span<std::byte const>(bytes)};
         ASSERT_EQ(reader.error(), "") << at;
         // A length that grows may make two messages of one, so a chunk may lose all it has, never
         // more.
-        std::size_t const chunkMost = at >= ringAt ? 10 : 0;
+        const std::size_t chunkMost = at >= ringAt ? 10 : 0;
         ASSERT_GE(reader.messages().size() + chunkMost, goldenMessages) << at;
         ASSERT_LE(reader.messages().size(), goldenMessages + 17) << at;
         if (at >= ringAt) {
@@ -258,7 +258,7 @@ TEST(Reader, EveryTruncationIsRead) {
     std::size_t messages = goldenMessages;
     while (!bytes.empty()) {
         bytes.resize(bytes.size() - (bytes.size() > ringAt ? 13 : bytes.size() > 600 ? 37 : 1));
-        Reader const reader{std::span<std::byte const>(bytes)};
+        const Reader reader{std::span<std::byte const>(bytes)};
         ASSERT_LE(reader.messages().size(), messages) << bytes.size();
         messages = reader.messages().size();
         ASSERT_EQ(reader.error(), bytes.size() < 32 ? "it is not a trace file" : "")
@@ -268,22 +268,22 @@ TEST(Reader, EveryTruncationIsRead) {
 }
 
 TEST(Reader, HostileBytesHarmNobody) {
-    std::uint32_t const seed = 20261122;
+    const std::uint32_t seed = 20261122;
     SCOPED_TRACE(seed);
     std::mt19937 random(seed);
     for (int round = 0; round < 300; ++round) {
         Bytes bytes = golden();
-        std::size_t const changes = 1 + random() % 2000;
-        std::size_t const from = round % 3 == 0 ? ringAt : 32;
+        const std::size_t changes = 1 + random() % 2000;
+        const std::size_t from = round % 3 == 0 ? ringAt : 32;
         for (std::size_t i = 0; i < changes; ++i) {
-            std::size_t const at = from + random() % (bytes.size() - from);
+            const std::size_t at = from + random() % (bytes.size() - from);
             bytes[at] = round % 2 == 0 ? static_cast<std::byte>(random()) : std::byte{0xFF};
         }
         readAll(bytes);
     }
     // Every part filled with one value.
     for (unsigned value = 0; value < 256; value += 5) {
-        for (std::size_t const from :
+        for (const std::size_t from :
              {std::size_t{32}, livesAt, sitesAt, textAt, countersAt, ringAt}) {
             Bytes bytes = golden();
             std::fill(bytes.begin() + static_cast<std::ptrdiff_t>(from), bytes.end(),
@@ -303,7 +303,7 @@ TEST(Reader, TwoEntriesOfOneSiteAreOneCallSite) {
     // The same record once more, under the next id, with a count of its own.
     std::copy_n(bytes.begin() + sitesAt + 2 * 32, 32, bytes.begin() + sitesAt + 3 * 32);
     bytes[countersAt + 64 * 8 + 3 * 8] = std::byte{4};
-    Reader const reader{std::span<std::byte const>(bytes)};
+    const Reader reader{std::span<std::byte const>(bytes)};
     EXPECT_EQ(reader.callSites().size(), 2U);
     EXPECT_EQ(siteOf(reader, "a").present, 1U);
     EXPECT_EQ(siteOf(reader, "a").lost, 4U);

@@ -12,8 +12,7 @@
 //            bool as 0 or 1, enumerations as their numbers, pointers and hex(...) in hexadecimal.
 //            64-bit ones take two words, the others one.
 // Cost:      see Ferrolog.h. Off: one load, one predicted branch.
-#ifndef FERROLOG_TRACE_H
-#define FERROLOG_TRACE_H
+#pragma once
 
 #include <Ferrolog/Ferrolog.h>
 
@@ -47,7 +46,7 @@ template <class T>
 constexpr char letterOf() {
     constexpr bool wide = sizeof(T) > 4;
     static_assert(sizeof(T) <= 8, "a trace argument has at most 64 bits");
-    static_assert(!std::is_convertible_v<T, char const*>,
+    static_assert(!std::is_convertible_v<T, const char*>,
                   "a text is no argument: write the pieces side by side, without a comma");
     if constexpr (isHex<T> || std::is_pointer_v<T>) {
         return wide ? 'X' : 'x';
@@ -64,15 +63,13 @@ constexpr std::size_t wordsOfLetter(char letter) { return letter < 'a' ? 2 : 1; 
 
 // Calls put with each character of the format text. The last piece may lack its argument.
 template <std::size_t pieceCount, std::size_t letterCount, class Put>
-constexpr void spellFormat(std::array<char const*, pieceCount> const& pieces,
-                           std::array<char, letterCount> const& letters, Put put) {
+constexpr void spellFormat(const std::array<const char*, pieceCount>& pieces,
+                           const std::array<char, letterCount>& letters, Put put) {
     static_assert(pieceCount == letterCount || pieceCount == letterCount + 1,
                   "a trace message is pieces and arguments in turn, beginning with a piece");
     for (std::size_t i = 0; i < pieceCount; ++i) {
-        for (char const* c = pieces[i]; *c != '\0'; ++c) {
-            if (*c == '%') {
-                put('%');
-            }
+        for (const char* c = pieces[i]; *c != '\0'; ++c) {
+            if (*c == '%') put('%');
             put(*c);
         }
         if (i < letterCount) {
@@ -83,7 +80,7 @@ constexpr void spellFormat(std::array<char const*, pieceCount> const& pieces,
 }
 
 // The format text of the pieces and the letters of `Types`, ended by a zero byte.
-template <class Types, auto const& pieces>
+template <class Types, const auto& pieces>
 constexpr auto makeFormat() {
     constexpr std::size_t length = [] {
         std::size_t count = 0;
@@ -97,11 +94,9 @@ constexpr auto makeFormat() {
 }
 
 template <std::size_t count>
-constexpr std::size_t wordCount(std::array<char, count> const& letters) {
+constexpr std::size_t wordCount(const std::array<char, count>& letters) {
     std::size_t words = 0;
-    for (char const letter : letters) {
-        words += wordsOfLetter(letter);
-    }
+    for (const char letter : letters) words += wordsOfLetter(letter);
     return words;
 }
 
@@ -117,25 +112,24 @@ struct Types {
 };
 
 template <class... Arguments>
-Types<Arguments...> typesOf(Arguments const&...);
+Types<Arguments...> typesOf(const Arguments&...);
 
 // The literal pieces of a call site.
 template <std::size_t... size>
-constexpr std::array<char const*, sizeof...(size)> piecesOf(char const (&... piece)[size]) {
+constexpr std::array<const char*, sizeof...(size)> piecesOf(const char (&... piece)[size]) {
     return {{piece...}};
 }
 
 template <class T>
-constexpr std::uint64_t bitsOf(T const& argument) {
-    if constexpr (isHex<T>) {
+constexpr std::uint64_t bitsOf(const T& argument) {
+    if constexpr (isHex<T>)
         return argument.value;
-    } else if constexpr (std::is_pointer_v<T>) {
+    else if constexpr (std::is_pointer_v<T>)
         return reinterpret_cast<std::uintptr_t>(argument);
-    } else if constexpr (std::is_enum_v<T>) {
+    else if constexpr (std::is_enum_v<T>)
         return bitsOf(static_cast<std::underlying_type_t<T>>(argument));
-    } else {
+    else
         return static_cast<std::uint64_t>(argument);
-    }
 }
 
 // Turns arguments into words, in the order and widths of their letters, and appends them.
@@ -143,7 +137,7 @@ struct Appender {
     ferrolog_site& site;
 
     template <class... Arguments>
-    void operator()(Arguments const&... argument) const {
+    void operator()(const Arguments&... argument) const {
         if constexpr (sizeof...(Arguments) == 0) {
             ferrolog_append(&site, nullptr);
         } else {
@@ -156,12 +150,11 @@ struct Appender {
 
 private:
     template <class T>
-    static void put(std::uint32_t*& end, T const& argument) {
-        std::uint64_t const bits = bitsOf(argument);
+    static void put(std::uint32_t*& end, const T& argument) {
+        const std::uint64_t bits = bitsOf(argument);
         *end++ = static_cast<std::uint32_t>(bits);
-        if constexpr (wordsOfLetter(letterOf<T>()) == 2) {
+        if constexpr (wordsOfLetter(letterOf<T>()) == 2)
             *end++ = static_cast<std::uint32_t>(bits >> 32);
-        }
     }
 };
 
@@ -209,5 +202,3 @@ inline bool isOn() {
 #define FERROLOG_EXPAND_9(...) FERROLOG_EXPAND_3(FERROLOG_EXPAND_3(FERROLOG_EXPAND_3(__VA_ARGS__)))
 #define FERROLOG_EXPAND_3(...) FERROLOG_EXPAND_1(FERROLOG_EXPAND_1(FERROLOG_EXPAND_1(__VA_ARGS__)))
 #define FERROLOG_EXPAND_1(...) __VA_ARGS__
-
-#endif

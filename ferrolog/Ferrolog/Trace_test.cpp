@@ -28,14 +28,14 @@ static_assert(Ferrolog::detail::letterOf<int*>() == (sizeof(int*) == 8 ? 'X' : '
 TEST(Trace, BuildsOriginLineFormatAndLettersOfTheCallSite) {
     TestFile file;
     ASSERT_EQ(ferrolog_open(file.path.c_str(), smallRing), 0);
-    std::uint32_t const index = 5;
-    std::uint32_t const key = 77;
-    std::uint32_t const line = __LINE__ + 1;
+    const std::uint32_t index = 5;
+    const std::uint32_t key = 77;
+    const std::uint32_t line = __LINE__ + 1;
     FERROLOG("BrixoCacheTable", "Recovered entry, index: ", index, " key: ", key);
 
-    Reader const reader(file.path);
+    const Reader reader(file.path);
     ASSERT_EQ(reader.messages().size(), 1U);
-    auto const& site = reader.callSites()[reader.messages()[0].site];
+    const auto& site = reader.callSites()[reader.messages()[0].site];
     EXPECT_EQ(site.file, "BrixoCacheTable");
     EXPECT_EQ(site.line, line);
     EXPECT_EQ(site.format, "Recovered entry, index: %i key: %i");
@@ -88,7 +88,7 @@ TEST(Trace, PiecesMayHoldAnyCharacters) {
 TEST(Trace, TakesEightArgumentsAndFifteenWords) {
     TestFile file;
     ASSERT_EQ(ferrolog_open(file.path.c_str(), smallRing), 0);
-    std::uint64_t const wide = std::uint64_t{1} << 32;
+    const std::uint64_t wide = std::uint64_t{1} << 32;
     FERROLOG("T", "", 1U, ",", 2U, ",", 3U, ",", 4U, ",", 5U, ",", 6U, ",", 7U, ",", 8U, ".");
     FERROLOG("T", "", wide, ",", wide, ",", wide, ",", wide, ",", wide, ",", wide, ",", wide, ",",
              8U);
@@ -101,7 +101,7 @@ TEST(Trace, TakesEightArgumentsAndFifteenWords) {
 TEST(Trace, EvaluatesArgumentsOnceAndOnlyWhileOn) {
     TestFile file;
     unsigned calls = 0;
-    auto const trace = [&] { FERROLOG("T", "calls ", ++calls); };
+    const auto trace = [&] { FERROLOG("T", "calls ", ++calls); };
     trace();
     EXPECT_EQ(calls, 0U);
     ASSERT_EQ(ferrolog_open(file.path.c_str(), smallRing), 0);

@@ -1,4 +1,5 @@
-// A trace file goes from one word size to the other: written there and read here, and gone on with by both in turn.
+// A trace file goes from one word size to the other: written there and read here, and gone on with
+// by both in turn.
 #include <Ferrolog/Reader.h>
 #include <Ferrolog/testing/TestFile.h>
 
@@ -12,14 +13,14 @@ namespace {
 
 class WordSizes : public ::testing::Test {
 protected:
-    static std::string program(char const* build, char const* name) {
-        char const* const folder = std::getenv(build);
+    static std::string program(const char* build, const char* name) {
+        const char* const folder = std::getenv(build);
         EXPECT_NE(folder, nullptr) << build;
         return std::string(folder != nullptr ? folder : "") + "/ferrolog/" + name;
     }
 
     // The sample's messages, by its own account.
-    std::vector<std::string> sample(char const* build) const {
+    std::vector<std::string> sample(const char* build) const {
         return outputOf(program(build, "ferrolog-sample") + " " + file.path);
     }
 
@@ -27,9 +28,9 @@ protected:
 };
 
 TEST_F(WordSizes, TheOtherOnesMessagesAreReadHere) {
-    std::vector<std::string> const written = sample("BRIXO_OTHER_BUILD");
+    const std::vector<std::string> written = sample("BRIXO_OTHER_BUILD");
     EXPECT_EQ(written.size(), 23U);
-    Reader const reader(file.path);
+    const Reader reader(file.path);
     EXPECT_EQ(reader.error(), "");
     EXPECT_TRUE(reader.notes().empty());
     EXPECT_EQ(texts(reader), written);
@@ -37,13 +38,13 @@ TEST_F(WordSizes, TheOtherOnesMessagesAreReadHere) {
 
 TEST_F(WordSizes, BothGoOnWithOneFile) {
     std::vector<std::string> written;
-    for (char const* const build :
+    for (const char* const build :
          {"BRIXO_THIS_BUILD", "BRIXO_OTHER_BUILD", "BRIXO_THIS_BUILD", "BRIXO_OTHER_BUILD"}) {
-        for (std::string const& text : sample(build)) {
+        for (const std::string& text : sample(build)) {
             written.push_back(text);
         }
     }
-    Reader const reader(file.path);
+    const Reader reader(file.path);
     EXPECT_EQ(reader.error(), "");
     EXPECT_EQ(reader.lives().size(), 4U);
     EXPECT_EQ(texts(reader), written);
@@ -52,7 +53,7 @@ TEST_F(WordSizes, BothGoOnWithOneFile) {
 TEST_F(WordSizes, BothReadersPrintTheSame) {
     sample("BRIXO_THIS_BUILD");
     sample("BRIXO_OTHER_BUILD");
-    std::vector<std::string> const here =
+    const std::vector<std::string> here =
         outputOf(program("BRIXO_THIS_BUILD", "ferrolog-cat") + " " + file.path);
     EXPECT_GT(here.size(), 46U);
     EXPECT_EQ(outputOf(program("BRIXO_OTHER_BUILD", "ferrolog-cat") + " " + file.path), here);

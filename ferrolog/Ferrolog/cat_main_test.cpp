@@ -20,12 +20,12 @@ protected:
     }
 
     // The last life is the second.
-    void put(std::size_t at, void const* from, std::size_t count) {
+    void put(std::size_t at, const void* from, std::size_t count) {
         std::memcpy(bytes.data() + livesAt + 128 + at, from, count);
     }
 
-    std::vector<std::string> lines(std::string const& arguments) const {
-        write(file.path, std::string(reinterpret_cast<char const*>(bytes.data()), bytes.size()));
+    std::vector<std::string> lines(const std::string& arguments) const {
+        write(file.path, std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
         return outputOf(CAT " " + arguments + " " + file.path);
     }
 
@@ -46,13 +46,13 @@ TEST_F(Cat, PrintsTheLastMessagesAndWhatIsLost) {
 }
 
 TEST_F(Cat, PrintsTimesAfter2038) {
-    std::uint64_t const in2040 = 2'208'988'800'000'000'000;
-    std::uint64_t const first[3] = {7'000'000'000'000, 7'000'000'000'000, in2040};
-    std::uint64_t const latest[3] = {7'001'000'000'000, 7'001'000'000'000, in2040 + 1'000'000'000};
+    const std::uint64_t in2040 = 2'208'988'800'000'000'000;
+    const std::uint64_t first[3] = {7'000'000'000'000, 7'000'000'000'000, in2040};
+    const std::uint64_t latest[3] = {7'001'000'000'000, 7'001'000'000'000, in2040 + 1'000'000'000};
     put(32, first, sizeof first);
     put(64, latest, sizeof latest);
     put(88, latest, sizeof latest);
-    std::vector<std::string> const all = lines("-n 1");
+    const std::vector<std::string> all = lines("-n 1");
     ASSERT_EQ(all.size(), 4U);
     EXPECT_EQ(all[0], "-- life 2: a-name-of-16-byt, pid 4713, began 2040-01-01 00:00:00.000000");
     EXPECT_EQ(all[1], "2040-01-01 00:00:05.000000     4713  BrixoCacheTable:117  Recovered entry, "

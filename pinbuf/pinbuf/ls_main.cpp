@@ -39,10 +39,12 @@ constexpr const char* helpText =
     "Exit status: 0 if the folder could be read, 1 if not, 2 for wrong arguments.\n";
 constexpr const char* versionText = "pinbuf-ls " BRIXO_VERSION "\n";
 
-// The number of bytes of the well-formed UTF-8 character at the front of `text`; 0 if there is none.
+// The number of bytes of the well-formed UTF-8 character at the front of `text`; 0 if there is
+// none.
 std::size_t characterBytes(std::string_view text) {
-    // First bytes `from` to `to` begin a character of `bytes` bytes, the second of which lies between
-    // `low` and `high`: no longer form of a shorter one, no surrogate, nothing above U+10FFFF.
+    // First bytes `from` to `to` begin a character of `bytes` bytes, the second of which lies
+    // between `low` and `high`: no longer form of a shorter one, no surrogate, nothing above
+    // U+10FFFF.
     struct Lead {
         unsigned char from, to, bytes, low, high;
     };
@@ -61,9 +63,8 @@ std::size_t characterBytes(std::string_view text) {
         if (at(0) < lead.from || at(0) > lead.to) continue;
         if (text.size() < lead.bytes) return 0;
         if (lead.bytes > 1 && (at(1) < lead.low || at(1) > lead.high)) return 0;
-        for (std::size_t i = 2; i < lead.bytes; ++i) {
+        for (std::size_t i = 2; i < lead.bytes; ++i)
             if (at(i) < 0x80 || at(i) > 0xbf) return 0;
-        }
         return lead.bytes;
     }
     return 0;
@@ -123,15 +124,13 @@ Row rowOf(const pinbuf_region& region) {
 
 void print(const std::vector<Row>& rows) {
     std::array<std::size_t, 3> widths{};
-    for (const Row& row : rows) {
+    for (const Row& row : rows)
         for (std::size_t i = 0; i < widths.size(); ++i)
             widths[i] = std::max(widths[i], width(row[i]));
-    }
     for (const Row& row : rows) {
         std::string line;
-        for (std::size_t i = 0; i < widths.size(); ++i) {
+        for (std::size_t i = 0; i < widths.size(); ++i)
             line += row[i] + std::string(widths[i] - width(row[i]) + 2, ' ');
-        }
         std::puts((line + row.back()).c_str());
     }
 }
@@ -153,7 +152,8 @@ int wrongArguments() {
     return 2;
 }
 
-// The library takes an absent folder for one without regions: where somebody names it, it is an error.
+// The library takes an absent folder for one without regions: where somebody names it, it is an
+// error.
 bool choose(const char* folder) {
     if (::access(folder, F_OK) == 0) return ::setenv("PINBUF_DIR", folder, 1) == 0;
     std::fprintf(stderr, "pinbuf-ls: %s: %s\n", asWord(folder).c_str(), std::strerror(errno));

@@ -28,9 +28,9 @@
 //                   is made (mode 0700) when absent; it must belong to the user, be writable by
 //                   nobody else and be no symbolic link. What its owner lacks of access to it he
 //                   gets.
-// Both are ignored in a program that has more rights than who started it (set-user-id and the like).
-#ifndef PINBUF_PINBUF_H
-#define PINBUF_PINBUF_H
+// Both are ignored in a program that has more rights than who started it (set-user-id and the
+// like).
+#pragma once
 
 #define PINBUF_API __attribute__((visibility("default")))
 
@@ -54,8 +54,8 @@ extern "C" {
 // `name`:  1 to 127 bytes, none of them '/' or a control character, the first no '.'.
 // `owner`: who asks, for people to read; null is "", and what exceeds 111 bytes is cut off.
 // Cost:    some 20 system calls, however many regions there are; a new region, its zeroing too. The
-//          first call of a process, and one after many regions were made by others, reads and checks
-//          256 bytes per region; they stay in memory.
+//          first call of a process, and one after many regions were made by others, reads and
+//          checks 256 bytes per region; they stay in memory.
 PINBUF_API unsigned pinbuf_alloc_func(const char* name, unsigned size, const char* owner);
 
 // Maps the whole region `name`, readable and writable, shared with every process that maps it, and
@@ -91,7 +91,7 @@ PINBUF_API int pinbuf_hold(const char* name, struct pinbuf_holder* holder);
 // The line that the calling thread's last call here wrote to standard error, without its line feed;
 // "" when that call succeeded. At most 1023 bytes, on one line whatever the region was named. Valid
 // until the thread's next call.
-PINBUF_API const char* pinbuf_error(void);
+const PINBUF_API char* pinbuf_error(void);
 
 // What is known of one region. The strings live until the visit returns.
 struct pinbuf_region {
@@ -120,5 +120,3 @@ PINBUF_API int pinbuf_find(const char* name, pinbuf_visitor visitor, void* conte
 #ifdef __cplusplus
 }
 #endif
-
-#endif // PINBUF_PINBUF_H

@@ -2,7 +2,8 @@
 //
 //   pinbuf-probe alloc NAME SIZE OWNER   the physical address
 //   pinbuf-probe write NAME TEXT         maps the region and writes TEXT at its beginning
-//   pinbuf-probe list                    one line each: name, owner, address, size, whether it was made here
+//   pinbuf-probe list                    one line each: name, owner, address, size, whether it was
+//   made here
 // Exit status 1 when a call failed; the library has said why.
 #include <pinbuf/pinbuf.h>
 

@@ -27,8 +27,8 @@ bool hasInvariantCounter() {
 } // namespace
 
 ClockKind chooseClock() {
-    char const* wish = ::secure_getenv("FERROLOG_CLOCK");
-    bool const avoidCounter = wish != nullptr && std::strcmp(wish, "monotonic") == 0;
+    const char* wish = ::secure_getenv("FERROLOG_CLOCK");
+    const bool avoidCounter = wish != nullptr && std::strcmp(wish, "monotonic") == 0;
     return hasInvariantCounter() && !avoidCounter ? ClockKind::timeStampCounter
                                                   : ClockKind::monotonicNs;
 }
@@ -38,10 +38,10 @@ Anchor takeAnchor(ClockKind kind) {
     Anchor best{};
     U64 bestSpan = ~U64{0};
     for (int attempt = 0; attempt < 3; ++attempt) {
-        U64 const before = ticksNow(kind);
-        U64 const monotonic = nanoseconds(CLOCK_MONOTONIC);
-        U64 const realtime = nanoseconds(CLOCK_REALTIME);
-        U64 const span = ticksNow(kind) - before;
+        const U64 before = ticksNow(kind);
+        const U64 monotonic = nanoseconds(CLOCK_MONOTONIC);
+        const U64 realtime = nanoseconds(CLOCK_REALTIME);
+        const U64 span = ticksNow(kind) - before;
         if (span < bestSpan) {
             bestSpan = span;
             best = {before + span / 2, monotonic, realtime};
@@ -50,22 +50,19 @@ Anchor takeAnchor(ClockKind kind) {
     return best;
 }
 
-Anchor takeSecondAnchor(ClockKind kind, Anchor const& first) {
+Anchor takeSecondAnchor(ClockKind kind, const Anchor& first) {
     constexpr int most = 100'000; // where the clock stands still, nobody waits for it
     Anchor second = takeAnchor(kind);
-    for (int i = 0; i < most && second.monotonicNs - first.monotonicNs < 100'000; ++i) {
+    for (int i = 0; i < most && second.monotonicNs - first.monotonicNs < 100'000; ++i)
         second = takeAnchor(kind);
-    }
     return second;
 }
 
-U64 ticksPerSecond(Anchor const& first, Anchor const& second) {
-    U64 const ticks = second.ticks - first.ticks;
-    U64 const span = second.monotonicNs - first.monotonicNs;
-    if (ticks == 0 || span == 0) {
-        return 1'000'000'000U;
-    }
-    double const rate = static_cast<double>(ticks) * 1e9 / static_cast<double>(span);
+U64 ticksPerSecond(const Anchor& first, const Anchor& second) {
+    const U64 ticks = second.ticks - first.ticks;
+    const U64 span = second.monotonicNs - first.monotonicNs;
+    if (ticks == 0 || span == 0) return 1'000'000'000U;
+    const double rate = static_cast<double>(ticks) * 1e9 / static_cast<double>(span);
     return rate < 1.0 ? 1 : rate > 1e12 ? U64{1'000'000'000'000U} : static_cast<U64>(rate);
 }
 

@@ -27,9 +27,8 @@ inline U64 nanoseconds(clockid_t clock) {
 
 inline U64 ticksNow(ClockKind kind) {
 #if defined(__x86_64__) || defined(__i386__)
-    if (kind == ClockKind::timeStampCounter) [[likely]] {
+    if (kind == ClockKind::timeStampCounter) [[likely]]
         return __rdtsc();
-    }
 #endif
     return nanoseconds(CLOCK_MONOTONIC);
 }
@@ -39,9 +38,9 @@ Anchor takeAnchor(ClockKind kind);
 
 // Waits a tenth of a millisecond after `first`, then takes an anchor: a pair that already gives the
 // speed of the ticks, also if the process dies right away.
-Anchor takeSecondAnchor(ClockKind kind, Anchor const& first);
+Anchor takeSecondAnchor(ClockKind kind, const Anchor& first);
 
 // Ticks in a second as two anchors tell it, at least 1.
-U64 ticksPerSecond(Anchor const& first, Anchor const& second);
+U64 ticksPerSecond(const Anchor& first, const Anchor& second);
 
 } // namespace Ferrolog::detail

@@ -14,9 +14,9 @@ using Ferrolog::testing::TestDirectory;
 class Clock : public testing::TestWithParam<ClockKind> {};
 
 TEST_P(Clock, AnchorsOfOneMomentLieBetweenTheReadingsAroundThem) {
-    U64 const ticksBefore = ticksNow(GetParam());
-    U64 const realtimeBefore = nanoseconds(CLOCK_REALTIME);
-    Anchor const anchor = takeAnchor(GetParam());
+    const U64 ticksBefore = ticksNow(GetParam());
+    const U64 realtimeBefore = nanoseconds(CLOCK_REALTIME);
+    const Anchor anchor = takeAnchor(GetParam());
     EXPECT_GE(anchor.ticks, ticksBefore);
     EXPECT_LE(anchor.ticks, ticksNow(GetParam()));
     EXPECT_GE(anchor.realtimeNs, realtimeBefore);
@@ -25,8 +25,8 @@ TEST_P(Clock, AnchorsOfOneMomentLieBetweenTheReadingsAroundThem) {
 }
 
 TEST_P(Clock, SecondAnchorIsAtLeastATenthOfAMillisecondLater) {
-    Anchor const first = takeAnchor(GetParam());
-    Anchor const second = takeSecondAnchor(GetParam(), first);
+    const Anchor first = takeAnchor(GetParam());
+    const Anchor second = takeSecondAnchor(GetParam(), first);
     EXPECT_GE(second.monotonicNs - first.monotonicNs, 100'000U);
     EXPECT_GT(second.ticks, first.ticks);
 }
@@ -50,9 +50,9 @@ TEST(ClockChoice, TheEnvironmentMayAskForTheMonotonicClock) {
 
 // A copy of this program that belongs to another user runs this test, too.
 TEST(ClockChoice, ASetUserIdProgramIgnoresTheEnvironment) {
-    ClockKind const best = chooseClock();
+    const ClockKind best = chooseClock();
     if (std::getenv("FERROLOG_CLOCK") != nullptr) {
-        bool const isSetUserId = ::getauxval(AT_SECURE) != 0;
+        const bool isSetUserId = ::getauxval(AT_SECURE) != 0;
         ::_exit(isSetUserId && best == ClockKind::timeStampCounter ? 0 : 1);
     }
     if (::geteuid() != 0) {
@@ -72,7 +72,7 @@ TEST(ClockChoice, ASetUserIdProgramIgnoresTheEnvironment) {
     std::filesystem::copy_file("/proc/self/exe", file.path);
     ASSERT_EQ(::chown(file.path.c_str(), 12345, 12345), 0);
     ASSERT_EQ(::chmod(file.path.c_str(), 04755), 0);
-    std::string const command = "FERROLOG_CLOCK=monotonic " + file.path +
+    const std::string command = "FERROLOG_CLOCK=monotonic " + file.path +
                                 " --gtest_filter=ClockChoice.ASetUserId* >/dev/null";
     EXPECT_EQ(std::system(command.c_str()), 0);
 }

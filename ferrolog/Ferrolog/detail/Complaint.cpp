@@ -17,17 +17,17 @@ class Line {
 public:
     constexpr Line() = default;
 
-    void add(Piece const& piece) {
+    void add(const Piece& piece) {
         if (!piece.isNumber()) {
             addHarmless(piece.text());
             return;
         }
         char digits[10];
-        char const* const end = std::to_chars(digits, digits + sizeof digits, piece.number()).ptr;
+        const char* const end = std::to_chars(digits, digits + sizeof digits, piece.number()).ptr;
         addHarmless({digits, static_cast<std::size_t>(end - digits)});
     }
 
-    char const* text() const { return text_.data(); }
+    const char* text() const { return text_.data(); }
 
     void print() {
         text_[length_] = '\n'; // in place of the end mark
@@ -41,8 +41,8 @@ public:
 private:
     void addHarmless(std::string_view text) {
         constexpr char digits[] = "0123456789abcdef";
-        for (char const c : text) {
-            auto const byte = static_cast<U8>(c);
+        for (const char c : text) {
+            const auto byte = static_cast<U8>(c);
             if (byte >= 0x20 && byte != 0x7F) {
                 add(c);
             } else {
@@ -70,11 +70,10 @@ constinit std::array<Line, 2> kept{};
 constinit std::atomic<U32> newest = 0;
 constinit std::atomic_flag keeping{};
 
-void keep(Line const& line) {
-    if (keeping.test_and_set()) {
+void keep(const Line& line) {
+    if (keeping.test_and_set())
         return; // the complaint that we interrupted, or that another thread has at this moment
-    }
-    U32 const next = 1 - newest;
+    const U32 next = 1 - newest;
     kept[next] = line;
     newest = next;
     keeping.clear();
@@ -83,23 +82,21 @@ void keep(Line const& line) {
 } // namespace
 
 void complain(std::initializer_list<Piece> pieces) {
-    int const savedErrno = errno;
+    const int savedErrno = errno;
     Line line;
     line.add("Ferrolog: ");
-    for (Piece const& piece : pieces) {
-        line.add(piece);
-    }
+    for (const Piece& piece : pieces) line.add(piece);
     keep(line);
     line.print();
     errno = savedErrno;
 }
 
-char const* lastComplaint() { return kept[newest].text(); }
+const char* lastComplaint() { return kept[newest].text(); }
 
 void forgetComplainers() { keeping.clear(); }
 
-char const* textOfError(int error) {
-    char const* const text = ::strerrordesc_np(error);
+const char* textOfError(int error) {
+    const char* const text = ::strerrordesc_np(error);
     return text == nullptr ? "unknown error" : text;
 }
 

@@ -14,7 +14,7 @@ namespace Ferrolog::detail {
 // A text or a number.
 class Piece {
 public:
-    Piece(char const* text) : text_(text == nullptr ? "" : text) {}
+    Piece(const char* text) : text_(text == nullptr ? "" : text) {}
 
     Piece(std::string_view text) : text_(text) {}
 
@@ -39,12 +39,12 @@ void complain(std::initializer_list<Piece> pieces);
 
 // The last line, without its newline; "" at first. It stays for one more complaint. Of two at the
 // same moment it may be either.
-char const* lastComplaint();
+const char* lastComplaint();
 
 // In a forked child: a thread that was just keeping a line exists no more.
 void forgetComplainers();
 
 // What strerror says in English. A name of its own for it: strerror allocates, and asks the locale.
-char const* textOfError(int error);
+const char* textOfError(int error);
 
 } // namespace Ferrolog::detail

@@ -24,8 +24,8 @@ TEST(Complaint, IsOneLineThatTheCallerCanReadToo) {
 }
 
 TEST(Complaint, IsCutAt511Bytes) {
-    std::string const longText(1000, 'x');
-    std::string const printed = complaintsOf([&] { complain({std::string_view(longText)}); });
+    const std::string longText(1000, 'x');
+    const std::string printed = complaintsOf([&] { complain({std::string_view(longText)}); });
     EXPECT_EQ(printed, "Ferrolog: " + std::string(501, 'x') + "\n");
     EXPECT_EQ(lastComplaint(), "Ferrolog: " + std::string(501, 'x'));
 }
@@ -40,7 +40,7 @@ TEST(Complaint, IsOneLineWhateverTheNames) {
 TEST(Complaint, TheLineStaysForOneMore) {
     complaintsOf([] {
         complain({"first"});
-        char const* const first = lastComplaint();
+        const char* const first = lastComplaint();
         complain({"second"});
         EXPECT_STREQ(first, "Ferrolog: first");
         EXPECT_STREQ(lastComplaint(), "Ferrolog: second");

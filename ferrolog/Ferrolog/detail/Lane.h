@@ -20,25 +20,19 @@ class Recorder;
 inline U32* wordsOf(ChunkHeader& chunk) { return reinterpret_cast<U32*>(&chunk + 1); }
 
 // The argument words. Hardly a message has more than two.
-inline void writeArguments(U32* to, U32 const* arguments, U32 count) {
-    if (count == 0) {
-        return;
-    }
+inline void writeArguments(U32* to, const U32* arguments, U32 count) {
+    if (count == 0) return;
     store(to[0], arguments[0]);
-    if (count == 1) {
-        return;
-    }
+    if (count == 1) return;
     store(to[1], arguments[1]);
-    for (U32 i = 2; i < count; ++i) {
-        store(to[i], arguments[i]);
-    }
+    for (U32 i = 2; i < count; ++i) store(to[i], arguments[i]);
 }
 
 // The stores of one message in their order. `nextOrdinal` counts the message and says its ordinal:
 // counted before it is committed, so that one that a kill cuts off counts as begun and lost, never
 // as present and uncounted.
 template <class NextOrdinal>
-inline void writeMessage(U32* to, U32 tag, U64 age, U32 const* arguments, NextOrdinal nextOrdinal) {
+inline void writeMessage(U32* to, U32 tag, U64 age, const U32* arguments, NextOrdinal nextOrdinal) {
     store(to[0], tag + statePending); // the tag's own bits of the state are 0
     store(to[1], static_cast<U32>(age));
     store(to[2], nextOrdinal());
@@ -49,8 +43,8 @@ inline void writeMessage(U32* to, U32 tag, U64 age, U32 const* arguments, NextOr
 struct Lane {
     static constexpr U32 notReady = ~U32{0};
 
-    // What tickets of the opening that the rest belongs to have in their upper half; notReady while that changes. One of
-    // the two, by the lane's clock.
+    // What tickets of the opening that the rest belongs to have in their upper half; notReady while
+    // that changes. One of the two, by the lane's clock.
     U32 tickets = notReady;          // of the time stamp counter
     U32 monotonicTickets = notReady; // of CLOCK_MONOTONIC
     ChunkHeader* chunk = nullptr;
@@ -72,17 +66,15 @@ struct Lane {
 
     // Appends unless the chunk is full or the horizon reached: then false, and nothing is counted.
     // `now` is of the lane's clock.
-    bool tryAppend(U32 tag, U32 const* arguments, U64 now) {
-        U64 const age = now - baseTicks;
-        if (age >= horizonTicks) [[unlikely]] {
+    bool tryAppend(U32 tag, const U32* arguments, U64 now) {
+        const U64 age = now - baseTicks;
+        if (age >= horizonTicks) [[unlikely]]
             return false;
-        }
         ChunkHeader& to = *chunk;
-        U32 const need = messageHeadWords + tagWords(tag);
-        std::size_t const at = addAsOnlyWriter(to.usedWords, need);
-        if (at + need > chunkWords) [[unlikely]] {
+        const U32 need = messageHeadWords + tagWords(tag);
+        const std::size_t at = addAsOnlyWriter(to.usedWords, need);
+        if (at + need > chunkWords) [[unlikely]]
             return false;
-        }
         U64& counter = counterOf(tag);
         writeMessage(wordsOf(to) + at, tag, age, arguments,
                      [&] { return countAsOnlyWriter(counter); });

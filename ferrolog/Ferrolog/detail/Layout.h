@@ -142,16 +142,12 @@ constexpr U32 tagState(U32 word0) { return word0 & 3; }
 // FNV-1a, 32 bits: finds a damaged byte, keeps nobody out.
 class Check {
 public:
-    constexpr void add(char const* bytes, std::size_t count) {
-        for (std::size_t i = 0; i < count; ++i) {
-            addByte(static_cast<U8>(bytes[i]));
-        }
+    constexpr void add(const char* bytes, std::size_t count) {
+        for (std::size_t i = 0; i < count; ++i) addByte(static_cast<U8>(bytes[i]));
     }
 
     constexpr void add(U32 word) {
-        for (unsigned shift = 0; shift < 32; shift += 8) {
-            addByte(static_cast<U8>(word >> shift));
-        }
+        for (unsigned shift = 0; shift < 32; shift += 8) addByte(static_cast<U8>(word >> shift));
     }
 
     constexpr U32 value() const { return value_; }
@@ -162,7 +158,7 @@ private:
     U32 value_ = 2166136261U;
 };
 
-constexpr U32 headerCheck(FileHeader const& header) {
+constexpr U32 headerCheck(const FileHeader& header) {
     Check check;
     check.add(fileMagic.data(), fileMagic.size());
     check.add(header.byteOrder);

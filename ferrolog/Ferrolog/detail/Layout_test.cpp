@@ -7,7 +7,7 @@ namespace {
 using namespace Ferrolog::detail;
 
 TEST(Layout, OfTheSmallestRing) {
-    Layout const l = layoutOf(minRingBytes);
+    const Layout l = layoutOf(minRingBytes);
     EXPECT_EQ(l.chunkBytes, 256U);
     EXPECT_EQ(l.chunks, 64U);
     EXPECT_EQ(l.lanes, 16U);
@@ -22,7 +22,7 @@ TEST(Layout, OfTheSmallestRing) {
 }
 
 TEST(Layout, OfTheDefaultRing) {
-    Layout const l = layoutOf(defaultRingBytes);
+    const Layout l = layoutOf(defaultRingBytes);
     EXPECT_EQ(l.chunkBytes, 4096U);
     EXPECT_EQ(l.chunks, 256U);
     EXPECT_EQ(l.lanes, 32U);
@@ -34,7 +34,7 @@ TEST(Layout, OfTheDefaultRing) {
 TEST(Layout, PartsFollowOneAnotherAndKeepTheirAlignment) {
     for (U32 ring = minRingBytes; ring <= maxRingBytes; ring *= 2) {
         SCOPED_TRACE(ring);
-        Layout const l = layoutOf(ring);
+        const Layout l = layoutOf(ring);
         EXPECT_EQ(l.chunks * l.chunkBytes, ring);
         EXPECT_LE(2 * l.lanes, l.chunks);
         EXPECT_LE(l.siteCapacity, 1024U); // ids have ten bits
@@ -62,7 +62,7 @@ TEST(Layout, RingSizesArePowersOfTwoInRange) {
 }
 
 TEST(Layout, TagKeepsSiteWordsAndState) {
-    U32 const tag = messageTag(1023, 15);
+    const U32 tag = messageTag(1023, 15);
     EXPECT_EQ(tag, 0xFFFCU);
     EXPECT_EQ(tagSite(0xABCD0000 | tag | stateCommitted), 1023U);
     EXPECT_EQ(tagWords(0xABCD0000 | tag | stateCommitted), 15U);

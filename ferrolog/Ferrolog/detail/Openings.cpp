@@ -37,27 +37,19 @@ constinit std::atomic<Opening*> all = nullptr; // a list
 
 template <class Call>
 void forEach(Call call) {
-    for (Opening* opening = all; opening != nullptr; opening = opening->next) {
-        call(*opening);
-    }
+    for (Opening* opening = all; opening != nullptr; opening = opening->next) call(*opening);
 }
 
 // Null: there is no memory.
 Opening* freeOpening() {
     Opening* found = nullptr;
     forEach([&](Opening& opening) {
-        if (opening.stage == Stage::free) {
-            found = &opening;
-        }
+        if (opening.stage == Stage::free) found = &opening;
     });
-    if (found != nullptr) {
-        return found;
-    }
+    if (found != nullptr) return found;
     void* const memory = ::mmap(nullptr, sizeof(Opening), PROT_READ | PROT_WRITE,
                                 MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (memory == MAP_FAILED) {
-        return nullptr;
-    }
+    if (memory == MAP_FAILED) return nullptr;
     auto* const made = new (memory) Opening;
     made->next = all;
     all = made;
@@ -76,9 +68,7 @@ void unmapWhatIsDeserted() {
 
 void findWhatIsDeserted() {
     forEach([](Opening& opening) {
-        if (opening.stage == Stage::closed && opening.isDeserted()) {
-            opening.stage = Stage::deserted;
-        }
+        if (opening.stage == Stage::closed && opening.isDeserted()) opening.stage = Stage::deserted;
     });
 }
 
@@ -86,14 +76,10 @@ void findWhatIsDeserted() {
 Opening* enter() {
     for (;;) {
         Opening* const opening = present;
-        if (opening == nullptr) {
-            return nullptr;
-        }
+        if (opening == nullptr) return nullptr;
         // Announce first, then look again: what is still present now is not deserted.
         ++opening->visitors;
-        if (present == opening) {
-            return opening;
-        }
+        if (present == opening) return opening;
         --opening->visitors;
     }
 }
@@ -102,20 +88,19 @@ Opening* enter() {
 
 Visit::Visit() {
     ++visitsOfThread;
-    // NOLINTNEXTLINE(cppcoreguidelines-prefer-member-initializer): the visit is counted before it begins
+    // NOLINTNEXTLINE(cppcoreguidelines-prefer-member-initializer): the visit is counted before it
+    // begins
     opening_ = enter();
 }
 
 Visit::~Visit() {
-    if (opening_ != nullptr) {
-        --opening_->visitors;
-    }
+    if (opening_ != nullptr) --opening_->visitors;
     --visitsOfThread;
 }
 
 Recorder& Visit::recorder() const { return *opening_->recorder; }
 
-int beginOpening(char const* path, U32 ringBytes, U32 epoch) {
+int beginOpening(const char* path, U32 ringBytes, U32 epoch) {
     unmapWhatIsDeserted();
     Opening* const opening = freeOpening();
     if (opening == nullptr) {
@@ -123,9 +108,7 @@ int beginOpening(char const* path, U32 ringBytes, U32 epoch) {
         return ENOMEM;
     }
     TraceFile file;
-    if (int const error = file.open(path, ringBytes); error != 0) {
-        return error;
-    }
+    if (const int error = file.open(path, ringBytes); error != 0) return error;
     opening->recorder.emplace(file, epoch);
     opening->stage = Stage::open;
     present = opening;
@@ -134,9 +117,7 @@ int beginOpening(char const* path, U32 ringBytes, U32 epoch) {
 
 void endOpening() {
     Opening* const opening = present.exchange(nullptr);
-    if (opening == nullptr) {
-        return;
-    }
+    if (opening == nullptr) return;
     opening->recorder->close();
     opening->stage = Stage::closed;
     findWhatIsDeserted();
@@ -144,13 +125,10 @@ void endOpening() {
 
 void forgetParent() {
     if (visitsOfThread ==
-        0) { // else we forked in a handler, and whom we interrupted counts itself out
+        0) // else we forked in a handler, and whom we interrupted counts itself out
         forEach([](Opening& opening) { opening.visitors = 0; });
-    }
     forEach([](Opening& opening) {
-        if (opening.stage != Stage::free) {
-            opening.recorder->forgetParent();
-        }
+        if (opening.stage != Stage::free) opening.recorder->forgetParent();
     });
 }
 

@@ -3,10 +3,10 @@
 //
 // Owns:      recorders and their mappings, and the memory that they stand in, which stays.
 // Mappings:  an append leaves no mark, so what stands in place of a closed file (TraceFile::close)
-//            goes only when no thread can be in it: nobody visits it, no living thread has a lane of it, and that was so already
-//            when another file was closed. (A handler's append gives a lane back that the
-//            interrupted thread may be using: it is through by then.) So a thread keeps one at
-//            most, and two while it moves from one to the other.
+//            goes only when no thread can be in it: nobody visits it, no living thread has a lane
+//            of it, and that was so already when another file was closed. (A handler's append gives
+//            a lane back that the interrupted thread may be using: it is through by then.) So a
+//            thread keeps one at most, and two while it moves from one to the other.
 // Signals:   a handler may visit and, with a turn, open: nothing here allocates.
 #pragma once
 
@@ -20,8 +20,8 @@ struct Opening;
 class Visit {
 public:
     Visit();
-    Visit(Visit const&) = delete;
-    Visit& operator=(Visit const&) = delete;
+    Visit(const Visit&) = delete;
+    Visit& operator=(const Visit&) = delete;
     ~Visit();
 
     explicit operator bool() const { return opening_ != nullptr; }
@@ -33,7 +33,7 @@ private:
 };
 
 // With a turn, while no file is open: as ferrolog_open says; on success visits find the file.
-int beginOpening(char const* path, U32 ringBytes, U32 epoch);
+int beginOpening(const char* path, U32 ringBytes, U32 epoch);
 
 // With a turn. Nothing happens if no file is open.
 void endOpening();

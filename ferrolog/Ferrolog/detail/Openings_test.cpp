@@ -16,13 +16,13 @@ class OpeningsTest : public testing::Test {
 protected:
     ~OpeningsTest() override { endOpening(); }
 
-    int open(char const* name = "/trace") {
+    int open(const char* name = "/trace") {
         return beginOpening((file.directory + name).c_str(), minRingBytes, ++epoch);
     }
 
     void append(Lane& lane) {
         ferrolog_site site{"T", "text", "", 1, 0};
-        Visit const visit;
+        const Visit visit;
         Recorder& recorder = visit.recorder();
         recorder.append(lane, recorder.tagOf(site), nullptr);
     }
@@ -63,7 +63,7 @@ TEST_F(OpeningsTest, TheMappingOfAClosedFileGoesWithTheNextOpening) {
 TEST_F(OpeningsTest, AVisitKeepsTheMapping) {
     ASSERT_EQ(open(), 0);
     {
-        Visit const visit;
+        const Visit visit;
         endOpening();
         ASSERT_EQ(open("/other"), 0);
         EXPECT_EQ(mappings(), 2U);
@@ -95,7 +95,7 @@ TEST_F(OpeningsTest, ALaneKeepsTheMappingForAWholeOpeningLonger) {
     ASSERT_EQ(open(), 0);
     append(lane);
     endOpening();
-    for (char const* name : {"/2", "/3", "/4"}) {
+    for (const char* name : {"/2", "/3", "/4"}) {
         ASSERT_EQ(open(name), 0);
         EXPECT_EQ(mappings(), 2U);
         endOpening();
@@ -142,13 +142,13 @@ TEST_F(OpeningsTest, WithoutMemoryItSaysSoAndCanBeRepeated) {
                   ASSERT_EQ(open(), 0); // and what earlier tests left goes
                   append(lane);
                   endOpening();
-                  rlimit const unlimited{RLIM_INFINITY, RLIM_INFINITY};
+                  const rlimit unlimited{RLIM_INFINITY, RLIM_INFINITY};
                   int failures = 0;
                   complaintsOf([&] {
                       for (rlim_t pages = 0;; ++pages) {
-                          rlimit const limit{addressSpace() + pages * 4096, RLIM_INFINITY};
+                          const rlimit limit{addressSpace() + pages * 4096, RLIM_INFINITY};
                           ASSERT_EQ(::setrlimit(RLIMIT_AS, &limit), 0);
-                          int const error = beginOpening(file.path.c_str(), minRingBytes, 2);
+                          const int error = beginOpening(file.path.c_str(), minRingBytes, 2);
                           ASSERT_EQ(::setrlimit(RLIMIT_AS, &unlimited), 0);
                           if (error == 0) {
                               break;

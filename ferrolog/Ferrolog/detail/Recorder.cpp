@@ -13,7 +13,7 @@ namespace Ferrolog::detail {
 
 namespace {
 
-std::string_view orEmpty(char const* text) { return text == nullptr ? "" : text; }
+std::string_view orEmpty(const char* text) { return text == nullptr ? "" : text; }
 
 constexpr U32 ownerTag = messageTag(ownerSiteId, ownerArgumentWords);
 constexpr U32 ownerRecordWords = messageHeadWords + ownerArgumentWords;
@@ -27,13 +27,13 @@ bool hasEnded(U32 thread) {
 
 // Says in the chunk who wrote the messages that follow.
 void writeOwner(U32* to, U64 age, U32 life, U32 thread) {
-    U32 const who[ownerArgumentWords] = {life, thread};
+    const U32 who[ownerArgumentWords] = {life, thread};
     writeMessage(to, ownerTag, age, who, [] { return 0U; });
 }
 
 } // namespace
 
-Recorder::Recorder(TraceFile const& file, U32 epoch)
+Recorder::Recorder(const TraceFile& file, U32 epoch)
     : file_(file), clock_(chooseClock()), epoch_(epoch),
       session_(addShared(file.header().sessionsBegun, 1) + 1), first_(takeAnchor(clock_)),
       ticksPerSecond_(ticksPerSecond(first_, takeSecondAnchor(clock_, first_))) {
@@ -58,10 +58,8 @@ bool Recorder::isLent() const {
 void Recorder::countAsLost(U32 messages) { addShared(file_.counters(0)[noRoomSiteId], messages); }
 
 U32 Recorder::tagOf(ferrolog_site& site) {
-    U32 const ticket = load(site.ticket);
-    if (ticket >> 16 == epoch_) {
-        return ticket & 0xFFFF;
-    }
+    const U32 ticket = load(site.ticket);
+    if (ticket >> 16 == epoch_) return ticket & 0xFFFF;
 
     SiteText text{orEmpty(site.file), orEmpty(site.format), orEmpty(site.letters), site.line};
     U32 words = wordsOf(text.letters);
@@ -73,21 +71,19 @@ U32 Recorder::tagOf(ferrolog_site& site) {
     }
     // Keeps two threads from entering one site twice. That would do no harm, so nobody waits here:
     // a signal handler that interrupted the one who enters would wait for ever.
-    bool const alone = !entering_.test_and_set();
-    U32 const id = isClosed_ ? noRoomSiteId : SiteTable(file_).enter(text);
-    if (alone) {
-        entering_.clear();
-    }
+    const bool alone = !entering_.test_and_set();
+    const U32 id = isClosed_ ? noRoomSiteId : SiteTable(file_).enter(text);
+    if (alone) entering_.clear();
     if (id == noRoomSiteId && !isClosed_ && !noRoomSaid_.exchange(true)) {
         complain({"no room for call site ", text.file, ":", site.line,
                   "; its messages are kept without their text"});
     }
-    U32 const tag = messageTag(id, words);
+    const U32 tag = messageTag(id, words);
     storeLast(site.ticket, epoch_ << 16 | tag);
     return tag;
 }
 
-void Recorder::append(Lane& lane, U32 tag, U32 const* arguments) {
+void Recorder::append(Lane& lane, U32 tag, const U32* arguments) {
     bool stored = false;
     if (!lane.busy) {
         lane.busy = true;
@@ -95,9 +91,7 @@ void Recorder::append(Lane& lane, U32 tag, U32 const* arguments) {
         std::atomic_signal_fence(std::memory_order_seq_cst);
         // A second time only if a second of preemption went by between preparing and appending.
         for (int attempt = 0; attempt < 2 && !stored; ++attempt) {
-            if (!prepare(lane, tagWords(tag))) {
-                break;
-            }
+            if (!prepare(lane, tagWords(tag))) break;
             stored = lane.tryAppend(tag, arguments, ticksNow(clock_));
         }
         std::atomic_signal_fence(std::memory_order_seq_cst);
@@ -107,69 +101,56 @@ void Recorder::append(Lane& lane, U32 tag, U32 const* arguments) {
         }
         lane.busy = false;
     }
-    if (!stored) {
-        appendShared(tag, arguments);
-    }
+    if (!stored) appendShared(tag, arguments);
 }
 
 // After it the lane has a chunk with room for a message of so many argument words, and an anchor
 // that is not too old.
 bool Recorder::prepare(Lane& lane, U32 words) {
-    if (lane.recorder != this && !borrow(lane)) {
-        return false;
-    }
+    if (lane.recorder != this && !borrow(lane)) return false;
     U64 now = ticksNow(clock_);
-    U64 const oldest = (U64{1} << ageBits) - 2 * ticksPerSecond_;
-    bool const fits = lane.chunk != nullptr && now - lane.baseTicks < oldest &&
+    const U64 oldest = (U64{1} << ageBits) - 2 * ticksPerSecond_;
+    const bool fits = lane.chunk != nullptr && now - lane.baseTicks < oldest &&
                       load(lane.chunk->usedWords) + messageHeadWords + words <= lane.chunkWords;
     if (!fits) {
-        if (!renewChunk(lane)) {
-            return false;
-        }
+        if (!renewChunk(lane)) return false;
         now = lane.baseTicks;
     }
-    if (now - anchorTicks_.load(std::memory_order_relaxed) >= ticksPerSecond_) {
-        renewAnchor(now);
-    }
+    if (now - anchorTicks_.load(std::memory_order_relaxed) >= ticksPerSecond_) renewAnchor(now);
     lane.horizonTicks = now - lane.baseTicks + ticksPerSecond_;
     return true;
 }
 
 bool Recorder::borrow(Lane& lane) {
-    U32 const number = claimLane();
-    if (number == 0) {
-        return false;
-    }
+    const U32 number = claimLane();
+    if (number == 0) return false;
     lane.recorder = this;
     lane.number = number;
     lane.thread = threadNow();
     lane.counters = file_.counters(number);
     lane.chunkWords = file_.layout().chunkWords();
     lane.chunk = nullptr;
-    U32 const attached = load(file_.header().lanes[number].chunk);
-    if (attached == 0) {
-        return true;
-    }
+    const U32 attached = load(file_.header().lanes[number].chunk);
+    if (attached == 0) return true;
 
     // The thread before us left a chunk that is not full: go on in it, under our own name.
     ChunkHeader& chunk = file_.chunk(attached - 1);
     lane.chunk = &chunk;
     lane.baseTicks = chunk.baseTicks;
-    U64 const age = ticksNow(clock_) - lane.baseTicks;
-    std::size_t const at = addAsOnlyWriter(chunk.usedWords, ownerRecordWords);
-    if (age >> ageBits == 0 && at + ownerRecordWords <= lane.chunkWords) {
+    const U64 age = ticksNow(clock_) - lane.baseTicks;
+    const std::size_t at = addAsOnlyWriter(chunk.usedWords, ownerRecordWords);
+    if (age >> ageBits == 0 && at + ownerRecordWords <= lane.chunkWords)
         writeOwner(wordsOf(chunk) + at, age, life(), lane.thread);
-    } else {
+    else
         addAsOnlyWriter(chunk.usedWords, lane.chunkWords); // full for everybody
-    }
     return true;
 }
 
 // A free lane, or one whose process or thread is gone without giving it back; 0 if there is none.
 U32 Recorder::claimLane() {
-    Layout const& layout = file_.layout();
-    U32 const mine = life();
-    U32 const thread = threadNow();
+    const Layout& layout = file_.layout();
+    const U32 mine = life();
+    const U32 thread = threadNow();
     for (U32 number = 1; number < layout.lanes; ++number) {
         if (take(file_.header().lanes[number].owner, mine)) {
             threads_[number] = thread;
@@ -180,7 +161,7 @@ U32 Recorder::claimLane() {
         if (claimFromTheDead(number, thread)) {
             // Killed perhaps in the middle of a message: nothing is added behind that.
             LaneRecord& lane = file_.header().lanes[number];
-            if (U32 const attached = load(lane.chunk); attached != 0) {
+            if (const U32 attached = load(lane.chunk); attached != 0) {
                 storeLast(lane.chunk, 0);
                 release(file_.chunk(attached - 1));
             }
@@ -192,37 +173,31 @@ U32 Recorder::claimLane() {
 
 bool Recorder::claimFromTheDead(U32 number, U32 thread) {
     LaneRecord& lane = file_.header().lanes[number];
-    U32 const mine = life();
-    U32 const owner = load(lane.owner);
+    const U32 mine = life();
+    const U32 owner = load(lane.owner);
     if (owner == mine) {
         U32 former = threads_[number];
         return former != 0 && hasEnded(former) &&
                threads_[number].compare_exchange_strong(former, thread);
     }
-    if (!isOfDeadProcess(owner) || !replace(lane.owner, owner, mine)) {
-        return false;
-    }
+    if (!isOfDeadProcess(owner) || !replace(lane.owner, owner, mine)) return false;
     threads_[number] = thread;
     return true;
 }
 
 bool Recorder::isOfDeadProcess(U32 lifeNumber) const {
-    if (lifeNumber == 0) {
-        return false;
-    }
-    LifeRecord const& record = file_.life(lifeNumber);
-    U32 const pid = record.pid;
+    if (lifeNumber == 0) return false;
+    const LifeRecord& record = file_.life(lifeNumber);
+    const U32 pid = record.pid;
     return load(record.number) == lifeNumber && pid != 0 &&
            ::kill(static_cast<pid_t>(pid), 0) != 0 && errno == ESRCH;
 }
 
 void Recorder::giveBack(Lane& lane) {
-    if (lane.recorder == nullptr) {
-        return;
-    }
+    if (lane.recorder == nullptr) return;
     // Only if it is still ours: after a close it is not.
     Recorder& lender = *lane.recorder;
-    U32 const number = lane.number;
+    const U32 number = lane.number;
     U32 thread = lane.thread;
     replace(lender.file_.header().lanes[number].owner, lender.life(), 0);
     lane = Lane{};
@@ -240,11 +215,9 @@ bool Recorder::renewChunk(Lane& lane) {
         release(old);
     }
     lane.chunk = takeChunk(lane.number, lane.thread);
-    if (lane.chunk == nullptr) {
-        return false;
-    }
+    if (lane.chunk == nullptr) return false;
     lane.baseTicks = lane.chunk->baseTicks;
-    auto const offset =
+    const auto offset =
         reinterpret_cast<char*>(lane.chunk) - reinterpret_cast<char*>(&file_.chunk(0));
     storeLast(record.chunk, static_cast<U32>(offset) / file_.layout().chunkBytes + 1);
     return true;
@@ -253,13 +226,11 @@ bool Recorder::renewChunk(Lane& lane) {
 // The oldest chunk that nobody fills. What it held is lost from here on; the counters tell how much
 // that was.
 ChunkHeader* Recorder::takeChunk(U32 lane, U32 thread) {
-    Layout const& layout = file_.layout();
+    const Layout& layout = file_.layout();
     for (U32 attempt = 0; attempt < layout.chunks && !isClosed_; ++attempt) {
-        U64 const ordinal = addShared(file_.header().nextChunk, 1);
+        const U64 ordinal = addShared(file_.header().nextChunk, 1);
         ChunkHeader& chunk = file_.chunk(static_cast<U32>(ordinal % layout.chunks));
-        if (ordinal == 0 || load(chunk.owner) != 0 || !take(chunk.owner, lane + 1)) {
-            continue;
-        }
+        if (ordinal == 0 || load(chunk.owner) != 0 || !take(chunk.owner, lane + 1)) continue;
         if (addShared(chunk.users, 0) != 0) { // somebody in lane 0 is late
             release(chunk);
             continue;
@@ -281,19 +252,15 @@ void Recorder::release(ChunkHeader& chunk) const { storeLast(chunk.owner, 0); }
 
 U32 Recorder::life() {
     U32 number = life_.load(std::memory_order_acquire);
-    if (number != 0) {
-        return number;
-    }
+    if (number != 0) return number;
     // Two threads of a forked child may come here at once: the second life stays without messages.
-    U32 const begun = beginLife();
+    const U32 begun = beginLife();
     return life_.compare_exchange_strong(number, begun) ? begun : number;
 }
 
 U32 Recorder::beginLife() {
     U32 number = addShared(file_.header().livesBegun, 1) + 1;
-    if (number == 0) {
-        number = addShared(file_.header().livesBegun, 1) + 1;
-    }
+    if (number == 0) number = addShared(file_.header().livesBegun, 1) + 1;
     LifeRecord& record = file_.life(number);
     storeLast(record.number, 0);
     std::atomic_thread_fence(std::memory_order_seq_cst);
@@ -313,13 +280,11 @@ U32 Recorder::beginLife() {
 }
 
 void Recorder::renewAnchor(U64 now) {
-    if (anchorBusy_.exchange(true)) {
-        return;
-    }
-    U32 const number = life();
+    if (anchorBusy_.exchange(true)) return;
+    const U32 number = life();
     LifeRecord& record = file_.life(number);
     if (load(record.number) == number) { // else a thousand lives have begun since ours
-        U32 const next = 1 - (record.latestIndex & 1);
+        const U32 next = 1 - (record.latestIndex & 1);
         record.latest[next] = takeAnchor(clock_);
         storeLast(record.latestIndex, next);
     }
@@ -332,50 +297,38 @@ void Recorder::forgetParent() {
     anchorBusy_ = false;
     sharedChunk_ = nullptr;
     entering_.clear();
-    for (auto& thread : threads_) {
-        thread = 0;
-    }
+    for (auto& thread : threads_) thread = 0;
 }
 
 // Lane 0: for threads beyond the number of lanes, and for signal handlers that interrupt the
 // preparing of a lane. Each message goes with an owner record, and all steps are locked ones.
-void Recorder::appendShared(U32 tag, U32 const* arguments) {
+void Recorder::appendShared(U32 tag, const U32* arguments) {
     for (int attempt = 0; attempt < 64; ++attempt) {
         ChunkHeader* const chunk = sharedChunk_;
         if (chunk != nullptr) {
             // Announce first, then look again: a chunk that is still the current one now is not
             // taken from under us.
             addShared(chunk->users, 1);
-            bool const current = sharedChunk_ == chunk;
-            bool const done = current && tryAppendShared(*chunk, tag, arguments);
+            const bool current = sharedChunk_ == chunk;
+            const bool done = current && tryAppendShared(*chunk, tag, arguments);
             addShared(chunk->users, ~U32{0});
-            if (done) {
-                return;
-            }
-            if (!current) {
-                continue;
-            }
+            if (done) return;
+            if (!current) continue;
         }
         replaceSharedChunk(chunk);
     }
     addShared(file_.counters(0)[tagSite(tag)], 1); // no chunk to be had: lost, and counted so
 }
 
-bool Recorder::tryAppendShared(ChunkHeader& chunk, U32 tag, U32 const* arguments) {
-    U64 const now = ticksNow(clock_);
-    U64 const base = chunk.baseTicks;
-    U64 const age = now > base ? now - base : 0;
-    if (age >> ageBits != 0) {
-        return false;
-    }
-    if (now - anchorTicks_.load(std::memory_order_relaxed) >= ticksPerSecond_) {
-        renewAnchor(now);
-    }
-    U32 const need = ownerRecordWords + messageHeadWords + tagWords(tag);
-    U32 const at = addShared(chunk.usedWords, need);
-    if (at + need > file_.layout().chunkWords()) {
-        return false;
-    }
+bool Recorder::tryAppendShared(ChunkHeader& chunk, U32 tag, const U32* arguments) {
+    const U64 now = ticksNow(clock_);
+    const U64 base = chunk.baseTicks;
+    const U64 age = now > base ? now - base : 0;
+    if (age >> ageBits != 0) return false;
+    if (now - anchorTicks_.load(std::memory_order_relaxed) >= ticksPerSecond_) renewAnchor(now);
+    const U32 need = ownerRecordWords + messageHeadWords + tagWords(tag);
+    const U32 at = addShared(chunk.usedWords, need);
+    if (at + need > file_.layout().chunkWords()) return false;
     U32* const to = wordsOf(chunk) + at;
     writeOwner(to, age, life(), threadNow());
     writeMessage(to + ownerRecordWords, tag, age, arguments,
@@ -385,13 +338,9 @@ bool Recorder::tryAppendShared(ChunkHeader& chunk, U32 tag, U32 const* arguments
 
 void Recorder::replaceSharedChunk(ChunkHeader* full) {
     ChunkHeader* const fresh = takeChunk(0, threadNow());
-    if (fresh == nullptr) {
-        return;
-    }
+    if (fresh == nullptr) return;
     if (sharedChunk_.compare_exchange_strong(full, fresh)) {
-        if (full != nullptr) {
-            release(*full);
-        }
+        if (full != nullptr) release(*full);
     } else {
         storeLast(fresh->ordinal, 0); // another thread was first: ours stays empty
         release(*fresh);

@@ -18,7 +18,7 @@ class Recorder {
 public:
     // `file` is open; `epoch` tells this opening from earlier ones. Begins a session and a life in
     // the file.
-    Recorder(TraceFile const& file, U32 epoch);
+    Recorder(const TraceFile& file, U32 epoch);
 
     U32 epoch() const { return epoch_; }
 
@@ -40,7 +40,7 @@ public:
 
     // Appends by way of the lane, lending one to the thread if it has none, or else by way of lane
     // 0.
-    void append(Lane& lane, U32 tag, U32 const* arguments);
+    void append(Lane& lane, U32 tag, const U32* arguments);
 
     // Gives the lane of a thread that ends to the next one, with the chunk that it was filling.
     static void giveBack(Lane& lane);
@@ -61,8 +61,8 @@ private:
     U32 life();
     U32 beginLife();
     void renewAnchor(U64 now);
-    void appendShared(U32 tag, U32 const* arguments);
-    bool tryAppendShared(ChunkHeader& chunk, U32 tag, U32 const* arguments);
+    void appendShared(U32 tag, const U32* arguments);
+    bool tryAppendShared(ChunkHeader& chunk, U32 tag, const U32* arguments);
     void replaceSharedChunk(ChunkHeader* full);
 
     TraceFile file_;

@@ -26,7 +26,7 @@ protected:
 
     void append(Lane& lane, U32 number) { recorder->append(lane, recorder->tagOf(site), &number); }
 
-    static U32 tagOfTicket(ferrolog_site const& of) { return of.ticket & 0xFFFF; }
+    static U32 tagOfTicket(const ferrolog_site& of) { return of.ticket & 0xFFFF; }
 
     TestFile file;
     TraceFile trace;
@@ -96,7 +96,7 @@ TEST_F(RecorderTest, WithoutAFreeLaneMessagesGoThroughLaneZero) {
     EXPECT_EQ(lanes[14].number, 15U);
     EXPECT_EQ(lanes[15].recorder, nullptr);
     EXPECT_EQ(lanes[16].recorder, nullptr);
-    Reader const reader(file.path);
+    const Reader reader(file.path);
     EXPECT_EQ(reader.messages().size(), 17U);
     EXPECT_EQ(trace.counters(0)[2], 2U);
     EXPECT_EQ(trace.chunk(16).usedWords, 5U + 2 * (5 + 4)); // an owner record before each message
@@ -113,13 +113,13 @@ TEST_F(RecorderTest, LaneZeroTakesNewChunksToo) {
     for (U32 i = 0; i < 1000; ++i) {
         append(none, i);
     }
-    Reader const reader(file.path);
+    const Reader reader(file.path);
     // Five to a chunk, 49 chunks beside those of the fifteen lanes; the newest of the 1000 are
     // there, in order.
-    auto const all = texts(reader);
+    const auto all = texts(reader);
     EXPECT_EQ(reader.messages().size() + reader.lost(), 1015U);
     EXPECT_EQ(siteOf(reader, "%i").lost, reader.lost());
-    std::size_t const kept = all.size() - 15;
+    const std::size_t kept = all.size() - 15;
     for (std::size_t i = 0; i < kept; ++i) {
         EXPECT_EQ(all[15 + i], std::to_string(1000 - kept + i));
     }
@@ -152,7 +152,7 @@ TEST_F(RecorderTest, AMessageThatFindsNoChunkIsLostAndCounted) {
     Lane lane;
     append(lane, 0);
     append(lane, 1);
-    Reader const reader(file.path);
+    const Reader reader(file.path);
     EXPECT_EQ(reader.messages().size(), 0U);
     EXPECT_EQ(reader.lost(), 2U);
     for (U32 slot = 0; slot < 64; ++slot) {
@@ -162,14 +162,15 @@ TEST_F(RecorderTest, AMessageThatFindsNoChunkIsLostAndCounted) {
     EXPECT_EQ(texts(Reader(file.path)), std::vector<std::string>{"2"});
 }
 
-// A thread may stand anywhere in an append while the file is closed, and go on when others write into it.
+// A thread may stand anywhere in an append while the file is closed, and go on when others write
+// into it.
 TEST_F(RecorderTest, AThreadThatIsLateLeavesAClosedFileAlone) {
     Lane late;
     append(late, 0);
     recorder->close();
-    std::vector<std::byte> const closed = contents(file.path);
+    const std::vector<std::byte> closed = contents(file.path);
 
-    std::array<U32, maxArgumentWords> const words{1};
+    const std::array<U32, maxArgumentWords> words{1};
     EXPECT_TRUE(late.tryAppend(tagOfTicket(site), words.data(), ticksNow(chooseClock())));
     EXPECT_EQ(contents(file.path), closed) << "past the look at its ticket";
     for (U32 i = 0; i < 30; ++i) {
@@ -196,13 +197,13 @@ TEST_F(RecorderTest, AThreadThatIsLateHarmsNoLaterMessage) {
     ASSERT_EQ(again.open(file.path.c_str(), minRingBytes), 0);
     Recorder next(again, 8);
     Lane lane;
-    U32 const tag = next.tagOf(site);
+    const U32 tag = next.tagOf(site);
     for (U32 i = 1; i < 1000; ++i) {
-        std::array<U32, maxArgumentWords> const words{i};
+        const std::array<U32, maxArgumentWords> words{i};
         next.append(lane, tag, words.data());
         late.tryAppend(tag, words.data(), ticksNow(chooseClock()));
     }
-    Reader const reader(file.path);
+    const Reader reader(file.path);
     EXPECT_EQ(reader.messages().size() + reader.lost(), 1000U);
     EXPECT_EQ(texts(reader).back(), "999");
     EXPECT_EQ(reader.unfinished(), 0U);
@@ -212,7 +213,7 @@ TEST_F(RecorderTest, AThreadThatIsLateHarmsNoLaterMessage) {
 }
 
 TEST_F(RecorderTest, LanesOfDeadProcessesAreLentAgain) {
-    pid_t const child = ::fork();
+    const pid_t child = ::fork();
     if (child == 0) {
         ::_exit(0);
     }
@@ -246,7 +247,7 @@ TEST_F(RecorderTest, AHostileNextChunkHarmsNobody) {
 TEST_F(RecorderTest, AnOldAnchorIsRenewedBesideTheOneThatHolds) {
     Lane lane;
     append(lane, 0);
-    LifeRecord const before = trace.life(1);
+    const LifeRecord before = trace.life(1);
     lane.horizonTicks = 0; // as if a second had passed
     append(lane, 1);
     // Not yet a second since the anchor: only the lane looked again.
@@ -254,7 +255,7 @@ TEST_F(RecorderTest, AnOldAnchorIsRenewedBesideTheOneThatHolds) {
     recorder->close();
     TraceFile again;
     ASSERT_EQ(again.open(file.path.c_str(), minRingBytes), 0);
-    LifeRecord const after = again.life(1);
+    const LifeRecord after = again.life(1);
     again.close();
     again.unmap();
     EXPECT_EQ(after.latestIndex, 1 - before.latestIndex);
@@ -264,7 +265,7 @@ TEST_F(RecorderTest, AnOldAnchorIsRenewedBesideTheOneThatHolds) {
 
 TEST_F(RecorderTest, UnknownLettersAreSaidOnceAndTheMessageKept) {
     ferrolog_site wrong{"File", "a %z", "z", 12, 0};
-    U32 const word = 5;
+    const U32 word = 5;
     Lane lane;
     EXPECT_EQ(
         complaintsOf([&] {

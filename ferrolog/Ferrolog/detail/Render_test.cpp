@@ -49,7 +49,7 @@ TEST(Harmless, LeavesWhatIsReadableAsItIs) {
     EXPECT_EQ(harmless(""), "");
     EXPECT_EQ(harmless(" ~aZ0%"), " ~aZ0%");
     // Two, three and four bytes; the first and the last of each length.
-    for (char const* const text : {"\xC2\xA0", "\xC3\xA4", "\xDF\xBF", "\xE0\xA0\x80",
+    for (const char* const text : {"\xC2\xA0", "\xC3\xA4", "\xDF\xBF", "\xE0\xA0\x80",
                                    "\xE2\x82\xAC", "\xED\x9F\xBF", "\xEE\x80\x80", "\xEF\xBF\xBF",
                                    "\xF0\x90\x80\x80", "\xF0\x9F\x99\x82", "\xF4\x8F\xBF\xBF"}) {
         EXPECT_EQ(harmless(text), text);
@@ -65,7 +65,7 @@ TEST(Harmless, NothingCommandsATerminal) {
 
 TEST(Harmless, NothingChangesTheOrderOrBeginsALine) {
     std::string last;
-    for (char const* const text :
+    for (const char* const text :
          {"\xD8\x9C", "\xE2\x80\x8E", "\xE2\x80\x8F", "\xE2\x80\xA8", "\xE2\x80\xA9",
           "\xE2\x80\xAA", "\xE2\x80\xAE", "\xE2\x81\xA6", "\xE2\x81\xA9"}) {
         last = harmless(text);
@@ -73,7 +73,7 @@ TEST(Harmless, NothingChangesTheOrderOrBeginsALine) {
     }
     EXPECT_EQ(last, "\\xe2\\x81\\xa9");
     // Their neighbours are no such characters.
-    for (char const* const text :
+    for (const char* const text :
          {"\xD8\x9B", "\xD8\x9D", "\xE2\x80\x8D", "\xE2\x80\x90", "\xE2\x80\xA7", "\xE2\x80\xAF",
           "\xE2\x81\xA5", "\xE2\x81\xAA"}) {
         EXPECT_EQ(harmless(text), text);

@@ -7,7 +7,7 @@
 
 namespace Ferrolog::detail {
 
-U32 siteCheck(SiteText const& site) {
+U32 siteCheck(const SiteText& site) {
     Check check;
     check.add(site.file.data(), site.file.size());
     check.add(site.format.data(), site.format.size());
@@ -17,57 +17,48 @@ U32 siteCheck(SiteText const& site) {
     return check.value();
 }
 
-U32 SiteTable::find(SiteText const& site, U32 check) const {
-    Layout const& layout = file_.layout();
-    U32 const used = std::min(load(file_.header().sitesUsed), layout.siteCapacity);
+U32 SiteTable::find(const SiteText& site, U32 check) const {
+    const Layout& layout = file_.layout();
+    const U32 used = std::min(load(file_.header().sitesUsed), layout.siteCapacity);
     for (U32 id = noRoomSiteId; id < used; ++id) {
-        SiteRecord const& record = file_.site(id);
+        const SiteRecord& record = file_.site(id);
         if (load(record.valid) != 1 || record.check != check || record.line != site.line ||
             record.fileBytes != site.file.size() || record.formatBytes != site.format.size() ||
-            record.letterBytes != site.letters.size()) {
+            record.letterBytes != site.letters.size())
             continue;
-        }
         // An earlier life wrote the record: it may point anywhere.
-        U64 const bytes = U64{record.fileBytes} + record.formatBytes + record.letterBytes;
-        if (record.words != wordsOf(site.letters) || record.textOffset + bytes > layout.textBytes) {
+        const U64 bytes = U64{record.fileBytes} + record.formatBytes + record.letterBytes;
+        if (record.words != wordsOf(site.letters) || record.textOffset + bytes > layout.textBytes)
             continue;
-        }
-        char const* text = file_.text() + record.textOffset;
-        auto const matches = [&text](std::string_view expected) {
-            bool const same = std::memcmp(text, expected.data(), expected.size()) == 0;
+        const char* text = file_.text() + record.textOffset;
+        const auto matches = [&text](std::string_view expected) {
+            const bool same = std::memcmp(text, expected.data(), expected.size()) == 0;
             text += expected.size();
             return same;
         };
-        if (matches(site.file) && matches(site.format) && matches(site.letters)) {
-            return id;
-        }
+        if (matches(site.file) && matches(site.format) && matches(site.letters)) return id;
     }
     return ownerSiteId;
 }
 
-U32 SiteTable::enter(SiteText const& site) const {
-    U32 const check = siteCheck(site);
-    if (U32 const id = find(site, check); id != ownerSiteId) {
-        return id;
-    }
+U32 SiteTable::enter(const SiteText& site) const {
+    const U32 check = siteCheck(site);
+    if (const U32 id = find(site, check); id != ownerSiteId) return id;
 
-    Layout const& layout = file_.layout();
+    const Layout& layout = file_.layout();
     FileHeader& header = file_.header();
-    std::size_t const bytes = site.file.size() + site.format.size() + site.letters.size();
+    const std::size_t bytes = site.file.size() + site.format.size() + site.letters.size();
     // Looked at before anything is taken, so that a table that is full stays as it is.
     if (load(header.sitesUsed) >= layout.siteCapacity ||
         bytes > std::min(layout.textBytes, 0xFFFFU) ||
-        load(header.textUsed) > layout.textBytes - bytes) {
+        load(header.textUsed) > layout.textBytes - bytes)
         return noRoomSiteId;
-    }
-    U32 const id = addShared(header.sitesUsed, 1);
-    U32 const offset = addShared(header.textUsed, static_cast<U32>(bytes));
-    if (id >= layout.siteCapacity || offset > layout.textBytes - bytes) {
-        return noRoomSiteId;
-    }
+    const U32 id = addShared(header.sitesUsed, 1);
+    const U32 offset = addShared(header.textUsed, static_cast<U32>(bytes));
+    if (id >= layout.siteCapacity || offset > layout.textBytes - bytes) return noRoomSiteId;
 
     char* text = file_.text() + offset;
-    for (std::string_view const part : {site.file, site.format, site.letters}) {
+    for (const std::string_view part : {site.file, site.format, site.letters}) {
         std::memcpy(text, part.data(), part.size());
         text += part.size();
     }

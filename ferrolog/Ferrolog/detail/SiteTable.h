@@ -26,7 +26,7 @@ struct SiteText {
 // many.
 constexpr U32 wordsOf(std::string_view letters) {
     U32 words = 0;
-    for (char const letter : letters) {
+    for (const char letter : letters) {
         switch (letter) {
         case 'i':
         case 'u':
@@ -38,28 +38,26 @@ constexpr U32 wordsOf(std::string_view letters) {
         case 'X': words += 2; break;
         default: return maxArgumentWords + 1;
         }
-        if (words > maxArgumentWords) {
-            break;
-        }
+        if (words > maxArgumentWords) break;
     }
     return words;
 }
 
 class SiteTable {
 public:
-    explicit SiteTable(TraceFile const& file) : file_(file) {}
+    explicit SiteTable(const TraceFile& file) : file_(file) {}
 
     // The id of the site, entered if it is new; noRoomSiteId if it does not fit. O(sites).
     // Precondition: wordsOf(site.letters) <= maxArgumentWords.
-    U32 enter(SiteText const& site) const;
+    U32 enter(const SiteText& site) const;
 
 private:
-    U32 find(SiteText const& site, U32 check) const;
+    U32 find(const SiteText& site, U32 check) const;
 
-    TraceFile const& file_;
+    const TraceFile& file_;
 };
 
 // The check that a record of this site carries.
-U32 siteCheck(SiteText const& site);
+U32 siteCheck(const SiteText& site);
 
 } // namespace Ferrolog::detail

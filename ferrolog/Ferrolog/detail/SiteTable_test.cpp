@@ -25,7 +25,7 @@ protected:
 };
 
 TEST_F(SiteTableTest, AFileBeginsWithTheSiteForThoseWithoutRoom) {
-    SiteRecord const& record = trace.site(noRoomSiteId);
+    const SiteRecord& record = trace.site(noRoomSiteId);
     EXPECT_EQ(record.valid, 1U);
     EXPECT_EQ(std::string(trace.text(), 8 + 43),
               "Ferrologcall site without room for its text, words:");
@@ -34,8 +34,8 @@ TEST_F(SiteTableTest, AFileBeginsWithTheSiteForThoseWithoutRoom) {
 }
 
 TEST_F(SiteTableTest, EqualContentGivesTheSameId) {
-    SiteTable const table(trace);
-    U32 const id = table.enter({"F", "a %i", "i", 10});
+    const SiteTable table(trace);
+    const U32 id = table.enter({"F", "a %i", "i", 10});
     EXPECT_EQ(id, 2U);
     EXPECT_EQ(table.enter({"F", "a %i", "i", 10}), id);
     EXPECT_EQ(table.enter({"G", "a %i", "i", 10}), 3U);
@@ -46,8 +46,8 @@ TEST_F(SiteTableTest, EqualContentGivesTheSameId) {
 }
 
 TEST_F(SiteTableTest, ARecordHoldsTheTextsOneAfterAnother) {
-    U32 const id = SiteTable(trace).enter({"File", "text %I", "I", 99});
-    SiteRecord const& record = trace.site(id);
+    const U32 id = SiteTable(trace).enter({"File", "text %I", "I", 99});
+    const SiteRecord& record = trace.site(id);
     EXPECT_EQ(record.line, 99U);
     EXPECT_EQ(record.words, 2U);
     EXPECT_EQ(std::string(trace.text() + record.textOffset, 12), "Filetext %II");
@@ -55,7 +55,7 @@ TEST_F(SiteTableTest, ARecordHoldsTheTextsOneAfterAnother) {
 }
 
 TEST_F(SiteTableTest, AFullTableStaysAsItIs) {
-    SiteTable const table(trace);
+    const SiteTable table(trace);
     for (U32 line = 2; line < 64; ++line) {
         EXPECT_EQ(table.enter({"F", "a", "", line}), line);
     }
@@ -66,8 +66,8 @@ TEST_F(SiteTableTest, AFullTableStaysAsItIs) {
 }
 
 TEST_F(SiteTableTest, ATextThatDoesNotFitTakesNoRoom) {
-    SiteTable const table(trace);
-    std::string const text(8192 - 51, 'x');
+    const SiteTable table(trace);
+    const std::string text(8192 - 51, 'x');
     EXPECT_EQ(table.enter({"", text + "x", "", 1}), noRoomSiteId);
     EXPECT_EQ(table.enter({"", text, "", 1}), 2U);
     EXPECT_EQ(table.enter({"", "y", "", 1}), noRoomSiteId);
@@ -75,8 +75,8 @@ TEST_F(SiteTableTest, ATextThatDoesNotFitTakesNoRoom) {
 }
 
 TEST_F(SiteTableTest, RecordsThatPointAnywhereAreNotFollowed) {
-    SiteTable const table(trace);
-    U32 const id = table.enter({"F", "a", "", 1});
+    const SiteTable table(trace);
+    const U32 id = table.enter({"F", "a", "", 1});
     trace.site(id).textOffset = 0xFFFFFFF0;
     EXPECT_EQ(table.enter({"F", "a", "", 1}), id + 1);
     trace.header().textUsed = ~U32{0};

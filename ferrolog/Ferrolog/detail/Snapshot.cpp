@@ -16,14 +16,10 @@ std::vector<std::byte> readWhole(int descriptor, std::size_t count) {
     std::vector<std::byte> bytes(count);
     std::size_t done = 0;
     while (done < count) {
-        ssize_t const got =
+        const ssize_t got =
             ::pread(descriptor, bytes.data() + done, count - done, static_cast<off_t>(done));
-        if (got < 0 && errno == EINTR) {
-            continue;
-        }
-        if (got <= 0) {
-            break;
-        }
+        if (got < 0 && errno == EINTR) continue;
+        if (got <= 0) break;
         done += static_cast<std::size_t>(got);
     }
     bytes.resize(done);
@@ -32,9 +28,9 @@ std::vector<std::byte> readWhole(int descriptor, std::size_t count) {
 
 } // namespace
 
-Snapshot Snapshot::ofFile(std::string const& path) {
+Snapshot Snapshot::ofFile(const std::string& path) {
     Snapshot snapshot;
-    int const descriptor = openFile(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY);
+    const int descriptor = openFile(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY);
     if (descriptor < 0) {
         snapshot.error = std::strerror(errno);
         return snapshot;
@@ -49,11 +45,9 @@ Snapshot Snapshot::ofFile(std::string const& path) {
     } else {
         // No trace file is larger; one byte more tells a file that is.
         constexpr U64 most = U64{layoutOf(maxRingBytes).fileBytes} + 1;
-        auto const count =
+        const auto count =
             static_cast<std::size_t>(std::min<U64>(most, static_cast<U64>(status.st_size)));
-        for (auto& copy : snapshot.storage) {
-            copy = readWhole(descriptor, count);
-        }
+        for (auto& copy : snapshot.storage) copy = readWhole(descriptor, count);
         snapshot.first = Bytes(snapshot.storage[0]);
         snapshot.second = Bytes(snapshot.storage[1]);
         snapshot.third = Bytes(snapshot.storage[2]);

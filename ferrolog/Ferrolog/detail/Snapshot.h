@@ -28,7 +28,7 @@ public:
     T get(U64 offset) const {
         T value{};
         if (offset < bytes_.size()) {
-            auto const rest = bytes_.subspan(static_cast<std::size_t>(offset));
+            const auto rest = bytes_.subspan(static_cast<std::size_t>(offset));
             std::memcpy(&value, rest.data(), std::min(sizeof value, rest.size()));
         }
         return value;
@@ -36,11 +36,9 @@ public:
 
     // Empty if a part of it is missing.
     std::string text(U64 offset, std::size_t count) const {
-        if (offset > bytes_.size() || count > bytes_.size() - offset) {
-            return {};
-        }
-        auto const part = bytes_.subspan(static_cast<std::size_t>(offset), count);
-        return {reinterpret_cast<char const*>(part.data()), part.size()};
+        if (offset > bytes_.size() || count > bytes_.size() - offset) return {};
+        const auto part = bytes_.subspan(static_cast<std::size_t>(offset), count);
+        return {reinterpret_cast<const char*>(part.data()), part.size()};
     }
 
 private:
@@ -54,7 +52,7 @@ struct Snapshot {
     Bytes third;
     std::string error; // why there is no snapshot; "" if there is
 
-    static Snapshot ofFile(std::string const& path);
+    static Snapshot ofFile(const std::string& path);
     static Snapshot ofBytes(std::span<std::byte const> bytes);
 };
 

@@ -10,8 +10,8 @@ using namespace Ferrolog::detail;
 using namespace Ferrolog::testing;
 
 TEST(Snapshot, BytesBeyondTheEndReadAsZero) {
-    std::byte const raw[3] = {std::byte{1}, std::byte{2}, std::byte{3}};
-    Bytes const bytes{std::span(raw)};
+    const std::byte raw[3] = {std::byte{1}, std::byte{2}, std::byte{3}};
+    const Bytes bytes{std::span(raw)};
     EXPECT_EQ(bytes.get<U16>(0), 0x0201U);
     EXPECT_EQ(bytes.get<U32>(1), 0x0302U);
     EXPECT_EQ(bytes.get<U32>(3), 0U);
@@ -24,9 +24,9 @@ TEST(Snapshot, BytesBeyondTheEndReadAsZero) {
 TEST(Snapshot, CopiesAFileThreeTimes) {
     TestFile file;
     write(file.path, "abcd");
-    Snapshot const snapshot = Snapshot::ofFile(file.path);
+    const Snapshot snapshot = Snapshot::ofFile(file.path);
     EXPECT_EQ(snapshot.error, "");
-    for (Bytes const& copy : {snapshot.first, snapshot.second, snapshot.third}) {
+    for (const Bytes& copy : {snapshot.first, snapshot.second, snapshot.third}) {
         EXPECT_EQ(copy.size(), 4U);
         EXPECT_EQ(copy.get<U32>(0), 0x64636261U);
     }

@@ -13,17 +13,18 @@ public:
     // Opens or creates the file as ferrolog_open says: 0, or an errno value after a complaint. On
     // success the file is locked for this process, all lanes and chunks are free, and nobody else
     // writes into it.
-    int open(char const* path, U32 ringBytes);
+    int open(const char* path, U32 ringBytes);
 
-    // Takes the file away from whoever still writes by way of the mapping, in the middle of a message
-    // perhaps, and gives the lock back. The addresses stay valid: zeros of this process are there
-    // now, and nobody reads what is written into them. (Without memory for them the file stays.)
+    // Takes the file away from whoever still writes by way of the mapping, in the middle of a
+    // message perhaps, and gives the lock back. The addresses stay valid: zeros of this process are
+    // there now, and nobody reads what is written into them. (Without memory for them the file
+    // stays.)
     void close();
 
     // Precondition: nobody looks at the addresses any more.
     void unmap();
 
-    Layout const& layout() const { return layout_; }
+    const Layout& layout() const { return layout_; }
 
     FileHeader& header() const { return at<FileHeader>(0); }
 
@@ -41,16 +42,16 @@ public:
 private:
     enum class Outcome { ready, again, failed };
 
-    Outcome tryOpen(char const* path, U32 ringBytes, int& error);
-    bool isAcceptable(char const* path, int& error);
-    bool isStillAt(char const* path) const;
+    Outcome tryOpen(const char* path, U32 ringBytes, int& error);
+    bool isAcceptable(const char* path, int& error);
+    bool isStillAt(const char* path) const;
     bool isSameFile(int descriptor) const;
-    Outcome create(char const* path, U32 ringBytes, int& error);
-    void discard(char const* path) const;
-    Outcome adopt(char const* path, U32 ringBytes, FileHeader const& before, U64 fileBytes,
+    Outcome create(const char* path, U32 ringBytes, int& error);
+    void discard(const char* path) const;
+    Outcome adopt(const char* path, U32 ringBytes, const FileHeader& before, U64 fileBytes,
                   int& error);
-    Outcome moveAside(char const* path, int& error);
-    bool map(char const* path, int& error);
+    Outcome moveAside(const char* path, int& error);
+    bool map(const char* path, int& error);
     void putZerosInItsPlace() const;
     void freeAllLanesAndChunks() const;
     void countWhatIsInUse() const;

@@ -18,8 +18,9 @@ using namespace Ferrolog::detail;
 using namespace Ferrolog::testing;
 namespace fs = std::filesystem;
 
-// The times of access and of change of contents, seconds since 1970, whatever this program's time_t.
-void setTimes(std::string const& path, std::int64_t seconds) {
+// The times of access and of change of contents, seconds since 1970, whatever this program's
+// time_t.
+void setTimes(const std::string& path, std::int64_t seconds) {
     struct {
         std::int64_t seconds;
         std::int64_t nanoseconds;
@@ -39,7 +40,7 @@ protected:
 
     // Opens the file at `path`; what it printed is in `printed`, each name of the directory cut to
     // "DIR".
-    int open(std::string const& path, U32 ringBytes = minRingBytes) {
+    int open(const std::string& path, U32 ringBytes = minRingBytes) {
         int error = 0;
         printed = complaintsOf([&] { error = trace.open(path.c_str(), ringBytes); });
         for (std::size_t at = 0; (at = printed.find(file.directory)) != std::string::npos;) {
@@ -111,7 +112,7 @@ TEST_F(TraceFileTest, RefusesWhatIsNotAPlainFileOfItsOwn) {
     EXPECT_EQ(open(file.directory), EISDIR);
     EXPECT_EQ(printed, "Ferrolog: cannot open \"DIR\": Is a directory; tracing stays off\n");
 
-    std::string const fifo = file.directory + "/fifo";
+    const std::string fifo = file.directory + "/fifo";
     ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
     EXPECT_EQ(open(fifo), EINVAL);
     EXPECT_EQ(printed,
@@ -139,7 +140,7 @@ TEST_F(TraceFileTest, RefusesARingThatIsTooLarge) {
 
 TEST_F(TraceFileTest, OneProcessWritesAtATime) {
     make();
-    int const other = ::open(file.path.c_str(), O_RDWR | O_CLOEXEC);
+    const int other = ::open(file.path.c_str(), O_RDWR | O_CLOEXEC);
     ASSERT_EQ(::flock(other, LOCK_EX | LOCK_NB), 0);
     EXPECT_EQ(open(file.path), EBUSY);
     EXPECT_EQ(
@@ -152,7 +153,7 @@ TEST_F(TraceFileTest, OneProcessWritesAtATime) {
 TEST_F(TraceFileTest, WithoutSpaceItSaysSoAndLeavesNothing) {
     EXPECT_EQ(inChild([&] {
                   ::signal(SIGXFSZ, SIG_IGN);
-                  rlimit const limit{20000, 20000};
+                  const rlimit limit{20000, 20000};
                   ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
                   EXPECT_EQ(open(file.path), EFBIG);
                   EXPECT_EQ(printed, "Ferrolog: cannot reserve 45056 bytes for \"DIR/trace\": File "
@@ -165,15 +166,15 @@ TEST_F(TraceFileTest, WithoutSpaceItSaysSoAndLeavesNothing) {
 // Then no name is used up either, however often it is tried.
 TEST_F(TraceFileTest, WithoutAMappingItSaysSoAndLeavesNothing) {
     EXPECT_EQ(inChild([&] {
-                  std::string const path = file.path;
+                  const std::string path = file.path;
                   complaintsOf([&] {
                       rlimit before{};
                       ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
                       for (int round = 0; round < 12; ++round) {
                           // One descriptor: the file's own, none to map it through.
-                          int const next = ::open("/", O_PATH | O_CLOEXEC);
+                          const int next = ::open("/", O_PATH | O_CLOEXEC);
                           ::close(next);
-                          rlimit const one{static_cast<rlim_t>(next) + 1, before.rlim_max};
+                          const rlimit one{static_cast<rlim_t>(next) + 1, before.rlim_max};
                           ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &one), 0);
                           ASSERT_EQ(trace.open(path.c_str(), minRingBytes), EMFILE);
                           ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
@@ -185,7 +186,7 @@ TEST_F(TraceFileTest, WithoutAMappingItSaysSoAndLeavesNothing) {
 }
 
 TEST_F(TraceFileTest, AFileThatADeadProcessHadBegunIsMadeAnewInItsPlace) {
-    for (std::size_t const bytes : {8U, 20000U, 45056U, 100000U}) {
+    for (const std::size_t bytes : {8U, 20000U, 45056U, 100000U}) {
         std::string begun("FERROLO", 8);
         begun.resize(bytes, 'x');
         write(file.path, begun);
@@ -203,7 +204,7 @@ TEST_F(TraceFileTest, AFileThatADeadProcessHadBegunIsMadeAnewInItsPlace) {
 TEST_F(TraceFileTest, AnOpeningThatIsKilledUsesNoNameUp) {
     for (int round = 0; round < 60; ++round) {
         ::unlink(file.path.c_str());
-        pid_t const child = ::fork();
+        const pid_t child = ::fork();
         if (child == 0) {
             TraceFile killed;
             killed.open(file.path.c_str(), U32{4} << 20);
@@ -242,12 +243,12 @@ TEST_F(TraceFileTest, ATornFileIsMovedAside) {
 // The next call sites would be given ids that mean something else: those of no site, and of the one
 // for those without room.
 TEST_F(TraceFileTest, AFileWithoutItsFirstSitesIsMovedAside) {
-    for (U32 const sitesUsed : {0U, 1U}) {
+    for (const U32 sitesUsed : {0U, 1U}) {
         ASSERT_EQ(open(file.path), 0);
         trace.header().sitesUsed = sitesUsed;
         trace.close();
         ASSERT_EQ(open(file.path), 0);
-        std::string const aside = std::to_string(sitesUsed + 1);
+        const std::string aside = std::to_string(sitesUsed + 1);
         EXPECT_EQ(printed, "Ferrolog: \"DIR/trace\" is not a whole trace file; it is moved aside\n"
                            "Ferrolog: \"DIR/trace\" is now \"DIR/trace." +
                                aside + "\"\n");
@@ -295,7 +296,7 @@ TEST_F(TraceFileTest, AClosingWithoutMemoryLeavesTheAddressesValid) {
     make();
     ASSERT_EQ(open(file.path), 0);
     EXPECT_EQ(inChild([&] {
-                  rlimit const limit{addressSpace(), RLIM_INFINITY};
+                  const rlimit limit{addressSpace(), RLIM_INFINITY};
                   ASSERT_EQ(::setrlimit(RLIMIT_AS, &limit), 0);
                   trace.close();
                   EXPECT_EQ(trace.header().version, fileVersion);

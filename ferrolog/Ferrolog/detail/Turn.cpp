@@ -14,8 +14,8 @@ constinit std::atomic<U32> called = 0;
 
 // In the static block of the thread: reaching them must not allocate.
 //
-// Whether the thread has a turn or waits for one: set before a number is drawn, and cleared after it
-// was given back, so that a handler never draws one in between.
+// Whether the thread has a turn or waits for one: set before a number is drawn, and cleared after
+// it was given back, so that a handler never draws one in between.
 [[gnu::tls_model("initial-exec")]] constinit thread_local bool isWithin = false;
 [[gnu::tls_model("initial-exec")]] constinit thread_local bool hasOneForFork = false;
 [[gnu::tls_model("initial-exec")]] constinit thread_local U32 number = 0; // of who is within
@@ -27,17 +27,12 @@ void isWithinIs(bool value) {
 }
 
 bool take() {
-    if (isWithin) {
-        return false;
-    }
+    if (isWithin) return false;
     isWithinIs(true);
     number = drawn;
-    for (U32 next = number; !drawn.compare_exchange_strong(next, number + 1); next = number) {
+    for (U32 next = number; !drawn.compare_exchange_strong(next, number + 1); next = number)
         number = next;
-    }
-    for (U32 now = called; now != number; now = called) {
-        called.wait(now);
-    }
+    for (U32 now = called; now != number; now = called) called.wait(now);
     return true;
 }
 
@@ -54,23 +49,17 @@ void give() {
 Turn Turn::waitedFor() { return Turn(take()); }
 
 Turn Turn::ifFree() {
-    if (isWithin) {
-        return Turn(false);
-    }
+    if (isWithin) return Turn(false);
     isWithinIs(true);
     number = called;
     U32 next = number;
-    bool const isOurs = drawn.compare_exchange_strong(next, number + 1);
-    if (!isOurs) {
-        isWithinIs(false);
-    }
+    const bool isOurs = drawn.compare_exchange_strong(next, number + 1);
+    if (!isOurs) isWithinIs(false);
     return Turn(isOurs);
 }
 
 Turn::~Turn() {
-    if (isOurs_) {
-        give();
-    }
+    if (isOurs_) give();
 }
 
 void Turn::takeForFork() { hasOneForFork = take(); }
@@ -83,8 +72,9 @@ void Turn::giveInParent() {
 }
 
 void Turn::giveInChild() {
-    // If we forked in a handler, it has interrupted one who is within, at any instruction: the number
-    // is drawn, called or given back, or still to be drawn. In each case all goes on from here.
+    // If we forked in a handler, it has interrupted one who is within, at any instruction: the
+    // number is drawn, called or given back, or still to be drawn. In each case all goes on from
+    // here.
     drawn = number;
     called = number;
     giveInParent();

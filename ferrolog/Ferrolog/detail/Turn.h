@@ -1,7 +1,7 @@
 // Turn.h - openings, closings and forks happen one after the other.
 //
-// Order:   that in which they were asked for, so a fork has its turn also among threads that open and
-//          close without a pause.
+// Order:   that in which they were asked for, so a fork has its turn also among threads that open
+//          and close without a pause.
 // Signals: a handler may ask for a turn. It gets none, and does not wait, while the thread that it
 //          interrupted has one or waits for one.
 // fork():  waits for its turn, so a child finds nothing half done by a thread that it does not
@@ -18,15 +18,15 @@ public:
     // None if anybody has one.
     static Turn ifFree();
 
-    Turn(Turn const&) = delete;
-    Turn& operator=(Turn const&) = delete;
+    Turn(const Turn&) = delete;
+    Turn& operator=(const Turn&) = delete;
 
     ~Turn();
 
     explicit operator bool() const { return isOurs_; }
 
-    // Around a fork, in the thread that forks: before it, and after it in the parent or in the child,
-    // where all who waited are gone.
+    // Around a fork, in the thread that forks: before it, and after it in the parent or in the
+    // child, where all who waited are gone.
     static void takeForFork();
     static void giveInParent();
     static void giveInChild();

@@ -17,8 +17,8 @@ using Ferrolog::testing::inChild;
 // As /proc says it: 'S' for one that sleeps.
 char stateOf(pid_t thread) {
     std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
-    std::string const text{std::istreambuf_iterator<char>(file), {}};
-    std::size_t const nameEnd = text.rfind(") ");
+    const std::string text{std::istreambuf_iterator<char>(file), {}};
+    const std::size_t nameEnd = text.rfind(") ");
     return nameEnd == std::string::npos ? '?' : text[nameEnd + 2];
 }
 
@@ -30,7 +30,7 @@ bool isFreeForOthers() {
 
 TEST(Turn, OneThreadHasItAtATime) {
     {
-        Turn const turn = Turn::ifFree();
+        const Turn turn = Turn::ifFree();
         EXPECT_TRUE(turn);
         EXPECT_FALSE(isFreeForOthers());
     }
@@ -41,9 +41,9 @@ TEST(Turn, TheOthersWaitForIt) {
     std::atomic<bool> given = false;
     std::thread other;
     {
-        Turn const turn = Turn::waitedFor();
+        const Turn turn = Turn::waitedFor();
         other = std::thread([&] {
-            Turn const next = Turn::waitedFor();
+            const Turn next = Turn::waitedFor();
             EXPECT_TRUE(next);
             EXPECT_TRUE(given);
         });
@@ -58,7 +58,7 @@ std::thread waiting(std::atomic<bool>& hadOne) {
     std::atomic<pid_t> id = 0;
     std::thread thread([&] {
         id = ::gettid();
-        Turn const turn = Turn::waitedFor();
+        const Turn turn = Turn::waitedFor();
         hadOne = true;
     });
     while (id == 0 || stateOf(id) != 'S') {
@@ -71,11 +71,11 @@ TEST(Turn, WhoAskedFirstHasItFirst) {
     std::atomic<bool> otherHadOne = false;
     std::thread other;
     {
-        Turn const turn = Turn::waitedFor();
+        const Turn turn = Turn::waitedFor();
         other = waiting(otherHadOne);
     }
     {
-        Turn const turn = Turn::waitedFor();
+        const Turn turn = Turn::waitedFor();
         EXPECT_TRUE(otherHadOne);
     }
     other.join();
@@ -107,7 +107,7 @@ TEST(Turn, ASignalHandlerGetsNoneFromTheThreadThatItInterrupts) {
         ++asked;
     });
     {
-        Turn const turn = Turn::waitedFor();
+        const Turn turn = Turn::waitedFor();
         ::raise(SIGUSR1);
         EXPECT_EQ(asked, 1);
         EXPECT_FALSE(isFreeForOthers()); // what the handler did gave nothing back
@@ -122,7 +122,7 @@ TEST(Turn, AForkHasIt) {
     EXPECT_TRUE(isFreeForOthers());
     {
         // From a signal handler, say: the turn is not the fork's, and stays.
-        Turn const turn = Turn::waitedFor();
+        const Turn turn = Turn::waitedFor();
         Turn::takeForFork();
         Turn::giveInParent();
         EXPECT_FALSE(isFreeForOthers());

@@ -15,7 +15,7 @@ namespace Ferrolog::detail {
 // type: without the promise a compiler calls a library for them.
 using AlignedU64 [[gnu::aligned(8)]] = U64;
 
-inline U32 load(U32 const& word) {
+inline U32 load(const U32& word) {
     return std::atomic_ref<U32>(const_cast<U32&>(word)).load(std::memory_order_acquire);
 }
 
@@ -37,8 +37,8 @@ inline bool replace(U32& word, U32 expected, U32 value) {
 }
 
 // Adds to a word that one thread alone writes; the value before. One instruction without a lock
-// prefix, so a signal handler of the same thread may do the same at any moment. The value comes as wide as an index, for
-// the instruction clears the upper half anyway.
+// prefix, so a signal handler of the same thread may do the same at any moment. The value comes as
+// wide as an index, for the instruction clears the upper half anyway.
 inline std::size_t addAsOnlyWriter(U32& word, std::size_t count) {
 #if defined(__x86_64__) || defined(__i386__)
     __asm__ volatile("xaddl %k0, %1" : "+r"(count), "+m"(word) : : "memory", "cc");

@@ -10,11 +10,9 @@ namespace {
 
 // The descriptor itself, or else another one for the same open file in place of it.
 int aboveTheStandardStreams(int descriptor) {
-    if (descriptor < 0 || descriptor > STDERR_FILENO) {
-        return descriptor;
-    }
-    int const moved = ::fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-    int const error = errno == EINVAL ? EMFILE : errno; // the limit lies below the number asked for
+    if (descriptor < 0 || descriptor > STDERR_FILENO) return descriptor;
+    const int moved = ::fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    const int error = errno == EINVAL ? EMFILE : errno; // the limit lies below the number asked for
     ::close(descriptor);
     errno = error;
     return moved;
@@ -22,7 +20,7 @@ int aboveTheStandardStreams(int descriptor) {
 
 } // namespace
 
-int openFile(char const* path, int flags, mode_t mode) {
+int openFile(const char* path, int flags, mode_t mode) {
     int descriptor = -1;
     do {
         descriptor = ::open(path, flags | O_CLOEXEC, mode);

@@ -13,7 +13,7 @@ inline constinit std::atomic<int> allocations = 0;
 // How often `body` allocates.
 template <class Body>
 int allocationsOf(Body body) {
-    int const before = allocations;
+    const int before = allocations;
     body();
     return allocations - before;
 }
@@ -27,15 +27,15 @@ int allocationsOf(Body body) {
 #endif
 
 #ifdef FERROLOG_TESTING_SANITIZED
-extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*allocated)(void const volatile*,
+extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*allocated)(const volatile void*,
                                                                            std::size_t),
-                                                         void (*freed)(void const volatile*));
+                                                         void (*freed)(const volatile void*));
 
 namespace Ferrolog::testing {
 
-inline bool const hooked =
+inline const bool hooked =
     __sanitizer_install_malloc_and_free_hooks(
-        [](void const volatile*, std::size_t) { ++allocations; }, [](void const volatile*) {}) != 0;
+        [](const volatile void*, std::size_t) { ++allocations; }, [](const volatile void*) {}) != 0;
 
 } // namespace Ferrolog::testing
 #else

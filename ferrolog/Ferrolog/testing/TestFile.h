@@ -35,8 +35,8 @@ public:
         path = name + "/trace";
     }
 
-    TestDirectory(TestDirectory const&) = delete;
-    TestDirectory& operator=(TestDirectory const&) = delete;
+    TestDirectory(const TestDirectory&) = delete;
+    TestDirectory& operator=(const TestDirectory&) = delete;
 
     ~TestDirectory() { std::filesystem::remove_all(directory); }
 
@@ -49,23 +49,23 @@ class TestFile : public TestDirectory {
 public:
     TestFile() { ferrolog_close(); }
 
-    TestFile(TestFile const&) = delete;
-    TestFile& operator=(TestFile const&) = delete;
+    TestFile(const TestFile&) = delete;
+    TestFile& operator=(const TestFile&) = delete;
 
     ~TestFile() { ferrolog_close(); }
 };
 
-inline std::vector<std::string> texts(Reader const& reader) {
+inline std::vector<std::string> texts(const Reader& reader) {
     std::vector<std::string> all;
-    for (Message const& message : reader.messages()) {
+    for (const Message& message : reader.messages()) {
         all.push_back(reader.text(message));
     }
     return all;
 }
 
 // The call site with this format text; one without messages if there is none.
-inline CallSite siteOf(Reader const& reader, std::string const& format) {
-    for (CallSite const& site : reader.callSites()) {
+inline CallSite siteOf(const Reader& reader, const std::string& format) {
+    for (const CallSite& site : reader.callSites()) {
         if (site.format == format) {
             return site;
         }
@@ -73,9 +73,9 @@ inline CallSite siteOf(Reader const& reader, std::string const& format) {
     return {};
 }
 
-inline std::vector<std::byte> contents(std::string const& path) {
+inline std::vector<std::byte> contents(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
-    std::vector<char> const chars{std::istreambuf_iterator<char>(file), {}};
+    const std::vector<char> chars{std::istreambuf_iterator<char>(file), {}};
     std::vector<std::byte> bytes(chars.size());
     for (std::size_t i = 0; i < chars.size(); ++i) {
         bytes[i] = static_cast<std::byte>(chars[i]);
@@ -83,12 +83,12 @@ inline std::vector<std::byte> contents(std::string const& path) {
     return bytes;
 }
 
-inline void write(std::string const& path, std::string const& text) {
+inline void write(const std::string& path, const std::string& text) {
     std::ofstream(path, std::ios::binary) << text;
 }
 
 // What a program prints on standard output, line by line.
-inline std::vector<std::string> outputOf(std::string const& command) {
+inline std::vector<std::string> outputOf(const std::string& command) {
     std::string output;
     FILE* const pipe = ::popen(command.c_str(), "r");
     if (pipe == nullptr) {
@@ -108,7 +108,7 @@ inline std::vector<std::string> outputOf(std::string const& command) {
 }
 
 // How many mappings this process has of files in the directory, and in the place of closed ones.
-inline std::size_t mappingsOf(std::string const& directory) {
+inline std::size_t mappingsOf(const std::string& directory) {
     std::ifstream maps("/proc/self/maps");
     std::size_t count = 0;
     for (std::string line; std::getline(maps, line);) {
@@ -131,7 +131,7 @@ inline std::size_t addressSpace() {
 // that killed it.
 template <class Body>
 int inChild(Body body) {
-    pid_t const child = ::fork();
+    const pid_t child = ::fork();
     if (child == 0) {
         body();
         ::_exit(::testing::Test::HasFailure() ? 1 : 0);

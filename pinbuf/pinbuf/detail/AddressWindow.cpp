@@ -1,6 +1,7 @@
 #include <pinbuf/detail/AddressWindow.h>
 
 #include <algorithm>
+#include <pinbuf/detail/Integers.h>
 
 namespace pinbuf {
 
@@ -8,7 +9,7 @@ FreeRanges::FreeRanges() : ranges_{{windowBegin, windowEnd}} {}
 
 std::optional<FreeRanges> FreeRanges::around(const std::vector<Extent>& extents) {
     std::vector<Range> ranges;
-    std::uint64_t begin = windowBegin;
+    U64 begin = windowBegin;
     for (const Extent& extent : extents) {
         if (extent.address < begin) return std::nullopt;
         if (extent.address > begin) ranges.push_back({begin, extent.address});
@@ -20,9 +21,8 @@ std::optional<FreeRanges> FreeRanges::around(const std::vector<Extent>& extents)
 
 bool FreeRanges::take(const Extent& extent) {
     const auto range = std::ranges::upper_bound(ranges_, extent.address, {}, &Range::end);
-    if (range == ranges_.end() || extent.address < range->begin || extent.end() > range->end) {
+    if (range == ranges_.end() || extent.address < range->begin || extent.end() > range->end)
         return false;
-    }
     const Range before{range->begin, extent.address};
     const Range behind{extent.end(), range->end};
     const bool isBefore = before.begin < before.end;
@@ -56,16 +56,16 @@ void FreeRanges::giveBack(const Extent& extent) {
     }
 }
 
-std::optional<std::uint32_t> FreeRanges::firstFit(std::uint64_t sizeBytes) const {
+std::optional<U32> FreeRanges::firstFit(U64 sizeBytes) const {
     const auto fitting = std::ranges::find_if(ranges_, [sizeBytes](const Range& range) {
         return range.end - range.begin >= wholePages(sizeBytes);
     });
     if (fitting == ranges_.end()) return std::nullopt;
-    return static_cast<std::uint32_t>(fitting->begin);
+    return static_cast<U32>(fitting->begin);
 }
 
-std::uint64_t FreeRanges::largestFit() const {
-    std::uint64_t largest = 0;
+U64 FreeRanges::largestFit() const {
+    U64 largest = 0;
     for (const Range& range : ranges_) largest = std::max(largest, range.end - range.begin);
     return largest;
 }

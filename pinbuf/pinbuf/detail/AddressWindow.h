@@ -3,31 +3,30 @@
 // Invariant: an extent begins at a multiple of 4096, spans whole pages of 4096 bytes and lies
 //            inside the window. This page size is part of the directory's format, whatever the
 //            machine's own pages are.
-#ifndef PINBUF_DETAIL_ADDRESS_WINDOW_H
-#define PINBUF_DETAIL_ADDRESS_WINDOW_H
+#pragma once
 
-#include <cstdint>
 #include <optional>
+#include <pinbuf/detail/Integers.h>
 #include <vector>
 
 namespace pinbuf {
 
 // Two of the four gigabytes that 32 bits address, clear of the low memory and of the device
 // registers on top.
-inline constexpr std::uint32_t windowBegin = 0x40000000;
-inline constexpr std::uint32_t windowEnd = 0xc0000000;
-inline constexpr std::uint32_t addressPageBytes = 4096;
+inline constexpr U32 windowBegin = 0x40000000;
+inline constexpr U32 windowEnd = 0xc0000000;
+inline constexpr U32 addressPageBytes = 4096;
 
 // `sizeBytes` in whole pages. 64 bits wide, so that rounding up cannot wrap around.
-constexpr std::uint64_t wholePages(std::uint64_t sizeBytes) {
+constexpr U64 wholePages(U64 sizeBytes) {
     return (sizeBytes + (addressPageBytes - 1)) / addressPageBytes * addressPageBytes;
 }
 
 struct Extent {
-    std::uint32_t address;
-    std::uint32_t sizeBytes; // as asked, not rounded
+    U32 address;
+    U32 sizeBytes; // as asked, not rounded
 
-    constexpr std::uint64_t end() const { return address + wholePages(sizeBytes); }
+    constexpr U64 end() const { return address + wholePages(sizeBytes); }
 
     // Page aligned, not empty, inside the window.
     constexpr bool isPossible() const {
@@ -57,15 +56,15 @@ public:
     void giveBack(const Extent& extent);
 
     // The lowest address at which `sizeBytes` fit.
-    std::optional<std::uint32_t> firstFit(std::uint64_t sizeBytes) const;
+    std::optional<U32> firstFit(U64 sizeBytes) const;
 
     // The largest size in bytes for which firstFit has an answer.
-    std::uint64_t largestFit() const;
+    U64 largestFit() const;
 
 private:
     struct Range {
-        std::uint64_t begin;
-        std::uint64_t end;
+        U64 begin;
+        U64 end;
     };
 
     explicit FreeRanges(std::vector<Range> ranges) : ranges_(std::move(ranges)) {}
@@ -74,5 +73,3 @@ private:
 };
 
 } // namespace pinbuf
-
-#endif // PINBUF_DETAIL_ADDRESS_WINDOW_H

@@ -2,13 +2,14 @@
 
 #include <algorithm>
 #include <gtest/gtest.h>
+#include <pinbuf/detail/Integers.h>
 #include <random>
 #include <vector>
 
 namespace pinbuf {
 namespace {
 
-constexpr std::uint32_t page = addressPageBytes;
+constexpr U32 page = addressPageBytes;
 
 static_assert(wholePages(0) == 0 && wholePages(1) == 4096);
 static_assert(wholePages(4095) == 4096 && wholePages(4096) == 4096 && wholePages(4097) == 8192);
@@ -43,11 +44,11 @@ TEST(FreeRanges, FindTheLowestThatIsLargeEnough) {
 }
 
 TEST(FreeRanges, ReachToTheLastByteAndNoFurther) {
-    constexpr std::uint32_t all = windowEnd - windowBegin;
+    constexpr U32 all = windowEnd - windowBegin;
     EXPECT_EQ(FreeRanges().firstFit(all), windowBegin);
-    EXPECT_EQ(FreeRanges().firstFit(std::uint64_t{all} + 1), std::nullopt);
+    EXPECT_EQ(FreeRanges().firstFit(U64{all} + 1), std::nullopt);
     EXPECT_EQ(FreeRanges().firstFit(0xffffffff), std::nullopt);
-    EXPECT_EQ(FreeRanges().firstFit(std::uint64_t{1} << 40U), std::nullopt);
+    EXPECT_EQ(FreeRanges().firstFit(U64{1} << 40U), std::nullopt);
     EXPECT_EQ(FreeRanges().largestFit(), all);
     FreeRanges lastPage;
     ASSERT_TRUE(lastPage.take({windowBegin, all - page}));
@@ -81,7 +82,7 @@ TEST(FreeRanges, GiveNoPageTwice) {
 
 // Against a list of single pages, in which every question is a plain search.
 TEST(FreeRanges, AgreeWithAModelOfSinglePages) {
-    constexpr std::uint32_t seed = 20240611;
+    constexpr U32 seed = 20240611;
     std::mt19937 random(seed);
     constexpr std::size_t modelPages = 64; // the low end of the window; the rest stays free
     for (int round = 0; round < 300; ++round) {
@@ -89,7 +90,7 @@ TEST(FreeRanges, AgreeWithAModelOfSinglePages) {
         std::vector<Extent> taken;
         FreeRanges free;
         for (int step = 0; step < 60; ++step) {
-            const std::uint32_t sizeBytes = 1 + random() % (8 * page);
+            const U32 sizeBytes = 1 + random() % (8 * page);
             const std::size_t pages = static_cast<std::size_t>(wholePages(sizeBytes) / page);
             std::size_t expected = 0;
             const auto isFree = [&](std::size_t from) {
@@ -108,7 +109,7 @@ TEST(FreeRanges, AgreeWithAModelOfSinglePages) {
                 if (taken.empty()) continue;
                 const auto victim =
                     taken.begin() + static_cast<std::ptrdiff_t>(random() % taken.size());
-                for (std::uint64_t a = victim->address; a < victim->end(); a += page) {
+                for (U64 a = victim->address; a < victim->end(); a += page) {
                     isTaken[static_cast<std::size_t>((a - windowBegin) / page)] = false;
                 }
                 ASSERT_FALSE(free.take(*victim));
@@ -123,7 +124,7 @@ TEST(FreeRanges, AgreeWithAModelOfSinglePages) {
                       [](const Extent& a, const Extent& b) { return a.address < b.address; });
             const auto rebuilt = FreeRanges::around(taken);
             ASSERT_TRUE(rebuilt.has_value());
-            for (std::uint32_t size = page; size <= 12 * page; size += page) {
+            for (U32 size = page; size <= 12 * page; size += page) {
                 ASSERT_EQ(rebuilt->firstFit(size), free.firstFit(size));
             }
             ASSERT_EQ(rebuilt->largestFit(), free.largestFit());

@@ -5,11 +5,10 @@
 //
 // Errors:  throws Failure.
 // Threads: every operation may be called from several threads and processes at once.
-#ifndef PINBUF_DETAIL_BACKEND_H
-#define PINBUF_DETAIL_BACKEND_H
+#pragma once
 
-#include <cstdint>
 #include <optional>
+#include <pinbuf/detail/Integers.h>
 #include <pinbuf/detail/RegionName.h>
 #include <string>
 #include <string_view>
@@ -25,8 +24,8 @@ struct PlatformConstants {
 struct RegionInfo {
     std::string name;
     std::string owner;
-    std::uint32_t address; // 0: none yet
-    std::uint32_t sizeBytes;
+    U32 address; // 0: none yet
+    U32 sizeBytes;
     bool isMade; // by this library, with exactly sizeBytes; false also when that is not known
 };
 
@@ -44,8 +43,7 @@ public:
     Backend& operator=(const Backend&) = delete;
 
     // The physical address of a region that has at least `sizeBytes` bytes (1 or more); never 0.
-    virtual std::uint32_t alloc(const RegionName& name, std::uint32_t sizeBytes,
-                                std::string_view owner) const = 0;
+    virtual U32 alloc(const RegionName& name, U32 sizeBytes, std::string_view owner) const = 0;
 
     // The virtual address of an existing region; never null.
     virtual void* map(const RegionName& name, const PlatformConstants& constants) const = 0;
@@ -68,5 +66,3 @@ protected:
 const Backend& chosenBackend();
 
 } // namespace pinbuf
-
-#endif // PINBUF_DETAIL_BACKEND_H

@@ -3,8 +3,7 @@
 // Owns:      the descriptor, or nothing (-1).
 // Invariant: closed exactly once, and never number 0 to 2: in a process that has closed a standard
 //            stream the next text for that stream would otherwise be written into our file.
-#ifndef PINBUF_DETAIL_DESCRIPTOR_H
-#define PINBUF_DETAIL_DESCRIPTOR_H
+#pragma once
 
 #include <cerrno>
 #include <fcntl.h>
@@ -51,5 +50,3 @@ private:
 };
 
 } // namespace pinbuf
-
-#endif // PINBUF_DETAIL_DESCRIPTOR_H

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstring>
 #include <pinbuf/detail/Error.h>
+#include <pinbuf/detail/Integers.h>
 #include <string>
 
 namespace pinbuf {
@@ -23,9 +24,8 @@ constexpr std::size_t examinedRecords = 16;
 
 Directory Directory::openOrMake(const Folder& folder) {
     std::unique_ptr<DirectorySnapshot> known = DirectorySnapshot::recall(folder.identity());
-    if (known != nullptr && known->mayChange && isUntouched(*known)) {
+    if (known != nullptr && known->mayChange && isUntouched(*known))
         return Directory(folder, std::move(known));
-    }
     std::optional<FolderFile> file = FolderFile::open(folder, leaf);
     if (!file) {
         const DirectoryHeader header;
@@ -102,28 +102,24 @@ DirectoryIndex Directory::checked(const FolderFile& file, std::vector<DirectoryR
 // now: then what is known is of no use any more.
 bool Directory::bringUpToDate(DirectorySnapshot& known, const FolderFile& file,
                               const DirectoryHeader& header) {
-    const std::uint32_t changes = header.changes - known.header.changes; // modulo 2^32
+    const U32 changes = header.changes - known.header.changes; // modulo 2^32
     const std::size_t recordCount = recordCountOf(file.sizeBytes());
     if (changes == 0) return header == known.header && file.status().changed == known.changed;
-    if (changes > DirectoryHeader::changedLength || recordCount < known.index.size()) {
-        return false;
-    }
-    std::vector<std::uint32_t> changed;
-    for (std::uint32_t change = known.header.changes; change != header.changes;) {
+    if (changes > DirectoryHeader::changedLength || recordCount < known.index.size()) return false;
+    std::vector<U32> changed;
+    for (U32 change = known.header.changes; change != header.changes;)
         changed.push_back(header.changed[DirectoryHeader::slotOf(++change)]);
-    }
     std::ranges::sort(changed);
     changed.erase(std::unique(changed.begin(), changed.end()), changed.end());
     if (changed.back() >= recordCount) return false;
     known.index.lengthen(recordCount);
-    for (const std::uint32_t record : changed) known.index.clear(record);
-    return std::ranges::all_of(changed, [&](std::uint32_t record) {
-        return known.index.put(record, readRecord(file, record));
-    });
+    for (const U32 record : changed) known.index.clear(record);
+    return std::ranges::all_of(
+        changed, [&](U32 record) { return known.index.put(record, readRecord(file, record)); });
 }
 
 DirectoryHeader Directory::readHeader(const FolderFile& file) {
-    const std::uint64_t fileBytes = file.sizeBytes();
+    const U64 fileBytes = file.sizeBytes();
     const DirectoryHeader expected;
     DirectoryHeader header;
     if (fileBytes < sizeof header || fileBytes > maxDirectoryBytes) {
@@ -145,9 +141,8 @@ DirectoryHeader Directory::readHeader(const FolderFile& file) {
         throw Failure(file.quotedPath() +
                       " is damaged: its header has other sizes than version 1 has");
     }
-    if (fileBytes % sizeof(DirectoryRecord) != 0) {
+    if (fileBytes % sizeof(DirectoryRecord) != 0)
         throw Failure(file.quotedPath() + " is damaged: it ends within a record");
-    }
     return header;
 }
 
@@ -168,9 +163,9 @@ const DirectoryRecord* Directory::find(std::string_view name) const {
     return found ? &index()[*found] : nullptr;
 }
 
-Directory::Place Directory::placeFor(std::uint64_t sizeBytes) {
+Directory::Place Directory::placeFor(U64 sizeBytes) {
     makeRoom(sizeBytes);
-    const std::optional<std::uint32_t> address = index().freeRanges().firstFit(sizeBytes);
+    const std::optional<U32> address = index().freeRanges().firstFit(sizeBytes);
     if (!address) {
         throw Failure("no physical addresses left for " + std::to_string(sizeBytes) +
                       " bytes, the longest free range has " +
@@ -185,16 +180,15 @@ Directory::Place Directory::placeFor(std::uint64_t sizeBytes) {
     return {record, *address};
 }
 
-void Directory::makeRoom(std::uint64_t sizeBytes) {
+void Directory::makeRoom(U64 sizeBytes) {
     const std::size_t all = index().size();
-    if (!index().firstFree() && all > 0) {
+    if (!index().firstFree() && all > 0)
         forgetVanished(snapshot_->header.changes % all, std::min(examinedRecords, all));
-    }
     if (!index().freeRanges().firstFit(sizeBytes)) forgetVanished(0, all);
 }
 
-void Directory::enter(Place place, const RegionName& name, std::uint32_t sizeBytes,
-                      std::string_view owner, RegionOrigin origin) {
+void Directory::enter(Place place, const RegionName& name, U32 sizeBytes, std::string_view owner,
+                      RegionOrigin origin) {
     DirectoryRecord record;
     record.address = place.address;
     record.sizeBytes = sizeBytes;
@@ -236,9 +230,8 @@ void Directory::forgetVanished(std::size_t begin, std::size_t count) {
 }
 
 void Directory::grow() {
-    const std::uint64_t oldBytes = recordOffsetBytes(index().size());
-    const std::uint64_t newBytes =
-        oldBytes - oldBytes % directoryGrowthBytes + directoryGrowthBytes;
+    const U64 oldBytes = recordOffsetBytes(index().size());
+    const U64 newBytes = oldBytes - oldBytes % directoryGrowthBytes + directoryGrowthBytes;
     state_ = State::inDoubt;
     reserveRange(file().descriptor(), oldBytes, newBytes);
     index().lengthen(recordCountOf(newBytes));
@@ -250,11 +243,11 @@ void Directory::count(std::size_t index) {
     state_ = State::inDoubt; // until it is made
     DirectoryHeader& header = snapshot_->header;
     ++header.changes; // modulo 2^32
-    header.changed[DirectoryHeader::slotOf(header.changes)] = static_cast<std::uint32_t>(index);
+    header.changed[DirectoryHeader::slotOf(header.changes)] = static_cast<U32>(index);
     file().writeAt(0, &header, sizeof header);
 }
 
-void Directory::writeState(std::size_t index, std::uint32_t state) {
+void Directory::writeState(std::size_t index, U32 state) {
     file().writeAt(recordOffsetBytes(index) + offsetof(DirectoryRecord, state), &state,
                    sizeof state);
 }

@@ -15,17 +15,16 @@
 //            O(n log n) for n records. A change takes O(log n) and three system calls.
 // Threads:   the folder is locked for as long as the object lives: exclusively to change, shared to
 //            look.
-#ifndef PINBUF_DETAIL_DIRECTORY_H
-#define PINBUF_DETAIL_DIRECTORY_H
+#pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <memory>
 #include <optional>
 #include <pinbuf/detail/DirectoryLayout.h>
 #include <pinbuf/detail/DirectorySnapshot.h>
 #include <pinbuf/detail/Folder.h>
 #include <pinbuf/detail/FolderFile.h>
+#include <pinbuf/detail/Integers.h>
 #include <pinbuf/detail/RegionName.h>
 #include <string_view>
 #include <vector>
@@ -55,13 +54,13 @@ public:
     // regions and lengthen the file.
     struct Place {
         std::size_t index;
-        std::uint32_t address;
+        U32 address;
     };
 
-    Place placeFor(std::uint64_t sizeBytes);
+    Place placeFor(U64 sizeBytes);
 
     // Enters a region at `place`. The name has no valid record yet. An owner is cut to 111 bytes.
-    void enter(Place place, const RegionName& name, std::uint32_t sizeBytes, std::string_view owner,
+    void enter(Place place, const RegionName& name, U32 sizeBytes, std::string_view owner,
                RegionOrigin origin);
 
     // Gives up the record of that name, if there is one.
@@ -84,9 +83,9 @@ private:
     bool isVanished(const DirectoryRecord& record) const;
     void forgetVanished(std::size_t begin, std::size_t count);
     void grow();
-    void makeRoom(std::uint64_t sizeBytes);
+    void makeRoom(U64 sizeBytes);
     void count(std::size_t index);
-    void writeState(std::size_t index, std::uint32_t state);
+    void writeState(std::size_t index, U32 state);
     void forgetAt(std::size_t record);
 
     DirectoryIndex& index() const { return snapshot_->index; }
@@ -100,5 +99,3 @@ private:
 };
 
 } // namespace pinbuf
-
-#endif // PINBUF_DETAIL_DIRECTORY_H

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <pinbuf/detail/Error.h>
+#include <pinbuf/detail/Integers.h>
 
 namespace pinbuf {
 namespace {
@@ -16,9 +17,8 @@ bool isTerminated(const char (&text)[size]) {
 std::string_view objectionTo(const DirectoryRecord& record) {
     if (record.isFree()) return "";
     if (!record.isValid()) return "has an unknown state";
-    if (!isTerminated(record.name) || !RegionName::objectionTo(record.name).empty()) {
+    if (!isTerminated(record.name) || !RegionName::objectionTo(record.name).empty())
         return "has no region name";
-    }
     if (!isTerminated(record.owner)) return "has no owner name";
     if (!record.extent().isPossible()) return "lies outside the address window";
     return "";
@@ -31,9 +31,8 @@ DirectoryIndex::DirectoryIndex(std::vector<DirectoryRecord> records)
     std::vector<Extent> extents;
     for (std::size_t index = 0; index < records_.size(); ++index) {
         const DirectoryRecord& record = records_[index];
-        if (const std::string_view objection = objectionTo(record); !objection.empty()) {
+        if (const std::string_view objection = objectionTo(record); !objection.empty())
             throw Failure("record " + std::to_string(index) + " " + std::string(objection));
-        }
         if (record.isValid()) extents.push_back(record.extent());
     }
     names_ = namesOf(records_);
@@ -46,11 +45,10 @@ DirectoryIndex::DirectoryIndex(std::vector<DirectoryRecord> records)
 DirectoryIndex::Names DirectoryIndex::namesOf(const std::vector<DirectoryRecord>& records) {
     Names names;
     names.reserve(records.size());
-    for (std::uint32_t index = 0; index < records.size(); ++index) {
+    for (U32 index = 0; index < records.size(); ++index) {
         const DirectoryRecord& record = records[index];
-        if (record.isValid() && !names.emplace(record.name, index).second) {
+        if (record.isValid() && !names.emplace(record.name, index).second)
             throw Failure("two records have the name " + inQuotes(record.name));
-        }
     }
     return names;
 }
@@ -78,13 +76,10 @@ void DirectoryIndex::clear(std::size_t index) {
 
 bool DirectoryIndex::put(std::size_t index, const DirectoryRecord& record) {
     if (!objectionTo(record).empty()) return false;
-    if (record.isValid() && (names_.contains(record.name) || !freeRanges_.take(record.extent()))) {
+    if (record.isValid() && (names_.contains(record.name) || !freeRanges_.take(record.extent())))
         return false;
-    }
     records_[index] = record;
-    if (record.isValid()) {
-        names_.emplace(records_[index].name, static_cast<std::uint32_t>(index));
-    }
+    if (record.isValid()) names_.emplace(records_[index].name, static_cast<U32>(index));
     return true;
 }
 

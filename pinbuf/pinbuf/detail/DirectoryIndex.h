@@ -4,14 +4,13 @@
 //            ended, and address ranges inside the window that do not overlap.
 // Cost:      300 bytes of memory per record, about. Loading is O(n log n) for n records; finding a
 //            name, and a change, O(1) beside what FreeRanges takes.
-#ifndef PINBUF_DETAIL_DIRECTORY_INDEX_H
-#define PINBUF_DETAIL_DIRECTORY_INDEX_H
+#pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <optional>
 #include <pinbuf/detail/AddressWindow.h>
 #include <pinbuf/detail/DirectoryLayout.h>
+#include <pinbuf/detail/Integers.h>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -47,7 +46,7 @@ public:
     void lengthen(std::size_t size);
 
 private:
-    using Names = std::unordered_map<std::string_view, std::uint32_t>;
+    using Names = std::unordered_map<std::string_view, U32>;
 
     // Throws Failure when one is there twice.
     static Names namesOf(const std::vector<DirectoryRecord>& records);
@@ -59,5 +58,3 @@ private:
 };
 
 } // namespace pinbuf
-
-#endif // PINBUF_DETAIL_DIRECTORY_INDEX_H

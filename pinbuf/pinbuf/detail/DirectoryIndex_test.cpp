@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <map>
+#include <pinbuf/detail/Integers.h>
 #include <pinbuf/detail/TestSupport.h>
 #include <random>
 #include <string>
@@ -11,10 +12,9 @@ namespace {
 
 using test::failureOf;
 
-constexpr std::uint32_t page = addressPageBytes;
+constexpr U32 page = addressPageBytes;
 
-DirectoryRecord recordOf(const std::string& name, std::uint32_t address,
-                         std::uint32_t sizeBytes = 1) {
+DirectoryRecord recordOf(const std::string& name, U32 address, U32 sizeBytes = 1) {
     DirectoryRecord record;
     record.state = DirectoryRecord::stateValid;
     record.address = address;
@@ -73,7 +73,7 @@ TEST(DirectoryIndex, GrowsByFreeRecords) {
 
 // What stands in it after many changes is what a fresh one over the same records says.
 TEST(DirectoryIndex, AgreesWithOneThatIsLoadedAnew) {
-    constexpr std::uint32_t seed = 20240613;
+    constexpr U32 seed = 20240613;
     constexpr std::size_t size = 40;
     std::mt19937 random(seed);
     SCOPED_TRACE("seed " + std::to_string(seed));
@@ -84,9 +84,9 @@ TEST(DirectoryIndex, AgreesWithOneThatIsLoadedAnew) {
             index.clear(record);
         } else {
             const std::string name = "r" + std::to_string(random() % 60);
-            const auto sizeBytes = static_cast<std::uint32_t>(1 + random() % (5 * page));
+            const auto sizeBytes = static_cast<U32>(1 + random() % (5 * page));
             const bool isKnown = index.find(name).has_value();
-            const std::uint32_t address = *index.freeRanges().firstFit(sizeBytes);
+            const U32 address = *index.freeRanges().firstFit(sizeBytes);
             ASSERT_EQ(index.put(record, recordOf(name, address, sizeBytes)), !isKnown);
         }
         std::vector<DirectoryRecord> records;
@@ -97,7 +97,7 @@ TEST(DirectoryIndex, AgreesWithOneThatIsLoadedAnew) {
             const std::string text = "r" + std::to_string(name);
             ASSERT_EQ(index.find(text), fresh.find(text));
         }
-        for (std::uint32_t bytes = page; bytes < 9 * page; bytes += page) {
+        for (U32 bytes = page; bytes < 9 * page; bytes += page) {
             ASSERT_EQ(index.freeRanges().firstFit(bytes), fresh.freeRanges().firstFit(bytes));
         }
         ASSERT_EQ(index.freeRanges().largestFit(), fresh.freeRanges().largestFit());

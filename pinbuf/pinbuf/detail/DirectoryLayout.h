@@ -11,35 +11,32 @@
 //          the file as it was a few changes ago knows which records to read again.
 // Trusted: nothing is taken on faith. A reader checks every record that counts (see Directory.h).
 // Ignored: everything but the state of a record whose state is 0.
-#ifndef PINBUF_DETAIL_DIRECTORY_LAYOUT_H
-#define PINBUF_DETAIL_DIRECTORY_LAYOUT_H
+#pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <pinbuf/detail/AddressWindow.h>
+#include <pinbuf/detail/Integers.h>
 #include <pinbuf/detail/RegionName.h>
 
 namespace pinbuf {
 
-inline constexpr std::uint32_t directoryMagic = 0x44424e50; // the bytes "PNBD"
-inline constexpr std::uint32_t directoryVersion = 1;
+inline constexpr U32 directoryMagic = 0x44424e50; // the bytes "PNBD"
+inline constexpr U32 directoryVersion = 1;
 
 struct DirectoryHeader {
-    static constexpr std::uint32_t changedLength = 32; // divides 2^32
+    static constexpr U32 changedLength = 32; // divides 2^32
 
-    std::uint32_t magic = directoryMagic;            //  0
-    std::uint32_t version = directoryVersion;        //  4
-    std::uint32_t recordBytes = 256;                 //  8
-    std::uint32_t windowBegin = pinbuf::windowBegin; // 12: first address of the window
-    std::uint32_t windowEnd = pinbuf::windowEnd;     // 16: first address after it
-    std::uint32_t changes = 0;                       // 20: of records so far, modulo 2^32
-    std::uint32_t changed[changedLength] = {};       // 24: records of the last changes
-    std::uint32_t reserved[26] = {};                 // 152
+    U32 magic = directoryMagic;            //  0
+    U32 version = directoryVersion;        //  4
+    U32 recordBytes = 256;                 //  8
+    U32 windowBegin = pinbuf::windowBegin; // 12: first address of the window
+    U32 windowEnd = pinbuf::windowEnd;     // 16: first address after it
+    U32 changes = 0;                       // 20: of records so far, modulo 2^32
+    U32 changed[changedLength] = {};       // 24: records of the last changes
+    U32 reserved[26] = {};                 // 152
 
     // Where change number `change`, counted from 1, is entered.
-    static constexpr std::size_t slotOf(std::uint32_t change) {
-        return (change - 1) % changedLength;
-    }
+    static constexpr std::size_t slotOf(U32 change) { return (change - 1) % changedLength; }
 
     bool operator==(const DirectoryHeader&) const = default;
 };
@@ -51,19 +48,19 @@ static_assert(offsetof(DirectoryHeader, changed) == 24 &&
               offsetof(DirectoryHeader, reserved) == 152);
 
 // How a region came to be. Another number than these says as little as `unknown`.
-enum class RegionOrigin : std::uint32_t {
+enum class RegionOrigin : U32 {
     unknown = 0, // by other means, or before records said so
     made = 1,    // by the library, with exactly the size on record
 };
 
 struct DirectoryRecord {
-    static constexpr std::uint32_t stateFree = 0;
-    static constexpr std::uint32_t stateValid = 1;
+    static constexpr U32 stateFree = 0;
+    static constexpr U32 stateValid = 1;
     static constexpr std::size_t maxOwnerBytes = 111;
 
-    std::uint32_t state = stateFree;          //   0: written last
-    std::uint32_t address = 0;                //   4: physical, a multiple of 4096
-    std::uint32_t sizeBytes = 0;              //   8: of the region's file; it takes whole pages
+    U32 state = stateFree;                    //   0: written last
+    U32 address = 0;                          //   4: physical, a multiple of 4096
+    U32 sizeBytes = 0;                        //   8: of the region's file; it takes whole pages
     RegionOrigin origin{};                    //  12
     char name[RegionName::maxBytes + 1] = {}; //  16: of region and file, zeros up to the end
     char owner[maxOwnerBytes + 1] = {};       // 144: who asked first, zeros up to the end
@@ -85,23 +82,21 @@ static_assert(offsetof(DirectoryRecord, origin) == 12);
 static_assert(offsetof(DirectoryRecord, name) == 16 && offsetof(DirectoryRecord, owner) == 144);
 
 // Where record `index` begins in the file.
-constexpr std::uint64_t recordOffsetBytes(std::uint64_t index) {
+constexpr U64 recordOffsetBytes(U64 index) {
     return sizeof(DirectoryHeader) + index * sizeof(DirectoryRecord);
 }
 
 // How many records a file of that size has, whose header is whole.
-constexpr std::size_t recordCountOf(std::uint64_t fileBytes) {
+constexpr std::size_t recordCountOf(U64 fileBytes) {
     return static_cast<std::size_t>((fileBytes - sizeof(DirectoryHeader)) /
                                     sizeof(DirectoryRecord));
 }
 
 // The file grows by one page at a time; the header and 15 records fill the first.
-inline constexpr std::uint64_t directoryGrowthBytes = 4096;
+inline constexpr U64 directoryGrowthBytes = 4096;
 
 // More regions than the address window has pages cannot be.
-inline constexpr std::uint64_t maxDirectoryBytes =
+inline constexpr U64 maxDirectoryBytes =
     recordOffsetBytes((windowEnd - windowBegin) / addressPageBytes) + directoryGrowthBytes;
 
 } // namespace pinbuf
-
-#endif // PINBUF_DETAIL_DIRECTORY_LAYOUT_H

@@ -3,8 +3,7 @@
 // Owns:    the memory of the records, and a descriptor of the file: as long as that is open, no
 //          other file gets the identity of this one.
 // Threads: remembered and recalled during a Turn.
-#ifndef PINBUF_DETAIL_DIRECTORY_SNAPSHOT_H
-#define PINBUF_DETAIL_DIRECTORY_SNAPSHOT_H
+#pragma once
 
 #include <memory>
 #include <pinbuf/detail/DirectoryIndex.h>
@@ -31,5 +30,3 @@ struct DirectorySnapshot {
 };
 
 } // namespace pinbuf
-
-#endif // PINBUF_DETAIL_DIRECTORY_SNAPSHOT_H

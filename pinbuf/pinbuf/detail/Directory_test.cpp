@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <functional>
 #include <gtest/gtest.h>
+#include <pinbuf/detail/Integers.h>
 #include <pinbuf/detail/TestSupport.h>
 #include <string>
 
@@ -25,7 +26,7 @@ protected:
     Directory open() { return Directory::openOrMake(folder); }
 
     // Enters a region whose file exists, sparse, so that the record does not count as vanished.
-    std::uint32_t enter(Directory& directory, const std::string& name, std::uint32_t sizeBytes) {
+    U32 enter(Directory& directory, const std::string& name, U32 sizeBytes) {
         const Directory::Place place = directory.placeFor(sizeBytes);
         regions.put(name, "");
         fs::resize_file(regions.path(name), sizeBytes);
@@ -132,8 +133,7 @@ TEST_F(DirectoryTest, TakesTheAddressesOfVanishedRegionsWhenNoOthersAreLeft) {
 TEST_F(DirectoryTest, HasNoRoomForMoreThanTheWindow) {
     Directory directory = open();
     EXPECT_EQ(directory.placeFor(0x80000000).address, 0x40000000U);
-    for (const std::uint64_t sizeBytes :
-         {0x80000001ULL, 0xffffffffULL, 0x100000000ULL, 1ULL << 62U}) {
+    for (const U64 sizeBytes : {0x80000001ULL, 0xffffffffULL, 0x100000000ULL, 1ULL << 62U}) {
         EXPECT_EQ(failureOf([&] { directory.placeFor(sizeBytes); }),
                   "no physical addresses left for " + std::to_string(sizeBytes) +
                       " bytes, the longest free range has 2147483648");
@@ -174,7 +174,7 @@ TEST_F(RememberedDirectory, SeesWhatOthersEntered) {
         for (int i = 0; i < count; ++i) {
             EXPECT_NE(directory.find(prefix + std::to_string(i)), nullptr) << count << ' ' << i;
         }
-        const std::uint32_t address = directory.find(prefix + std::to_string(count - 1))->address;
+        const U32 address = directory.find(prefix + std::to_string(count - 1))->address;
         EXPECT_EQ(enter(directory, "mine-" + std::to_string(count), 1), address + 4096);
         EXPECT_EQ(directory.find("mine")->address, 0x40000000U);
     }
@@ -251,7 +251,7 @@ TEST_F(RememberedDirectory, OverwritesNoRecordThatSomebodyWroteWithoutCounting) 
 
 TEST_F(RememberedDirectory, CountsItsChangesModulo32Bits) {
     std::string bytes = golden("empty");
-    const std::uint32_t almost = 0xfffffffe;
+    const U32 almost = 0xfffffffe;
     std::memcpy(bytes.data() + 20, &almost, sizeof almost);
     regions.replace(Directory::leaf, bytes);
     EXPECT_EQ(open().find("theirs-0"), nullptr);
@@ -269,7 +269,7 @@ TEST_F(DirectoryTest, WritesTheGoldenBytesOfAnEmptyFolder) {
 
 TEST_F(DirectoryTest, WritesTheGoldenBytesOfSeveralRegions) {
     Directory directory = open();
-    const auto put = [&](const std::string& name, std::uint32_t sizeBytes, const std::string& owner,
+    const auto put = [&](const std::string& name, U32 sizeBytes, const std::string& owner,
                          RegionOrigin origin = RegionOrigin::made) {
         directory.enter(directory.placeFor(sizeBytes), RegionName(name.c_str()), sizeBytes, owner,
                         origin);
@@ -289,7 +289,7 @@ TEST_F(DirectoryTest, WritesTheGoldenBytesOfMoreThanAPage) {
     Directory directory = open();
     for (unsigned i = 0; i < 16; ++i) {
         const std::string number = std::to_string(i);
-        const std::uint32_t sizeBytes = 4096 * i + 1;
+        const U32 sizeBytes = 4096 * i + 1;
         regions.put("region-" + number, std::string(sizeBytes, 'x'));
         directory.enter(directory.placeFor(sizeBytes), RegionName(("region-" + number).c_str()),
                         sizeBytes, "owner-" + number, RegionOrigin::made);
@@ -303,8 +303,8 @@ TEST_F(DirectoryTest, ReadsTheGoldenBytes) {
 
     struct Expected {
         std::string name;
-        std::uint32_t address;
-        std::uint32_t sizeBytes;
+        U32 address;
+        U32 sizeBytes;
         std::string owner;
         RegionOrigin origin = RegionOrigin::made;
     };
@@ -341,7 +341,7 @@ protected:
         return reason.substr(std::min(path.size(), reason.size()));
     }
 
-    static void storeWord(std::string& bytes, std::size_t offsetBytes, std::uint32_t word) {
+    static void storeWord(std::string& bytes, std::size_t offsetBytes, U32 word) {
         std::memcpy(bytes.data() + offsetBytes, &word, sizeof word);
     }
 
@@ -390,12 +390,11 @@ TEST_F(DamagedDirectory, SaysWhichRecordIsWrong) {
               "is damaged: record 1 has an unknown state");
     EXPECT_EQ(objection([](std::string& b) { storeWord(b, at(14, 0), 0x100); }),
               "is damaged: record 14 has an unknown state");
-    for (const std::uint32_t address :
-         {0U, 1U, 0x40000001U, 0x3ffff000U, 0xc0000000U, 0xfffff000U}) {
+    for (const U32 address : {0U, 1U, 0x40000001U, 0x3ffff000U, 0xc0000000U, 0xfffff000U}) {
         EXPECT_EQ(objection([&](std::string& b) { storeWord(b, at(2, 4), address); }),
                   "is damaged: record 2 lies outside the address window");
     }
-    for (const std::uint32_t sizeBytes : {0U, 0xffffffffU, 0x80000000U}) {
+    for (const U32 sizeBytes : {0U, 0xffffffffU, 0x80000000U}) {
         EXPECT_EQ(objection([&](std::string& b) { storeWord(b, at(2, 8), sizeBytes); }),
                   "is damaged: record 2 lies outside the address window");
     }
@@ -430,7 +429,7 @@ TEST_F(DamagedDirectory, IgnoresWhatAFreeRecordHolds) {
 
 TEST_F(DamagedDirectory, KnowsNoOtherOriginThanMade) {
     std::string bytes = golden("several");
-    for (const std::uint32_t origin : {0U, 2U, 0x100U, 0xffffffffU}) {
+    for (const U32 origin : {0U, 2U, 0x100U, 0xffffffffU}) {
         storeWord(bytes, at(1, 12), origin);
         regions.replace(Directory::leaf, bytes);
         EXPECT_FALSE(open().find("CacheTable-3-1-77")->isMade());

@@ -2,8 +2,7 @@
 //
 // Inside the library a step that cannot go on throws Failure with the reason. The face catches it
 // and reports the one line that the user sees: `call: region "name": reason`.
-#ifndef PINBUF_DETAIL_ERROR_H
-#define PINBUF_DETAIL_ERROR_H
+#pragma once
 
 #include <exception>
 #include <string>
@@ -43,5 +42,3 @@ const char* lastError() noexcept;
 void clearError() noexcept;
 
 } // namespace pinbuf
-
-#endif // PINBUF_DETAIL_ERROR_H

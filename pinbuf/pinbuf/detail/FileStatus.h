@@ -1,26 +1,25 @@
 // FileStatus.h - what the kernel says of a file, in the same widths in both word sizes and whatever
 // its times are.
-#ifndef PINBUF_DETAIL_FILE_STATUS_H
-#define PINBUF_DETAIL_FILE_STATUS_H
+#pragma once
 
-#include <cstdint>
 #include <optional>
+#include <pinbuf/detail/Integers.h>
 
 namespace pinbuf {
 
 // Tells the files of one machine apart, whatever they are named. No other file has the identity of
 // one that is open or mapped.
 struct FileIdentity {
-    std::uint64_t device = 0;
-    std::uint64_t inode = 0;
+    U64 device = 0;
+    U64 inode = 0;
     bool operator==(const FileIdentity&) const = default;
 };
 
 struct FileStatus {
     FileIdentity identity;
-    std::uint64_t sizeBytes = 0;
-    std::uint32_t mode = 0;   // permissions alone
-    std::uint32_t owner = 0;  // user id
+    U64 sizeBytes = 0;
+    U32 mode = 0;             // permissions alone
+    U32 owner = 0;            // user id
     std::int64_t changed = 0; // when its bytes or its status did last, in nanoseconds
     bool isRegular = false;
     bool isLink = false;   // a symbolic one
@@ -36,5 +35,3 @@ std::optional<FileStatus> statusOf(int descriptor);
 std::optional<FileStatus> statusOf(int folder, const char* name);
 
 } // namespace pinbuf
-
-#endif // PINBUF_DETAIL_FILE_STATUS_H

@@ -17,14 +17,13 @@ bool lacksAccess(const FileStatus& folder) { return (folder.mode & ownersAccess)
 // A trailing slash would make the kernel follow a symbolic link in the last component in spite of
 // O_NOFOLLOW; so would a trailing "/.".
 std::string withoutTrailingSlashes(std::string path) {
-    while (path.size() > 1) {
+    while (path.size() > 1)
         if (path.ends_with('/'))
             path.pop_back();
         else if (path.ends_with("/."))
             path.resize(path.size() - 1);
         else
             break;
-    }
     return path;
 }
 
@@ -43,9 +42,8 @@ Descriptor openIfPossible(const std::string& path) {
 
 // Of two processes that make the folder at once one succeeds, and both look at it afterwards.
 void make(const std::string& path) {
-    if (::mkdir(path.c_str(), ownersAccess) != 0 && errno != EEXIST) {
+    if (::mkdir(path.c_str(), ownersAccess) != 0 && errno != EEXIST)
         throw Failure("cannot make the folder " + inQuotes(path), errno);
-    }
 }
 
 // A umask may have taken our own access to a folder away when it was made. Whether we have it now.
@@ -100,16 +98,14 @@ void Folder::requireOurs() const {
                       std::to_string(status_.owner) + ", not to user " +
                       std::to_string(::geteuid()));
     }
-    if ((status_.mode & (S_IWGRP | S_IWOTH)) != 0) {
+    if ((status_.mode & (S_IWGRP | S_IWOTH)) != 0)
         throw Failure("the folder " + inQuotes(path_) + " is writable by others than its owner");
-    }
 }
 
 // What we may open, as root may everything, need not be what our next process may.
 void Folder::requireAccess() const {
-    if (lacksAccess(status_) && ::fchmod(descriptor(), status_.mode | ownersAccess) != 0) {
+    if (lacksAccess(status_) && ::fchmod(descriptor(), status_.mode | ownersAccess) != 0)
         throw Failure("cannot change the mode of the folder " + inQuotes(path_), errno);
-    }
 }
 
 std::string Folder::quotedPath() const { return inQuotes(path_); }

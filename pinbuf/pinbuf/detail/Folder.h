@@ -4,8 +4,7 @@
 //            it.
 // Invariant: it was reached through no symbolic link in its last component.
 // Errors:    throws Failure.
-#ifndef PINBUF_DETAIL_FOLDER_H
-#define PINBUF_DETAIL_FOLDER_H
+#pragma once
 
 #include <optional>
 #include <pinbuf/detail/Descriptor.h>
@@ -54,5 +53,3 @@ private:
 };
 
 } // namespace pinbuf
-
-#endif // PINBUF_DETAIL_FOLDER_H

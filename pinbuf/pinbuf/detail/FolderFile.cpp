@@ -5,12 +5,13 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <pinbuf/detail/Error.h>
+#include <pinbuf/detail/Integers.h>
 #include <sys/stat.h>
 
 namespace pinbuf {
 namespace {
 
-constexpr std::uint64_t reserveStepBytes = 1U << 20U;
+constexpr U64 reserveStepBytes = 1U << 20U;
 
 // O_NONBLOCK: opening a named pipe that somebody left there must not wait for its other end.
 constexpr int safely = O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
@@ -72,9 +73,8 @@ FolderFile FolderFile::openOrMake(const Folder& folder, const std::string& leaf)
     Descriptor descriptor(open());
     // A umask may have taken our own access away from a file that somebody made a moment ago.
     if (!descriptor.isOpen() && errno == EACCES &&
-        ::fchmodat(folder.descriptor(), leaf.c_str(), privateMode, AT_SYMLINK_NOFOLLOW) == 0) {
+        ::fchmodat(folder.descriptor(), leaf.c_str(), privateMode, AT_SYMLINK_NOFOLLOW) == 0)
         descriptor = Descriptor(open());
-    }
     if (!descriptor.isOpen()) throw openFailure(folder.quotedPathOf(leaf), errno);
     FolderFile file(folder.pathOf(leaf), std::move(descriptor));
     file.requireOurs();
@@ -106,34 +106,32 @@ std::optional<FolderFile> FolderFile::openToRead(const Folder& folder, const std
 
 void FolderFile::makePrivate() const {
     if (status_.mode == privateMode) return;
-    if (::fchmod(descriptor(), privateMode) != 0) {
+    if (::fchmod(descriptor(), privateMode) != 0)
         throw Failure("cannot change the mode of " + quotedPath(), errno);
-    }
 }
 
-void FolderFile::readAt(std::uint64_t offsetBytes, void* to, std::size_t sizeBytes) const {
+void FolderFile::readAt(U64 offsetBytes, void* to, std::size_t sizeBytes) const {
     transferAll(sizeBytes, "read", *this, [&](std::size_t done) {
         return ::pread(descriptor(), static_cast<std::byte*>(to) + done, sizeBytes - done,
                        static_cast<off_t>(offsetBytes + done));
     });
 }
 
-void FolderFile::writeAt(std::uint64_t offsetBytes, const void* from, std::size_t sizeBytes) const {
+void FolderFile::writeAt(U64 offsetBytes, const void* from, std::size_t sizeBytes) const {
     transferAll(sizeBytes, "write", *this, [&](std::size_t done) {
         return ::pwrite(descriptor(), static_cast<const std::byte*>(from) + done, sizeBytes - done,
                         static_cast<off_t>(offsetBytes + done));
     });
 }
 
-int reserveBytes(int descriptor, std::uint64_t offsetBytes, std::uint64_t lengthBytes) {
+int reserveBytes(int descriptor, U64 offsetBytes, U64 lengthBytes) {
     return ::posix_fallocate(descriptor, static_cast<off_t>(offsetBytes),
                              static_cast<off_t>(lengthBytes));
 }
 
-void reserveRange(int descriptor, std::uint64_t beginBytes, std::uint64_t endBytes,
-                  Reserve reserve) {
-    for (std::uint64_t offset = beginBytes; offset < endBytes;) {
-        const std::uint64_t stepBytes = std::min(reserveStepBytes, endBytes - offset);
+void reserveRange(int descriptor, U64 beginBytes, U64 endBytes, Reserve reserve) {
+    for (U64 offset = beginBytes; offset < endBytes;) {
+        const U64 stepBytes = std::min(reserveStepBytes, endBytes - offset);
         const int error = reserve(descriptor, offset, stepBytes);
         if (error == EINTR) continue;
         if (error != 0) {
@@ -148,7 +146,7 @@ void reserveHoles(const FolderFile& file) {
     // The bare system call: where a file system lacks it, the library's substitute rewrites bytes
     // that are there, and might undo what another process stores at that moment.
     reserveRange(file.descriptor(), 0, file.sizeBytes(),
-                 [](int descriptor, std::uint64_t offsetBytes, std::uint64_t lengthBytes) {
+                 [](int descriptor, U64 offsetBytes, U64 lengthBytes) {
                      const int result = ::fallocate(descriptor, 0, static_cast<off_t>(offsetBytes),
                                                     static_cast<off_t>(lengthBytes));
                      return result == 0 ? 0 : errno;
@@ -163,9 +161,8 @@ UnfinishedFile::UnfinishedFile(const Folder& folder, std::string unfinishedLeaf)
     };
     Descriptor descriptor(make());
     if (!descriptor.isOpen() && errno == EEXIST) { // what a killed process left
-        if (::unlinkat(folder_.descriptor(), leaf_.c_str(), 0) != 0) {
+        if (::unlinkat(folder_.descriptor(), leaf_.c_str(), 0) != 0)
             throw Failure("cannot remove " + folder_.quotedPathOf(leaf_), errno);
-        }
         descriptor = Descriptor(make());
     }
     if (!descriptor.isOpen()) throw Failure("cannot make " + folder_.quotedPathOf(leaf_), errno);
@@ -181,9 +178,8 @@ UnfinishedFile::~UnfinishedFile() {
 
 void UnfinishedFile::publishAs(const std::string& leaf) {
     if (::renameat2(folder_.descriptor(), leaf_.c_str(), folder_.descriptor(), leaf.c_str(),
-                    RENAME_NOREPLACE) != 0) {
+                    RENAME_NOREPLACE) != 0)
         throw Failure("cannot make " + folder_.quotedPathOf(leaf), errno);
-    }
     leaf_.clear();
 }
 

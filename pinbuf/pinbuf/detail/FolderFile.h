@@ -3,15 +3,14 @@
 // Owns:   one descriptor.
 // Links:  a file is opened by its name inside the open folder and never through a symbolic link.
 // Errors: throws Failure. An absent file is no error.
-#ifndef PINBUF_DETAIL_FOLDER_FILE_H
-#define PINBUF_DETAIL_FOLDER_FILE_H
+#pragma once
 
 #include <cstddef>
-#include <cstdint>
 #include <optional>
 #include <pinbuf/detail/Descriptor.h>
 #include <pinbuf/detail/FileStatus.h>
 #include <pinbuf/detail/Folder.h>
+#include <pinbuf/detail/Integers.h>
 #include <string>
 
 namespace pinbuf {
@@ -27,8 +26,8 @@ public:
     // The same to read only, and whoever owns it.
     static std::optional<FolderFile> openToRead(const Folder& folder, const std::string& leaf);
 
-    // As open() does, but makes an empty file, the user's alone, when there is none. It has its name
-    // from the first: only for a file whose bytes say nothing.
+    // As open() does, but makes an empty file, the user's alone, when there is none. It has its
+    // name from the first: only for a file whose bytes say nothing.
     static FolderFile openOrMake(const Folder& folder, const std::string& leaf);
 
     int descriptor() const { return descriptor_.number(); }
@@ -44,14 +43,14 @@ public:
     // not closed.
     bool lookAgain();
 
-    std::uint64_t sizeBytes() const { return status_.sizeBytes; }
+    U64 sizeBytes() const { return status_.sizeBytes; }
 
     // Gives the owner alone access.
     void makePrivate() const;
 
     // Moves exactly `sizeBytes` bytes, or throws.
-    void readAt(std::uint64_t offsetBytes, void* to, std::size_t sizeBytes) const;
-    void writeAt(std::uint64_t offsetBytes, const void* from, std::size_t sizeBytes) const;
+    void readAt(U64 offsetBytes, void* to, std::size_t sizeBytes) const;
+    void writeAt(U64 offsetBytes, const void* from, std::size_t sizeBytes) const;
 
 private:
     friend class UnfinishedFile;
@@ -67,14 +66,13 @@ private:
 
 // Reserves memory for bytes [offset, offset + length) of a file and makes the file reach that far,
 // as posix_fallocate does; returns 0 or the error number. Tests put a failing one in its place.
-using Reserve = int (*)(int descriptor, std::uint64_t offsetBytes, std::uint64_t lengthBytes);
-int reserveBytes(int descriptor, std::uint64_t offsetBytes, std::uint64_t lengthBytes);
+using Reserve = int (*)(int descriptor, U64 offsetBytes, U64 lengthBytes);
+int reserveBytes(int descriptor, U64 offsetBytes, U64 lengthBytes);
 
 // Extends the file to `endBytes` with zeros from `beginBytes` on, all of it reserved. In steps of a
 // megabyte: a step that a signal interrupts is repeated, and a step is short enough to get through
 // between two signals of a timer.
-void reserveRange(int descriptor, std::uint64_t beginBytes, std::uint64_t endBytes,
-                  Reserve reserve = reserveBytes);
+void reserveRange(int descriptor, U64 beginBytes, U64 endBytes, Reserve reserve = reserveBytes);
 
 // Reserves memory for the holes of a file that is already in use. Neither its bytes nor its size
 // change.
@@ -105,5 +103,3 @@ private:
 };
 
 } // namespace pinbuf
-
-#endif // PINBUF_DETAIL_FOLDER_FILE_H

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <gtest/gtest.h>
+#include <pinbuf/detail/Integers.h>
 #include <pinbuf/detail/TestSupport.h>
 #include <string>
 #include <sys/socket.h>
@@ -140,8 +141,8 @@ TEST_F(FolderFileTest, SaysWhyItCannotBeWritten) {
 using Reserving = FolderFileTest;
 
 struct Step {
-    std::uint64_t offsetBytes;
-    std::uint64_t lengthBytes;
+    U64 offsetBytes;
+    U64 lengthBytes;
     bool operator==(const Step&) const = default;
 };
 
@@ -152,7 +153,7 @@ std::vector<Step>& steps() {
 
 TEST_F(Reserving, GoesInStepsOfAMegabyte) {
     steps().clear();
-    reserveRange(-1, 10, 10 + 2 * 1048576 + 5, [](int, std::uint64_t offset, std::uint64_t length) {
+    reserveRange(-1, 10, 10 + 2 * 1048576 + 5, [](int, U64 offset, U64 length) {
         steps().push_back({offset, length});
         return 0;
     });
@@ -161,7 +162,7 @@ TEST_F(Reserving, GoesInStepsOfAMegabyte) {
 
 TEST_F(Reserving, RepeatsAnInterruptedStepOnly) {
     steps().clear();
-    reserveRange(-1, 0, 1048577, [](int, std::uint64_t offset, std::uint64_t length) {
+    reserveRange(-1, 0, 1048577, [](int, U64 offset, U64 length) {
         steps().push_back({offset, length});
         return steps().size() < 3 ? EINTR : 0;
     });
@@ -171,11 +172,10 @@ TEST_F(Reserving, RepeatsAnInterruptedStepOnly) {
 TEST_F(Reserving, StopsAtTheFirstFailure) {
     steps().clear();
     EXPECT_EQ(failureOf([] {
-                  reserveRange(-1, 0, 3 * 1048576,
-                               [](int, std::uint64_t offset, std::uint64_t length) {
-                                   steps().push_back({offset, length});
-                                   return steps().size() == 2 ? ENOSPC : 0;
-                               });
+                  reserveRange(-1, 0, 3 * 1048576, [](int, U64 offset, U64 length) {
+                      steps().push_back({offset, length});
+                      return steps().size() == 2 ? ENOSPC : 0;
+                  });
               }),
               "cannot reserve 3145728 bytes: No space left on device");
     EXPECT_EQ(steps().size(), 2U);

@@ -7,8 +7,7 @@
 // Wait:  as long as another holder takes. After a second a line on standard error says who that is.
 // Scope: it is also the thread's Turn, which keeps the threads of one process apart.
 // Errors: throws Failure.
-#ifndef PINBUF_DETAIL_FOLDER_LOCK_H
-#define PINBUF_DETAIL_FOLDER_LOCK_H
+#pragma once
 
 #include <pinbuf/detail/Folder.h>
 #include <pinbuf/detail/LockFile.h>
@@ -43,5 +42,3 @@ private:
 };
 
 } // namespace pinbuf
-
-#endif // PINBUF_DETAIL_FOLDER_LOCK_H

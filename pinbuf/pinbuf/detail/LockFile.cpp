@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <limits>
 #include <pinbuf/detail/Error.h>
+#include <pinbuf/detail/Integers.h>
 #include <pinbuf/detail/Turn.h>
 #include <thread>
 #include <unistd.h>
@@ -14,12 +15,13 @@ namespace pinbuf {
 namespace {
 
 // The record lock of one byte of the file.
-struct flock recordOf(std::uint64_t number, int type) {
+struct flock recordOf(U64 number, int type) {
     struct flock record {};
 
     record.l_type = static_cast<short>(type);
     record.l_whence = SEEK_SET;
-    // An inode number has 64 bits, an offset 63: the lower ones tell files of one folder apart, too.
+    // An inode number has 64 bits, an offset 63: the lower ones tell files of one folder apart,
+    // too.
     record.l_start = static_cast<off_t>(number & std::numeric_limits<std::int64_t>::max());
     record.l_len = 1;
     return record;
@@ -52,9 +54,8 @@ LockFile* LockFile::openToRead(const Folder& folder) {
 }
 
 LockFile* LockFile::find(const Folder& folder) {
-    for (const std::unique_ptr<LockFile>& file : all()) {
+    for (const std::unique_ptr<LockFile>& file : all())
         if (file->folder_ == folder.identity() && file->isCurrent(folder)) return file.get();
-    }
     return nullptr;
 }
 
@@ -84,7 +85,7 @@ bool LockFile::isCurrent(const Folder& folder) {
     return named && named->identity == file_.status().identity;
 }
 
-std::vector<std::uint64_t>& LockFile::held() {
+std::vector<U64>& LockFile::held() {
     if (forks_ != Turn::forks()) { // what the parent holds
         held_.clear();
         forks_ = Turn::forks();
@@ -92,8 +93,8 @@ std::vector<std::uint64_t>& LockFile::held() {
     return held_;
 }
 
-LockFile::Hold LockFile::hold(std::uint64_t number) {
-    std::vector<std::uint64_t>& ours = held();
+LockFile::Hold LockFile::hold(U64 number) {
+    std::vector<U64>& ours = held();
     if (std::ranges::find(ours, number) != ours.end()) return {false, ::getpid()};
     ours.reserve(ours.size() + 1);
     while (!tryLock(number, Mode::exclusive)) {
@@ -105,14 +106,14 @@ LockFile::Hold LockFile::hold(std::uint64_t number) {
     return {true, ::getpid()};
 }
 
-bool LockFile::tryLock(std::uint64_t number, Mode mode) const {
+bool LockFile::tryLock(U64 number, Mode mode) const {
     const struct flock record = recordOf(number, typeOf(mode));
     if (::fcntl(file_.descriptor(), F_SETLK, &record) == 0) return true;
     if (errno == EAGAIN || errno == EACCES || errno == EINTR) return false;
     throw Failure("cannot lock " + file_.quotedPath(), errno);
 }
 
-void LockFile::lock(std::uint64_t number, Mode mode) const {
+void LockFile::lock(U64 number, Mode mode) const {
     const struct flock record = recordOf(number, typeOf(mode));
     while (::fcntl(file_.descriptor(), F_SETLKW, &record) != 0) {
         // The kernel takes it for a deadlock when a thread of the holder waits for some other
@@ -124,18 +125,16 @@ void LockFile::lock(std::uint64_t number, Mode mode) const {
     }
 }
 
-void LockFile::unlock(std::uint64_t number) const noexcept {
+void LockFile::unlock(U64 number) const noexcept {
     const struct flock record = recordOf(number, F_UNLCK);
-    if (::fcntl(file_.descriptor(), F_SETLK, &record) != 0) {
+    if (::fcntl(file_.descriptor(), F_SETLK, &record) != 0)
         notice("cannot unlock the lock file of a folder");
-    }
 }
 
-std::optional<int> LockFile::holderOf(std::uint64_t number, Mode mode) const {
+std::optional<int> LockFile::holderOf(U64 number, Mode mode) const {
     struct flock record = recordOf(number, typeOf(mode));
-    if (::fcntl(file_.descriptor(), F_GETLK, &record) != 0) {
+    if (::fcntl(file_.descriptor(), F_GETLK, &record) != 0)
         throw Failure("cannot examine the locks of " + file_.quotedPath(), errno);
-    }
     if (record.l_type == F_UNLCK) return std::nullopt;
     return std::max(static_cast<int>(record.l_pid), 0); // -1: no process, but an open file has it
 }

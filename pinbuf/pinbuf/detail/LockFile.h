@@ -11,15 +11,14 @@
 //          them, exec and every end of the process drop them.
 // Errors:  throws Failure.
 // Threads: everything here happens during a Turn, and a reference is good for as long.
-#ifndef PINBUF_DETAIL_LOCK_FILE_H
-#define PINBUF_DETAIL_LOCK_FILE_H
+#pragma once
 
-#include <cstdint>
 #include <memory>
 #include <optional>
 #include <pinbuf/detail/FileStatus.h>
 #include <pinbuf/detail/Folder.h>
 #include <pinbuf/detail/FolderFile.h>
+#include <pinbuf/detail/Integers.h>
 #include <vector>
 
 namespace pinbuf {
@@ -28,7 +27,7 @@ class LockFile {
 public:
     static constexpr const char* leaf = ".locks";
 
-    static constexpr std::uint64_t folderByte = 0;
+    static constexpr U64 folderByte = 0;
 
     // The folder's lock file; makes it when there is none.
     static LockFile& openOrMake(const Folder& folder);
@@ -43,13 +42,13 @@ public:
     enum class Mode { shared, exclusive };
 
     // Locks byte `number` for this process: at once or not at all; or as soon as the others permit.
-    bool tryLock(std::uint64_t number, Mode mode) const;
-    void lock(std::uint64_t number, Mode mode) const;
-    void unlock(std::uint64_t number) const noexcept;
+    bool tryLock(U64 number, Mode mode) const;
+    void lock(U64 number, Mode mode) const;
+    void unlock(U64 number) const noexcept;
 
     // A process that keeps this one from locking byte `number`; 0: one in a PID name space that
     // this process does not see; empty when there is none.
-    std::optional<int> holderOf(std::uint64_t number, Mode mode) const;
+    std::optional<int> holderOf(U64 number, Mode mode) const;
 
     // Locks byte `number` until the process ends, by outcome:
     // (1) nobody had it: has it now;
@@ -59,7 +58,7 @@ public:
         int process; // as of holderOf
     };
 
-    Hold hold(std::uint64_t number);
+    Hold hold(U64 number);
 
 private:
     LockFile(const FileIdentity& folder, FolderFile file, bool mayChange);
@@ -69,15 +68,13 @@ private:
     static void giveUpOthers(const Folder& folder);
     static LockFile& keep(const Folder& folder, FolderFile file, bool mayChange);
 
-    std::vector<std::uint64_t>& held();
+    std::vector<U64>& held();
 
     FileIdentity folder_;
     FolderFile file_;
-    bool mayChange_;                  // false: for shared locks only, and holds nothing
-    std::vector<std::uint64_t> held_; // by the process that was the forks_th child
+    bool mayChange_;        // false: for shared locks only, and holds nothing
+    std::vector<U64> held_; // by the process that was the forks_th child
     unsigned forks_;
 };
 
 } // namespace pinbuf
-
-#endif // PINBUF_DETAIL_LOCK_FILE_H

@@ -1,6 +1,7 @@
 #include <pinbuf/detail/LockFile.h>
 
 #include <gtest/gtest.h>
+#include <pinbuf/detail/Integers.h>
 #include <pinbuf/detail/TestSupport.h>
 #include <pinbuf/detail/Turn.h>
 #include <string>
@@ -18,7 +19,7 @@ class LockFileTest : public testing::Test {
 protected:
     Folder folder() const { return Folder::openOrMake(regions.path()); }
 
-    static LockFile::Hold hold(const Folder& folder, std::uint64_t number) {
+    static LockFile::Hold hold(const Folder& folder, U64 number) {
         const Turn turn;
         return LockFile::openOrMake(folder).hold(number);
     }
@@ -80,7 +81,7 @@ TEST_F(LockFileTest, IsOpenedOnceForAProcess) {
     const Folder made = folder();
     hold(made, 1);
     const std::size_t before = openDescriptors();
-    for (std::uint64_t number = 2; number < 50; ++number) hold(folder(), number);
+    for (U64 number = 2; number < 50; ++number) hold(folder(), number);
     EXPECT_EQ(openDescriptors(), before);
 }
 
@@ -104,7 +105,7 @@ TEST_F(LockFileTest, KnowsTheHoldsOfSeveralFolders) {
 
 TEST_F(LockFileTest, HasAByteForEveryInode) {
     const Folder made = folder();
-    for (const std::uint64_t number : {1ULL, (1ULL << 32U) + 1, (1ULL << 63U) - 1}) {
+    for (const U64 number : {1ULL, (1ULL << 32U) + 1, (1ULL << 63U) - 1}) {
         EXPECT_TRUE(hold(made, number).isNew) << number;
         EXPECT_FALSE(hold(made, number).isNew) << number;
     }

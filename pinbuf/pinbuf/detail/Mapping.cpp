@@ -3,10 +3,10 @@
 #include <atomic>
 #include <cerrno>
 #include <cstddef>
-#include <cstdint>
 #include <limits>
 #include <memory>
 #include <pinbuf/detail/Error.h>
+#include <pinbuf/detail/Integers.h>
 #include <string>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -16,7 +16,7 @@ namespace {
 
 struct Mapping {
     FileIdentity file;
-    std::uint64_t sizeBytes;
+    U64 sizeBytes;
     void* address;
     std::size_t spanBytes; // of address space, with the zeros that follow
     const Mapping* next;
@@ -26,26 +26,24 @@ constinit std::atomic<const Mapping*> mappings{nullptr};
 
 const Mapping* find(const Mapping* from, const FolderFile& file) {
     while (from != nullptr &&
-           (from->file != file.status().identity || from->sizeBytes != file.sizeBytes())) {
+           (from->file != file.status().identity || from->sizeBytes != file.sizeBytes()))
         from = from->next;
-    }
     return from;
 }
 
-[[noreturn]] void throwCannotMap(std::uint64_t sizeBytes, int error) {
+[[noreturn]] void throwCannotMap(U64 sizeBytes, int error) {
     throw Failure("cannot map " + std::to_string(sizeBytes) + " bytes", error);
 }
 
 // The address space that the mapping takes: the region in whole pages and one page more.
-std::size_t spanFor(std::uint64_t sizeBytes) {
+std::size_t spanFor(U64 sizeBytes) {
     const long known = ::sysconf(_SC_PAGESIZE);
     if (known <= 0) throw Failure("the size of a page is not known");
-    const auto pageBytes = static_cast<std::uint64_t>(known);
-    const std::uint64_t spanBytes = (sizeBytes / pageBytes + 2) * pageBytes;
-    if (sizeBytes > std::numeric_limits<std::uint32_t>::max() ||
-        spanBytes > std::numeric_limits<std::size_t>::max()) {
+    const auto pageBytes = static_cast<U64>(known);
+    const U64 spanBytes = (sizeBytes / pageBytes + 2) * pageBytes;
+    if (sizeBytes > std::numeric_limits<U32>::max() ||
+        spanBytes > std::numeric_limits<std::size_t>::max())
         throwCannotMap(sizeBytes, ENOMEM);
-    }
     return static_cast<std::size_t>(spanBytes);
 }
 

@@ -7,8 +7,7 @@
 //            a process forked while another thread maps finds the list whole, and inherits the
 //            mappings that it names.
 // Cost:      a walk over the mappings of the process, and two system calls for a new one.
-#ifndef PINBUF_DETAIL_MAPPING_H
-#define PINBUF_DETAIL_MAPPING_H
+#pragma once
 
 #include <pinbuf/detail/FolderFile.h>
 
@@ -21,5 +20,3 @@ namespace pinbuf {
 void* mapOnce(const FolderFile& file);
 
 } // namespace pinbuf
-
-#endif // PINBUF_DETAIL_MAPPING_H

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <pinbuf/detail/Integers.h>
 #include <pinbuf/detail/TestSupport.h>
 #include <string>
 #include <sys/resource.h>
@@ -76,7 +77,7 @@ TEST_F(MapOnce, IsFollowedByZeros) {
         const std::size_t readable = (sizeBytes + 4095) / 4096 * 4096 + 4096;
         for (std::size_t i = sizeBytes; i < readable; ++i)
             ASSERT_EQ(r[i], 0) << sizeBytes << " at " << i;
-        std::uint64_t word = 0;
+        U64 word = 0;
         std::memcpy(&word, r + sizeBytes - 1, sizeof word); // a whole word at the last byte
         EXPECT_EQ(word, 0xffU);
     }

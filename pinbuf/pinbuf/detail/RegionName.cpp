@@ -18,9 +18,8 @@ RegionName::RegionName(const char* text) {
     if (text == nullptr) throw Failure("the name is null");
     // One byte more than allowed is enough to see that a name is too long, however long it is.
     text_.assign(text, ::strnlen(text, maxBytes + 1));
-    if (const std::string_view objection = objectionTo(text_); !objection.empty()) {
+    if (const std::string_view objection = objectionTo(text_); !objection.empty())
         throw Failure("the name " + std::string(objection));
-    }
 }
 
 std::string_view RegionName::objectionTo(std::string_view text) {

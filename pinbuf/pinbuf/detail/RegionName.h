@@ -4,8 +4,7 @@
 //            '.'. So the name is one path component, is neither "." nor "..", and cannot be one of
 //            the folder's own files, which all begin with a dot. Bytes from 0x80 up are allowed as
 //            they stand.
-#ifndef PINBUF_DETAIL_REGION_NAME_H
-#define PINBUF_DETAIL_REGION_NAME_H
+#pragma once
 
 #include <cstddef>
 #include <string>
@@ -30,5 +29,3 @@ private:
 };
 
 } // namespace pinbuf
-
-#endif // PINBUF_DETAIL_REGION_NAME_H

@@ -9,6 +9,7 @@
 #include <optional>
 #include <pinbuf/detail/Error.h>
 #include <pinbuf/detail/FolderLock.h>
+#include <pinbuf/detail/Integers.h>
 #include <pinbuf/detail/Mapping.h>
 #include <string>
 
@@ -16,29 +17,27 @@ namespace pinbuf {
 namespace {
 
 // The address on record for a file that exists; a file without a fitting record gets one.
-std::uint32_t adopt(Directory& directory, const FolderFile& file, const RegionName& name,
-                    std::string_view owner) {
+U32 adopt(Directory& directory, const FolderFile& file, const RegionName& name,
+          std::string_view owner) {
     if (const DirectoryRecord* record = directory.find(name.text());
-        record != nullptr && record->sizeBytes == file.sizeBytes()) {
+        record != nullptr && record->sizeBytes == file.sizeBytes())
         return record->address;
-    }
     directory.forget(name.text());
     const Directory::Place place = directory.placeFor(file.sizeBytes());
     // It fits the address window, so it fits 32 bits.
-    directory.enter(place, name, static_cast<std::uint32_t>(file.sizeBytes()), owner,
-                    RegionOrigin::unknown);
+    directory.enter(place, name, static_cast<U32>(file.sizeBytes()), owner, RegionOrigin::unknown);
     return place.address;
 }
 
 // An existing region: long enough, reserved, the user's alone.
-std::uint32_t reuse(Directory& directory, const FolderFile& file, const RegionName& name,
-                    std::uint32_t sizeBytes, std::string_view owner) {
+U32 reuse(Directory& directory, const FolderFile& file, const RegionName& name, U32 sizeBytes,
+          std::string_view owner) {
     if (file.sizeBytes() < sizeBytes) {
         throw Failure("the region has " + std::to_string(file.sizeBytes()) + " bytes, " +
                       std::to_string(sizeBytes) + " are asked for");
     }
     file.makePrivate();
-    const std::uint32_t address = adopt(directory, file, name, owner);
+    const U32 address = adopt(directory, file, name, owner);
     if (file.status().hasHoles) reserveHoles(file);
     return address;
 }
@@ -67,9 +66,8 @@ std::vector<std::string> regionNames(const Folder& folder) {
 
     std::vector<std::string> names;
     errno = 0;
-    while (const dirent* entry = ::readdir(stream.get())) {
+    while (const dirent* entry = ::readdir(stream.get()))
         if (RegionName::objectionTo(entry->d_name).empty()) names.emplace_back(entry->d_name);
-    }
     if (errno != 0) throw Failure("cannot read the folder", errno);
     std::ranges::sort(names);
     return names;
@@ -79,11 +77,9 @@ std::vector<std::string> regionNames(const Folder& folder) {
 std::optional<RegionInfo> describe(const Folder& folder, const std::optional<Directory>& directory,
                                    const std::string& name) {
     const std::optional<FileStatus> found = statusOf(folder.descriptor(), name.c_str());
-    if (!found || !found->isRegular ||
-        found->sizeBytes > std::numeric_limits<std::uint32_t>::max()) {
+    if (!found || !found->isRegular || found->sizeBytes > std::numeric_limits<U32>::max())
         return std::nullopt;
-    }
-    RegionInfo info{name, "", 0, static_cast<std::uint32_t>(found->sizeBytes), false};
+    RegionInfo info{name, "", 0, static_cast<U32>(found->sizeBytes), false};
     const DirectoryRecord* record = directory ? directory->find(name) : nullptr;
     if (record != nullptr && record->sizeBytes == info.sizeBytes) {
         info.owner = record->owner;
@@ -100,8 +96,7 @@ const ShmBackend& ShmBackend::instance() {
     return backend;
 }
 
-std::uint32_t ShmBackend::alloc(const RegionName& name, std::uint32_t sizeBytes,
-                                std::string_view owner) const {
+U32 ShmBackend::alloc(const RegionName& name, U32 sizeBytes, std::string_view owner) const {
     const Folder folder = Folder::openOrMake(Folder::chosenPath());
     const FolderLock lock = FolderLock::toChange(folder);
     Directory directory = Directory::openOrMake(folder);
@@ -111,8 +106,8 @@ std::uint32_t ShmBackend::alloc(const RegionName& name, std::uint32_t sizeBytes,
                 : make(folder, directory, name, sizeBytes, owner);
 }
 
-std::uint32_t ShmBackend::make(const Folder& folder, Directory& directory, const RegionName& name,
-                               std::uint32_t sizeBytes, std::string_view owner) const {
+U32 ShmBackend::make(const Folder& folder, Directory& directory, const RegionName& name,
+                     U32 sizeBytes, std::string_view owner) const {
     directory.forget(name.text()); // its file has vanished
     const Directory::Place place = directory.placeFor(sizeBytes);
     UnfinishedFile unfinished(folder, unfinishedLeaf);
@@ -157,11 +152,9 @@ std::vector<RegionInfo> ShmBackend::list() const {
 
     const FolderLock lock = FolderLock::toRead(*folder);
     const std::optional<Directory> directory = Directory::openToRead(*folder);
-    for (const std::string& name : regionNames(*folder)) {
-        if (std::optional<RegionInfo> info = describe(*folder, directory, name)) {
+    for (const std::string& name : regionNames(*folder))
+        if (std::optional<RegionInfo> info = describe(*folder, directory, name))
             regions.push_back(std::move(*info));
-        }
-    }
     return regions;
 }
 

@@ -15,15 +15,14 @@
 //          So what has a region's name is complete, whoever died. A step that fails is undone.
 // Adopted: a file that somebody else put there has no record, or one with another size; it gets a
 //          record then.
-#ifndef PINBUF_DETAIL_SHM_BACKEND_H
-#define PINBUF_DETAIL_SHM_BACKEND_H
+#pragma once
 
-#include <cstdint>
 #include <optional>
 #include <pinbuf/detail/Backend.h>
 #include <pinbuf/detail/Directory.h>
 #include <pinbuf/detail/Folder.h>
 #include <pinbuf/detail/FolderFile.h>
+#include <pinbuf/detail/Integers.h>
 #include <string_view>
 #include <vector>
 
@@ -39,20 +38,17 @@ public:
     // `reserve` gives a new region its memory; another one than the default is for tests.
     explicit constexpr ShmBackend(Reserve reserve = reserveBytes) : reserve_(reserve) {}
 
-    std::uint32_t alloc(const RegionName& name, std::uint32_t sizeBytes,
-                        std::string_view owner) const override;
+    U32 alloc(const RegionName& name, U32 sizeBytes, std::string_view owner) const override;
     void* map(const RegionName& name, const PlatformConstants& constants) const override;
     RegionHolder hold(const RegionName& name) const override;
     std::optional<RegionInfo> find(const RegionName& name) const override;
     std::vector<RegionInfo> list() const override;
 
 private:
-    std::uint32_t make(const Folder& folder, Directory& directory, const RegionName& name,
-                       std::uint32_t sizeBytes, std::string_view owner) const;
+    U32 make(const Folder& folder, Directory& directory, const RegionName& name, U32 sizeBytes,
+             std::string_view owner) const;
 
     Reserve reserve_;
 };
 
 } // namespace pinbuf
-
-#endif // PINBUF_DETAIL_SHM_BACKEND_H

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstring>
 #include <gtest/gtest.h>
+#include <pinbuf/detail/Integers.h>
 #include <pinbuf/detail/TestSupport.h>
 #include <string>
 
@@ -14,16 +15,16 @@ using test::failureOf;
 using test::RegionFolder;
 using Leaves = std::vector<std::string>;
 
-int reserveNothing(int, std::uint64_t, std::uint64_t) { return ENOSPC; }
+int reserveNothing(int, U64, U64) { return ENOSPC; }
 
 // Reserves the first megabyte, then finds the file system full.
-int reserveOneStep(int descriptor, std::uint64_t offsetBytes, std::uint64_t lengthBytes) {
+int reserveOneStep(int descriptor, U64 offsetBytes, U64 lengthBytes) {
     return offsetBytes == 0 ? reserveBytes(descriptor, offsetBytes, lengthBytes) : ENOSPC;
 }
 
 class ShmBackendTest : public testing::Test {
 protected:
-    static std::uint32_t alloc(const char* name, std::uint32_t sizeBytes) {
+    static U32 alloc(const char* name, U32 sizeBytes) {
         return ShmBackend::instance().alloc(RegionName(name), sizeBytes, "owner");
     }
 
@@ -56,7 +57,7 @@ TEST_F(ShmBackendTest, FindsARegionEvenWhenThereIsNoMemoryForNewOnes) {
 }
 
 TEST_F(ShmBackendTest, LeavesNoRecordWhenTheNameIsTakenAtTheLastMoment) {
-    const ShmBackend overtaken([](int, std::uint64_t, std::uint64_t) {
+    const ShmBackend overtaken([](int, U64, U64) {
         std::ofstream(std::string(std::getenv("PINBUF_DIR")) + "/r") << "by hand";
         return 0;
     });

@@ -1,6 +1,5 @@
 // TestSupport.h - what the tests of this folder share; not part of the library.
-#ifndef PINBUF_DETAIL_TEST_SUPPORT_H
-#define PINBUF_DETAIL_TEST_SUPPORT_H
+#pragma once
 
 #include <array>
 #include <cerrno>
@@ -87,9 +86,8 @@ public:
     // Everything in the folder, hidden files included, sorted.
     std::vector<std::string> leaves() const {
         std::vector<std::string> result;
-        for (const auto& entry : std::filesystem::directory_iterator(path())) {
+        for (const auto& entry : std::filesystem::directory_iterator(path()))
             result.push_back(entry.path().filename().string());
-        }
         std::sort(result.begin(), result.end());
         return result;
     }
@@ -200,5 +198,3 @@ inline bool isRoot() { return ::geteuid() == 0; }
 inline constexpr unsigned nobody = 65534;
 
 } // namespace pinbuf::test
-
-#endif // PINBUF_DETAIL_TEST_SUPPORT_H

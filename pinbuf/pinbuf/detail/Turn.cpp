@@ -35,8 +35,8 @@ void watchForks() {
 
 Turn::Turn() {
     watchForks();
-    // A clock that is set meanwhile only shifts the notice. (The thread sanitizer of Clang 14 does not know the form that
-    // takes a steady clock.)
+    // A clock that is set meanwhile only shifts the notice. (The thread sanitizer of Clang 14 does
+    // not know the form that takes a steady clock.)
     timespec until{};
     ::clock_gettime(CLOCK_REALTIME, &until);
     until.tv_sec += 1;

@@ -7,8 +7,7 @@
 //          child has not got may have left half changed in memory is never looked at again (see
 //          TurnState).
 // Threads: any. One turn at a time for a thread: no turn within a turn.
-#ifndef PINBUF_DETAIL_TURN_H
-#define PINBUF_DETAIL_TURN_H
+#pragma once
 
 namespace pinbuf {
 
@@ -47,5 +46,3 @@ private:
 };
 
 } // namespace pinbuf
-
-#endif // PINBUF_DETAIL_TURN_H

@@ -19,9 +19,8 @@ sigset_t fileSizeSignal() {
 // None of these calls can fail with these arguments; where one did nevertheless, nothing is
 // changed and nothing put back.
 Undisturbed::Undisturbed() noexcept {
-    if (::pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &cancelStateBefore_) != 0) {
+    if (::pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &cancelStateBefore_) != 0)
         cancelStateBefore_ = PTHREAD_CANCEL_ENABLE;
-    }
     const sigset_t signal = fileSizeSignal();
     isBlocked_ = ::pthread_sigmask(SIG_BLOCK, &signal, &maskBefore_) == 0;
     // Only what the thread had blocked before can have been waiting.

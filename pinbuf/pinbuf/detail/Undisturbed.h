@@ -5,8 +5,7 @@
 //            process may. It waits while this lives. Who reports the error takes back the signal
 //            that came with it; one that waited before is left alone.
 // Threads:   concerns the calling thread alone.
-#ifndef PINBUF_DETAIL_UNDISTURBED_H
-#define PINBUF_DETAIL_UNDISTURBED_H
+#pragma once
 
 #include <csignal>
 
@@ -30,5 +29,3 @@ private:
 };
 
 } // namespace pinbuf
-
-#endif // PINBUF_DETAIL_UNDISTURBED_H
