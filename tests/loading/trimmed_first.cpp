@@ -1,5 +1,4 @@
 #include <Vel/DefineModule.h>
 #include <Vel/testing/NetTypes.h>
 
-VEL_MODULE(trimmedFirst, Net::Protocol, Net::Port, Net::LowPort, Net::Endpoint, Net::Route,
-           Net::Table)
+VEL_MODULE(trimmedFirst, Net::Types)

@@ -8,7 +8,7 @@
 #include <string>
 #include <type_traits>
 
-VEL_MODULE(netModule, Net::Protocol, Net::Port, Net::LowPort, Net::Endpoint, Net::Route, Net::Table)
+VEL_MODULE(netModule, Net::Types)
 
 namespace Vel {
 namespace {

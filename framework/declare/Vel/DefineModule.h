@@ -1,8 +1,10 @@
-// DefineModule.h - VEL_MODULE: what a module's source file says; see Module.h.
+// DefineModule.h - VEL_MODULE(routine, list): what a module's source file says; see Module.h. The list is a TypeList, or the
+// types themselves.
 #pragma once
 
 #include <Vel/Module.h>
 #include <Vel/Name.h>
+#include <Vel/TypeList.h>
 #include <Vel/value/Describe.h>
 #include <array>
 #include <cstddef>
@@ -36,14 +38,25 @@ private:
     char chars_[size]{};
 };
 
+template <class List>
+struct ModuleOf;
+
+template <class... Types>
+struct ModuleOf<TypeList<Types...>> {
+    using Names = ModuleNames<Types...>;
+
+    static constexpr const auto& types = moduleTypes<Types...>;
+};
+
 } // namespace Vel::detail
 
 // The section is kept when the linker drops what nothing refers to; a module's names start on a boundary of their own.
 #define VEL_MODULE(routine, ...)                                                                   \
     namespace {                                                                                    \
-    [[gnu::section(".vel.type"), gnu::used,                                                        \
-      gnu::retain]] alignas(16) constinit ::Vel::detail::ModuleNames<__VA_ARGS__> routine##Names;  \
-    constinit ::Vel::Module routine##Module(::Vel::detail::moduleTypes<__VA_ARGS__>);              \
+    using routine##Types = ::Vel::detail::ModuleOf<::Vel::detail::ListOf<__VA_ARGS__>::List>;      \
+    [[gnu::section(".vel.type"), gnu::used, gnu::retain]] alignas(16) constinit routine            \
+        ##Types::Names routine##Names;                                                             \
+    constinit ::Vel::Module routine##Module(routine##Types::types);                                \
     [[gnu::constructor]] void routine##AtLoad() { routine##Module.load(); }                        \
     }                                                                                              \
     extern "C" void routine() { routine##Module.registerTypes(); }

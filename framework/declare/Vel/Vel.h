@@ -48,6 +48,7 @@
 #include <Vel/String8.h>
 #include <Vel/TraceHandle.h>
 #include <Vel/TypeDescription.h>
+#include <Vel/TypeList.h>
 #include <Vel/TypeSection.h>
 #include <Vel/VFPtrInterface.h>
 #include <Vel/Value.h>

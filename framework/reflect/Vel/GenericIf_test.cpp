@@ -10,7 +10,7 @@
 #include <initializer_list>
 #include <string>
 
-VEL_MODULE(netModule, Net::Protocol, Net::Port, Net::LowPort, Net::Endpoint, Net::Route, Net::Table)
+VEL_MODULE(netModule, Net::Types)
 
 namespace Vel {
 namespace {

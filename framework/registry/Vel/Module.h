@@ -1,7 +1,7 @@
 // Module.h - the types that one source module brings: one ordered list, from which all that loading does is made.
 //
 //     // Net_module.cpp
-//     VEL_MODULE(velInitNet, Net::DeviceId, Net::Table)
+//     VEL_MODULE(velInitNet, Vel::TypeList<Net::DeviceId, Net::Table>)
 //
 // Made from the list:
 //   - the module's part of the library's section .vel.type (TypeSection.h): the qualified names, NUL-terminated; namespace by

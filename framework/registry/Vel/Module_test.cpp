@@ -35,7 +35,7 @@ VEL_DEFINE_VALUE(OtherPort)
 
 } // namespace Net
 
-VEL_MODULE(netModule, Net::Protocol, Net::Port, Net::LowPort, Net::Endpoint, Net::Route, Net::Table)
+VEL_MODULE(netModule, Net::Types)
 
 namespace Late {
 

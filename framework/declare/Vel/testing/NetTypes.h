@@ -7,6 +7,7 @@
 #include <Vel/MapMember.h>
 #include <Vel/Ptr.h>
 #include <Vel/PtrInterface.h>
+#include <Vel/TypeList.h>
 #include <Vel/Value.h>
 #include <Vel/value/DeclareEntity.h>
 #include <Vel/value/Define.h>
@@ -183,5 +184,8 @@ private:
 };
 
 VEL_DEFINE_ENTITY(Table)
+
+// VEL_MODULE(netModule, Net::Types)
+using Types = Vel::TypeList<Protocol, Port, LowPort, Endpoint, Route, Table>;
 
 } // namespace Net
