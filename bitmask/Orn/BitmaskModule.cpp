@@ -1,7 +1,6 @@
 #include <Orn/BitmaskModule.h>
 
-#include <Orn/BitId.h>
-#include <Orn/U64Bitmask.h>
+#include <Orn/BitmaskTypes.h>
 #include <Vel/DefineModule.h>
 
-VEL_MODULE(velInitU64Bitmask, Orn::BitId, Orn::U64Bitmask)
+VEL_MODULE(velInitU64Bitmask, Orn::BitmaskTypes)

@@ -1,6 +1,5 @@
 // Orn.h - everything of this folder: bit ids, masks of 64 bits, and their iterator.
 #pragma once
 
-#include <Orn/BitId.h>
-#include <Orn/U64Bitmask.h>
+#include <Orn/BitmaskTypes.h>
 #include <Orn/U64BitmaskIter.h>

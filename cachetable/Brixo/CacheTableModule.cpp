@@ -1,7 +1,6 @@
 #include <Brixo/CacheTableModule.h>
 
-#include <Brixo/CacheTable.h>
-#include <Brixo/CacheTableIndex.h>
+#include <Brixo/CacheTableTypes.h>
 #include <Vel/DefineModule.h>
 
-VEL_MODULE(velInitBrixoCacheTable, Brixo::CacheTableIndex, Brixo::CacheTable)
+VEL_MODULE(velInitBrixoCacheTable, Brixo::CacheTableTypes)

@@ -1,54 +1,6 @@
 #include <Brixo/BrixoTypesModule.h>
 
-#include <Brixo/AgentId.h>
-#include <Brixo/Command.h>
-#include <Brixo/DalId.h>
-#include <Brixo/DalProcessingStatus.h>
-#include <Brixo/DalProcessingStatusCol.h>
-#include <Brixo/DeviceId.h>
-#include <Brixo/DeviceOffset.h>
-#include <Brixo/IoMemType.h>
-#include <Brixo/LogicalRegisterId.h>
-#include <Brixo/LogicalRemoteResourceId.h>
-#include <Brixo/LogicalRemoteResourceIdCol.h>
-#include <Brixo/LogicalResourceId.h>
-#include <Brixo/LogicalTableId.h>
-#include <Brixo/PhysicalAddr.h>
-#include <Brixo/PhysicalRegisterId.h>
-#include <Brixo/PhysicalResourceId.h>
-#include <Brixo/PhysicalResourceIdCol.h>
-#include <Brixo/PhysicalTableId.h>
-#include <Brixo/RequesterDataMask.h>
-#include <Brixo/ResourceIdToDataMaskMap.h>
-#include <Brixo/ResourceType.h>
-#include <Brixo/TargetId.h>
-#include <Brixo/TargetMask.h>
-#include <Brixo/UserMode.h>
+#include <Brixo/BrixoTypes.h>
 #include <Vel/DefineModule.h>
 
-// In the order of registration.
-VEL_MODULE(velInitBrixoTypes,                 //
-           PhysicalAddr,                      //
-           Brixo::DeviceId,                   //
-           Brixo::DeviceOffset,               //
-           Brixo::ResourceType,               //
-           Brixo::LogicalResourceId,          //
-           Brixo::PhysicalResourceId,         //
-           Brixo::DalId,                      //
-           Brixo::DalProcessingStatus,        //
-           Brixo::DalProcessingStatusCol,     //
-           Brixo::LogicalTableId,             //
-           Brixo::PhysicalTableId,            //
-           Brixo::LogicalRegisterId,          //
-           Brixo::PhysicalRegisterId,         //
-           Brixo::RequesterDataMask,          //
-           Brixo::LogicalRemoteResourceId,    //
-           Brixo::LogicalRemoteResourceIdCol, //
-           Brixo::PhysicalResourceIdCol,      //
-           Brixo::ResourceIdToDataMaskMap,    //
-           Brixo::AgentId,                    //
-           Brixo::UserMode,                   //
-           Brixo::Command,                    //
-           Brixo::TargetId,                   //
-           Brixo::TargetMask,                 //
-           Brixo::IoMemType)
+VEL_MODULE(velInitBrixoTypes, Brixo::BrixoTypes)
