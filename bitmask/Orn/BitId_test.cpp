@@ -1,5 +1,6 @@
 #include <Orn/BitId.h>
 
+#include <Vel/testing/Registered.h>
 #include <Vel/testing/ValueTesting.h>
 #include <gtest/gtest.h>
 
@@ -33,6 +34,12 @@ TEST(BitId, PrintsReadsAndLogsEveryValue) {
 TEST(BitId, NamesItsAttributeWhenItCannotBeRead) {
     EXPECT_EQ(parseError<BitId>("x"),
               "in attribute 'value': cannot convert \"x\" at column 0 to long long");
+}
+
+TEST(BitId, IsRegistered) {
+    EXPECT_EQ(Vel::Testing::registered("Orn::BitId"), "value(value: U8)\n"
+                                                      "2 value: U8; stored\n"
+                                                      "3 null: U8\n");
 }
 
 } // namespace

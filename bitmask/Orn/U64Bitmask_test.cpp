@@ -1,6 +1,7 @@
 #include <Orn/U64Bitmask.h>
 
 #include <Vel/testing/AssertionTesting.h>
+#include <Vel/testing/Registered.h>
 #include <Vel/testing/ValueTesting.h>
 #include <bit>
 #include <gtest/gtest.h>
@@ -137,6 +138,15 @@ TEST(U64Bitmask, AgreesWithASetOfNumbers) {
             ASSERT_EQ(mask.bits(), model.size());
         }
     }
+}
+
+TEST(U64Bitmask, IsRegistered) {
+    EXPECT_EQ(Vel::Testing::registered("Orn::U64Bitmask"),
+              "value(value: U64)\n"
+              "2 value: U64; stored\n"
+              "3 bits: U32; procedural\n"
+              "4 bitId[Orn::BitId]: bool\n"
+              "5 nextBitId(bitId: Orn::BitId): Orn::BitId\n");
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include <Brixo/CacheTableIndex.h>
 
+#include <Vel/testing/Registered.h>
 #include <Vel/testing/ValueTesting.h>
 #include <gtest/gtest.h>
 #include <unordered_set>
@@ -92,6 +93,14 @@ TEST(CacheTableIndex, LogsItsDeviceAndThenItsResource) {
     const CacheTableIndex value = index(0x0102, ResourceType::registerResource, 0x0102030405060708);
     EXPECT_EQ(logged(value), bytes);
     EXPECT_EQ(fromLog<CacheTableIndex>(bytes), value);
+}
+
+TEST(CacheTableIndex, IsRegistered) {
+    EXPECT_EQ(Vel::Testing::registered("Brixo::CacheTableIndex"),
+              "value\n"
+              "2 devId: Brixo::DeviceId; stored\n"
+              "3 resourceId: Brixo::PhysicalResourceId; stored\n"
+              "4 hash: U32; procedural\n");
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include <Brixo/testing/Child.h>
 #include <Brixo/testing/RegionFolder.h>
 #include <Brixo/testing/Tables.h>
+#include <Vel/testing/Registered.h>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -483,6 +484,29 @@ TEST_F(CacheTableTest, MayHaveNoSlotsOfAnySize) {
         EXPECT_EQ(bytes(), formattedRegion({}));
         EXPECT_EQ(table->auditErrors(9), 0u);
     }
+}
+
+TEST(CacheTable, IsRegistered) {
+    EXPECT_EQ(Vel::Testing::registered("Brixo::CacheTable"),
+              "entity(agentId: Brixo::AgentId, tableId: Brixo::CacheTableIndex, size: U32, "
+              "entrySize: U32)\n"
+              "130 agentId: Brixo::AgentId; stored\n"
+              "131 tableId: Brixo::CacheTableIndex; stored\n"
+              "132 size: U32; stored\n"
+              "133 entrySize: U32; stored\n"
+              "134 entry(key: Brixo::DeviceOffset): Vel::BytePtr\n"
+              "135 entryIs(key: Brixo::DeviceOffset, data: Vel::BytePtr)\n"
+              "136 entryDel(key: Brixo::DeviceOffset)\n"
+              "137 entry_py(key: Brixo::DeviceOffset): U64\n"
+              "138 entryIs_py(key: Brixo::DeviceOffset, data: U64)\n"
+              "139 pinbufPtr: Vel::BytePtr; stored\n"
+              "140 pinbufSize: U32; stored\n"
+              "141 entryPtr(index: U32): Vel::BytePtr\n"
+              "142 keyToIndex[Brixo::DeviceOffset]: U32; stored\n"
+              "143 freeIndex[U32]: bool; stored\n"
+              "144 doRestart; procedural\n"
+              "145 initialized: bool; stored\n"
+              "146 handleInitialized; procedural\n");
 }
 
 } // namespace

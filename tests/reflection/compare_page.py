@@ -19,6 +19,8 @@ def main():
     written = page.read_text() if page.exists() else ""
     sys.stdout.writelines(difflib.unified_diff(
         written.splitlines(True), printed.splitlines(True), page.name, "what the program prints"))
+    if written != printed:
+        print(f"{page.name} is not what the program prints; the target describe-types writes it")
     return 0 if written == printed else 1
 
 

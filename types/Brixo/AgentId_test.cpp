@@ -1,6 +1,7 @@
 #include <Brixo/AgentId.h>
 
 #include <Brixo/testing/ScalarConformance.h>
+#include <Vel/testing/Registered.h>
 #include <gtest/gtest.h>
 
 namespace Brixo {
@@ -19,6 +20,13 @@ TEST(AgentId, NullIsTheGreatestButNotTheDefault) {
 }
 
 TEST(AgentId, HashesToItsValue) { EXPECT_EQ(AgentId(513).hash(), 513u); }
+
+TEST(AgentId, IsRegistered) {
+    EXPECT_EQ(Vel::Testing::registered("Brixo::AgentId"), "value(value: U16)\n"
+                                                          "2 value: U16; stored\n"
+                                                          "3 hash: U16\n"
+                                                          "4 null: U16\n");
+}
 
 } // namespace
 } // namespace Brixo

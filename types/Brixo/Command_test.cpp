@@ -1,6 +1,7 @@
 #include <Brixo/Command.h>
 
 #include <Brixo/testing/EnumConformance.h>
+#include <Vel/testing/Registered.h>
 #include <Vel/value/ValueGenericIf.h>
 #include <gtest/gtest.h>
 
@@ -26,6 +27,16 @@ TEST(Command, HasAnAdapterOfItsName) {
     EXPECT_EQ(adapter->strRep(), "'readCmd'");
     EXPECT_EQ(adapter->attributeId("readCmd"), 1u);
     EXPECT_TRUE(adapter->isConst());
+}
+
+TEST(Command, IsRegistered) {
+    EXPECT_EQ(Vel::Testing::registered("Brixo::Command"), "enumeration\n"
+                                                          "0 writeCmd: Brixo::Command\n"
+                                                          "1 readCmd: Brixo::Command\n"
+                                                          "2 bulkWriteCmd: Brixo::Command\n"
+                                                          "3 bulkReadCmd: Brixo::Command\n"
+                                                          "4 bulkInitReadCmd: Brixo::Command\n"
+                                                          "5 bulkInitFreeCmd: Brixo::Command\n");
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include <Brixo/DalId.h>
 
 #include <Brixo/testing/ScalarConformance.h>
+#include <Vel/testing/Registered.h>
 #include <gtest/gtest.h>
 
 namespace Brixo {
@@ -32,6 +33,13 @@ TEST(DalId, HashesByTheByteMix) {
     EXPECT_EQ(DalId(0).hash(), 0u);
     for (unsigned v = 0; v < 256; ++v)
         EXPECT_EQ(DalId(static_cast<Vel::U8>(v)).hash(), mixOfByte(static_cast<Vel::U8>(v)));
+}
+
+TEST(DalId, IsRegistered) {
+    EXPECT_EQ(Vel::Testing::registered("Brixo::DalId"), "value(id: U8)\n"
+                                                        "2 id: U8; stored\n"
+                                                        "3 invalidId: U8\n"
+                                                        "4 hash: U32; procedural\n");
 }
 
 } // namespace

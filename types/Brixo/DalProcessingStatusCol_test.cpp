@@ -2,6 +2,7 @@
 
 #include <Vel/RangeException.h>
 #include <Vel/testing/LiveObjects.h>
+#include <Vel/testing/Registered.h>
 #include <functional>
 #include <gtest/gtest.h>
 #include <random>
@@ -313,6 +314,13 @@ TEST(DalProcessingStatusCol, SaysThatNothingWasMade) {
     } catch (const Vel::RangeException& refused) {
         EXPECT_STREQ(refused.what(), "null ValidPtr");
     }
+}
+
+TEST(DalProcessingStatusCol, IsRegistered) {
+    EXPECT_EQ(Vel::Testing::registered("Brixo::DalProcessingStatusCol"),
+              "entity\n"
+              "130 processingStatus[dalId: Brixo::DalId](dalId: Brixo::DalId): "
+              "Brixo::DalProcessingStatus\n");
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include <Brixo/testing/CollectionConformance.h>
 #include <Vel/TraceCapture.h>
 #include <Vel/testing/LiveObjects.h>
+#include <Vel/testing/Registered.h>
 #include <atomic>
 #include <functional>
 #include <gtest/gtest.h>
@@ -289,6 +290,18 @@ TEST(DalProcessingStatus, IsCountedFromManyThreads) {
     for (std::thread& thread : threads) thread.join();
     EXPECT_EQ(status->references(), 1u);
     Vel::VFPtrInterface::enableThreadSafePointers = false;
+}
+
+TEST(DalProcessingStatus, IsRegistered) {
+    EXPECT_EQ(Vel::Testing::registered("Brixo::DalProcessingStatus"),
+              "entity(dalId: Brixo::DalId)\n"
+              "130 dalId: Brixo::DalId; stored\n"
+              "131 lastEnqueuedCmdIndex: U64; stored\n"
+              "132 lastProcessedCmdIndex: U64; stored\n"
+              "133 trackErrors: bool; stored\n"
+              "134 errorCode[U64]: int; stored\n"
+              "135 errorBucket[int]: U32; stored\n"
+              "0 fwkKey: Brixo::DalId\n");
 }
 
 } // namespace

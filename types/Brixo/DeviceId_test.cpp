@@ -1,6 +1,7 @@
 #include <Brixo/DeviceId.h>
 
 #include <Brixo/testing/ScalarConformance.h>
+#include <Vel/testing/Registered.h>
 #include <gtest/gtest.h>
 
 namespace Brixo {
@@ -16,6 +17,12 @@ TEST(DeviceId, KeepsTheLowBitsOfWhatItReads) {
 }
 
 TEST(DeviceId, HashesToItsValue) { EXPECT_EQ(DeviceId(0xabcd).hash(), 0xabcdu); }
+
+TEST(DeviceId, IsRegistered) {
+    EXPECT_EQ(Vel::Testing::registered("Brixo::DeviceId"), "value(value: U16)\n"
+                                                           "2 value: U16; stored\n"
+                                                           "3 hash: U16\n");
+}
 
 } // namespace
 } // namespace Brixo

@@ -1,6 +1,7 @@
 #include <Brixo/DeviceOffset.h>
 
 #include <Brixo/testing/ScalarConformance.h>
+#include <Vel/testing/Registered.h>
 #include <gtest/gtest.h>
 
 namespace Brixo {
@@ -20,6 +21,13 @@ TEST(DeviceOffset, NullIsTheGreatestButNotTheDefault) {
 TEST(DeviceOffset, HashesToItsValue) {
     EXPECT_EQ(DeviceOffset(0xdeadbeef).hash(), 0xdeadbeefu);
     EXPECT_EQ(std::hash<DeviceOffset>{}(DeviceOffset(7)), 7u);
+}
+
+TEST(DeviceOffset, IsRegistered) {
+    EXPECT_EQ(Vel::Testing::registered("Brixo::DeviceOffset"), "value(value: U32)\n"
+                                                               "2 value: U32; stored\n"
+                                                               "3 hash: U32\n"
+                                                               "4 null: U32\n");
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include <Brixo/IoMemType.h>
 
 #include <Brixo/testing/EnumConformance.h>
+#include <Vel/testing/Registered.h>
 #include <Vel/value/ValueGenericIf.h>
 #include <gtest/gtest.h>
 
@@ -24,6 +25,12 @@ TEST(IoMemType, HasAnAdapterOfItsName) {
     EXPECT_EQ(adapter->strRep(), "'mmapMem'");
     EXPECT_EQ(adapter->attributeId("mmapMem"), 1u);
     EXPECT_TRUE(adapter->isConst());
+}
+
+TEST(IoMemType, IsRegistered) {
+    EXPECT_EQ(Vel::Testing::registered("Brixo::IoMemType"), "enumeration\n"
+                                                            "0 pinbufMem: Brixo::IoMemType\n"
+                                                            "1 mmapMem: Brixo::IoMemType\n");
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include <Brixo/LogicalRemoteResourceIdCol.h>
 
 #include <Brixo/testing/CollectionConformance.h>
+#include <Vel/testing/Registered.h>
 #include <gtest/gtest.h>
 
 namespace Brixo {
@@ -74,6 +75,17 @@ TEST(LogicalRemoteResourceIdCol, AMaskReplacesTheEarlierOne) {
     EXPECT_EQ(col->resourceIds(), 1u);
     EXPECT_EQ(col->resourceId(LogicalTableId(7)).mask(), RequesterDataMask());
     col->resourceIdNotify(LogicalTableId(7));
+}
+
+TEST(LogicalRemoteResourceIdCol, IsRegistered) {
+    EXPECT_EQ(
+        Vel::Testing::registered("Brixo::LogicalRemoteResourceIdCol"),
+        "entity\n"
+        "130 tableIdIs(tid: Brixo::LogicalTableId)\n"
+        "131 tableIdWithMaskIs(tid: Brixo::LogicalTableId, mask: Brixo::RequesterDataMask)\n"
+        "132 registerIdIs(rid: Brixo::LogicalRegisterId)\n"
+        "133 registerIdWithMaskIs(rid: Brixo::LogicalRegisterId, mask: Brixo::RequesterDataMask)\n"
+        "134 resourceId[id: Brixo::LogicalResourceId]: Brixo::LogicalRemoteResourceId\n");
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include <Brixo/LogicalRemoteResourceId.h>
 
+#include <Vel/testing/Registered.h>
 #include <Vel/testing/ValueTesting.h>
 #include <gtest/gtest.h>
 #include <vector>
@@ -71,6 +72,14 @@ TEST(LogicalRemoteResourceId, LogsItsIdAndThenItsMask) {
     const std::vector<U8> bytes = {0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 7, 1, 1, 2, 0x33, 0, 0, 0, 0};
     EXPECT_EQ(logged(id), bytes);
     EXPECT_EQ(fromLog<LogicalRemoteResourceId>(bytes), id);
+}
+
+TEST(LogicalRemoteResourceId, IsRegistered) {
+    EXPECT_EQ(Vel::Testing::registered("Brixo::LogicalRemoteResourceId"),
+              "value(id: Brixo::LogicalResourceId, mask: Brixo::RequesterDataMask)\n"
+              "2 id: Brixo::LogicalResourceId; stored\n"
+              "3 mask: Brixo::RequesterDataMask; stored\n"
+              "4 hash: U32; procedural\n");
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include <Brixo/LogicalResourceId.h>
 #include <Brixo/testing/ResourceIdConformance.h>
+#include <Vel/testing/Registered.h>
 #include <gtest/gtest.h>
 
 namespace Brixo {
@@ -10,6 +11,11 @@ namespace {
 TEST(LogicalTableId, IsALogicalResourceIdOfItsKind) {
     Testing::expectRefinement<LogicalTableId, LogicalResourceId>("LogicalTableId",
                                                                  ResourceType::tableResource);
+}
+
+TEST(LogicalTableId, IsRegistered) {
+    EXPECT_EQ(Vel::Testing::registered("Brixo::LogicalTableId"),
+              "value of Brixo::LogicalResourceId(id: U64)\n");
 }
 
 } // namespace

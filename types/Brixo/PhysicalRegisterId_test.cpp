@@ -2,6 +2,7 @@
 
 #include <Brixo/PhysicalResourceId.h>
 #include <Brixo/testing/ResourceIdConformance.h>
+#include <Vel/testing/Registered.h>
 #include <gtest/gtest.h>
 
 namespace Brixo {
@@ -10,6 +11,11 @@ namespace {
 TEST(PhysicalRegisterId, IsAPhysicalResourceIdOfItsKind) {
     Testing::expectRefinement<PhysicalRegisterId, PhysicalResourceId>(
         "PhysicalRegisterId", ResourceType::registerResource);
+}
+
+TEST(PhysicalRegisterId, IsRegistered) {
+    EXPECT_EQ(Vel::Testing::registered("Brixo::PhysicalRegisterId"),
+              "value of Brixo::PhysicalResourceId(id: U64)\n");
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include <Brixo/PhysicalResourceIdCol.h>
 
 #include <Brixo/testing/CollectionConformance.h>
+#include <Vel/testing/Registered.h>
 #include <gtest/gtest.h>
 
 namespace Brixo {
@@ -45,6 +46,12 @@ TEST(PhysicalResourceIdCol, AResourceOfTheSameIdReplacesTheStoredOne) {
     EXPECT_EQ(col->resourceId(7), PhysicalResourceId(ResourceType::registerResource, 7));
     col->resourceIdNotify(7);
     EXPECT_EQ(col->resourceId(8), PhysicalResourceId());
+}
+
+TEST(PhysicalResourceIdCol, IsRegistered) {
+    EXPECT_EQ(Vel::Testing::registered("Brixo::PhysicalResourceIdCol"),
+              "entity\n"
+              "130 resourceId[id: U64]: Brixo::PhysicalResourceId\n");
 }
 
 } // namespace

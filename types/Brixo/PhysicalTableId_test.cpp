@@ -2,6 +2,7 @@
 
 #include <Brixo/PhysicalResourceId.h>
 #include <Brixo/testing/ResourceIdConformance.h>
+#include <Vel/testing/Registered.h>
 #include <gtest/gtest.h>
 
 namespace Brixo {
@@ -10,6 +11,11 @@ namespace {
 TEST(PhysicalTableId, IsAPhysicalResourceIdOfItsKind) {
     Testing::expectRefinement<PhysicalTableId, PhysicalResourceId>("PhysicalTableId",
                                                                    ResourceType::tableResource);
+}
+
+TEST(PhysicalTableId, IsRegistered) {
+    EXPECT_EQ(Vel::Testing::registered("Brixo::PhysicalTableId"),
+              "value of Brixo::PhysicalResourceId(id: U64)\n");
 }
 
 } // namespace

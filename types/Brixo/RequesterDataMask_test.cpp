@@ -1,5 +1,6 @@
 #include <Brixo/RequesterDataMask.h>
 
+#include <Vel/testing/Registered.h>
 #include <Vel/testing/ValueTesting.h>
 #include <gtest/gtest.h>
 #include <map>
@@ -188,6 +189,16 @@ TEST(RequesterDataMask, AgreesWithAMapOfBytes) {
         }
     }
     EXPECT_EQ(bytesOf(mask), model);
+}
+
+TEST(RequesterDataMask, IsRegistered) {
+    EXPECT_EQ(Vel::Testing::registered("Brixo::RequesterDataMask"),
+              "value(valid: bool)\n"
+              "2 valid: bool; stored\n"
+              "3 mask[U16]: U8; stored\n"
+              "4 setBitRange(start: U16, end: U16)\n"
+              "5 setBitOffsetAndLength(start: U16, len: U16)\n"
+              "6 fillMaskToBuf(buf: Vel::BytePtr, size: U16)\n");
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include <Brixo/ResourceIdToDataMaskMap.h>
 
 #include <Brixo/testing/CollectionConformance.h>
+#include <Vel/testing/Registered.h>
 #include <gtest/gtest.h>
 
 namespace Brixo {
@@ -55,6 +56,12 @@ TEST(ResourceIdToDataMaskMap, AMaskReplacesTheEarlierOne) {
     EXPECT_EQ(map->dataMask(PhysicalResourceId(ResourceType::registerResource, 7)),
               RequesterDataMask());
     map->dataMaskNotify(id);
+}
+
+TEST(ResourceIdToDataMaskMap, IsRegistered) {
+    EXPECT_EQ(Vel::Testing::registered("Brixo::ResourceIdToDataMaskMap"),
+              "entity\n"
+              "130 dataMask[Brixo::PhysicalResourceId]: Brixo::RequesterDataMask; stored\n");
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include <Brixo/ResourceType.h>
 
 #include <Brixo/testing/EnumConformance.h>
+#include <Vel/testing/Registered.h>
 #include <Vel/value/ValueGenericIf.h>
 #include <gtest/gtest.h>
 
@@ -26,6 +27,14 @@ TEST(ResourceType, HasAnAdapterOfItsName) {
     EXPECT_EQ(adapter->strRep(), "'tableResource'");
     EXPECT_EQ(adapter->attributeId("tableResource"), 1u);
     EXPECT_TRUE(adapter->isConst());
+}
+
+TEST(ResourceType, IsRegistered) {
+    EXPECT_EQ(Vel::Testing::registered("Brixo::ResourceType"),
+              "enumeration\n"
+              "0 invalidResource: Brixo::ResourceType\n"
+              "1 tableResource: Brixo::ResourceType\n"
+              "2 registerResource: Brixo::ResourceType\n");
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include <Brixo/TargetId.h>
 
 #include <Brixo/testing/ScalarConformance.h>
+#include <Vel/testing/Registered.h>
 #include <gtest/gtest.h>
 
 namespace Brixo {
@@ -29,6 +30,16 @@ TEST(TargetId, IsABitId) {
     EXPECT_TRUE(TargetId(7) == Orn::BitId(7));
     EXPECT_EQ(TargetId(200).hash(), 200u);
     EXPECT_EQ(Vel::Testing::parsed<TargetId>("200").value(), 200u);
+}
+
+TEST(TargetId, IsRegistered) {
+    EXPECT_EQ(Vel::Testing::registered("Brixo::TargetId"), "value of Orn::BitId(value: U8)\n"
+                                                           "130 min: U8\n"
+                                                           "131 anyTarget: U8\n"
+                                                           "132 allTargets: U8\n"
+                                                           "133 max: U8\n"
+                                                           "134 hash: U8\n"
+                                                           "135 alias: bool; procedural\n");
 }
 
 } // namespace

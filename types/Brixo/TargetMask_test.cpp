@@ -3,6 +3,7 @@
 #include <Vel/Any.h>
 #include <Vel/ReflectionException.h>
 #include <Vel/testing/AssertionTesting.h>
+#include <Vel/testing/Registered.h>
 #include <Vel/testing/ValueTesting.h>
 #include <gtest/gtest.h>
 #include <random>
@@ -207,6 +208,15 @@ TEST(TargetMask, AgreesWithASetOfNumbers) {
         }
         ASSERT_EQ(mask.targets(), model.size());
     }
+}
+
+TEST(TargetMask, IsRegistered) {
+    EXPECT_EQ(Vel::Testing::registered("Brixo::TargetMask"),
+              "value(value: U64)\n"
+              "130 maskFromDevId(devId: Brixo::DeviceId): Brixo::TargetMask\n"
+              "131 targets: U32; procedural\n"
+              "132 targetId[Brixo::TargetId]: bool\n"
+              "133 nextTargetId(targetId: Brixo::TargetId): Brixo::TargetId\n");
 }
 
 } // namespace

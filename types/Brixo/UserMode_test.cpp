@@ -1,6 +1,7 @@
 #include <Brixo/UserMode.h>
 
 #include <Brixo/testing/EnumConformance.h>
+#include <Vel/testing/Registered.h>
 #include <Vel/value/ValueGenericIf.h>
 #include <gtest/gtest.h>
 
@@ -24,6 +25,12 @@ TEST(UserMode, HasAnAdapterOfItsName) {
     EXPECT_EQ(adapter->strRep(), "'serializer'");
     EXPECT_EQ(adapter->attributeId("serializer"), 1u);
     EXPECT_TRUE(adapter->isConst());
+}
+
+TEST(UserMode, IsRegistered) {
+    EXPECT_EQ(Vel::Testing::registered("Brixo::UserMode"), "enumeration\n"
+                                                           "0 requester: Brixo::UserMode\n"
+                                                           "1 serializer: Brixo::UserMode\n");
 }
 
 } // namespace
