@@ -1,13 +1,11 @@
 // Fuzz.h - what the fuzzers share: how a broken promise ends the run, and the value types.
 //
 // Input: of the fuzzers for values, the first byte chooses the type (modulo their number); the rest is
-//        the text or the log. smoke.py makes seeds in this form, in the order of the list below.
+//        the text or the log. smoke.py makes seeds in this form: types are counted as they are registered.
 #pragma once
 
-#include <Brixo/Brixo.h>
-#include <Orn/Orn.h>
+#include <Brixo/testing/EveryType.h>
 #include <Vel/Vel.h>
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
@@ -26,24 +24,15 @@ inline void promise(bool kept, const char* what) {
     std::abort();
 }
 
-template <class... T>
-struct Types {
-    static constexpr std::size_t count = sizeof...(T);
-};
-
-using ValueTypes =
-    Types<PhysicalAddr, Brixo::DeviceOffset, Brixo::DeviceId, Brixo::AgentId, Brixo::DalId,
-          Brixo::TargetId, Orn::BitId, Orn::U64Bitmask, Brixo::TargetMask, Brixo::ResourceType,
-          Brixo::UserMode, Brixo::Command, Brixo::IoMemType, Brixo::LogicalResourceId,
-          Brixo::PhysicalResourceId, Brixo::LogicalTableId, Brixo::LogicalRegisterId,
-          Brixo::PhysicalTableId, Brixo::PhysicalRegisterId, Brixo::RequesterDataMask,
-          Brixo::LogicalRemoteResourceId, Brixo::CacheTableIndex>;
+using ValueTypes = Brixo::Testing::EveryValue;
 
 // Calls visit.operator()<T>() for the type of that number.
-template <class Visitor, class... T>
-void visitType(Types<T...> /*list*/, std::size_t number, Visitor& visit) {
+template <class Visitor>
+void visitType(std::size_t number, const Visitor& visit) {
     std::size_t at = 0;
-    (void)((at++ == number && (visit.template operator()<T>(), true)) || ...);
+    ValueTypes::forEach([&]<class T>() {
+        if (at++ == number) visit.template operator()<T>();
+    });
 }
 
 template <class T>

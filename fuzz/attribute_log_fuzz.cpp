@@ -66,7 +66,7 @@ struct Check {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     if (size == 0) return 0;
-    Check check{{reinterpret_cast<const char*>(data) + 1, size - 1}};
-    fuzz::visitType(fuzz::ValueTypes(), data[0] % fuzz::ValueTypes::count, check);
+    const Check check{{reinterpret_cast<const char*>(data) + 1, size - 1}};
+    fuzz::visitType(data[0] % fuzz::ValueTypes::size, check);
     return 0;
 }

@@ -1,13 +1,14 @@
 // value_probe.cpp - reads values as the library does, for values.py to compare. Not installed.
 //
 // Each line asks one question, `text TYPE HEX` or `log TYPE HEX`: the bytes of a whole text, or of a log with one record. The
-// answer is a line `value HEX HEX`, the value's text and its record, or `refused HEX`, the message.
-#include <Brixo/Brixo.h>
-#include <Orn/Orn.h>
+// answer is a line `value HEX HEX`, the value's text and its record, or `refused HEX`, the message. --types: the names of all
+// value types instead, in the order of registration.
+#include <Brixo/testing/EveryType.h>
 #include <Vel/Vel.h>
 #include <cstddef>
 #include <exception>
 #include <iostream>
+#include <optional>
 #include <span>
 #include <sstream>
 #include <stdexcept>
@@ -18,6 +19,7 @@
 
 namespace {
 
+using Brixo::Testing::EveryValue;
 using Vel::NboAttrLog;
 using Vel::String8;
 using Vel::U8;
@@ -90,50 +92,27 @@ std::string answer(const std::string& what, const std::string& given) {
     }
 }
 
-struct Type {
-    std::string_view name;
-    std::string (*answer)(const std::string& what, const std::string& given);
-};
-
-constexpr Type types[] = {
-    {"PhysicalAddr", answer<PhysicalAddr>},
-    {"Brixo::DeviceOffset", answer<Brixo::DeviceOffset>},
-    {"Brixo::DeviceId", answer<Brixo::DeviceId>},
-    {"Brixo::AgentId", answer<Brixo::AgentId>},
-    {"Brixo::DalId", answer<Brixo::DalId>},
-    {"Brixo::TargetId", answer<Brixo::TargetId>},
-    {"Orn::BitId", answer<Orn::BitId>},
-    {"Orn::U64Bitmask", answer<Orn::U64Bitmask>},
-    {"Brixo::TargetMask", answer<Brixo::TargetMask>},
-    {"Brixo::ResourceType", answer<Brixo::ResourceType>},
-    {"Brixo::UserMode", answer<Brixo::UserMode>},
-    {"Brixo::Command", answer<Brixo::Command>},
-    {"Brixo::IoMemType", answer<Brixo::IoMemType>},
-    {"Brixo::LogicalResourceId", answer<Brixo::LogicalResourceId>},
-    {"Brixo::PhysicalResourceId", answer<Brixo::PhysicalResourceId>},
-    {"Brixo::LogicalTableId", answer<Brixo::LogicalTableId>},
-    {"Brixo::LogicalRegisterId", answer<Brixo::LogicalRegisterId>},
-    {"Brixo::PhysicalTableId", answer<Brixo::PhysicalTableId>},
-    {"Brixo::PhysicalRegisterId", answer<Brixo::PhysicalRegisterId>},
-    {"Brixo::RequesterDataMask", answer<Brixo::RequesterDataMask>},
-    {"Brixo::LogicalRemoteResourceId", answer<Brixo::LogicalRemoteResourceId>},
-    {"Brixo::CacheTableIndex", answer<Brixo::CacheTableIndex>},
-};
-
 std::string answerTo(const std::string& question) {
     std::istringstream words(question);
     std::string what;
     std::string name;
     std::string given;
     words >> what >> name >> given;
-    for (const Type& type : types)
-        if (type.name == name) return type.answer(what, unhex(given));
-    throw std::invalid_argument("no type " + name);
+    std::optional<std::string> answered;
+    EveryValue::forEach([&]<class T>() {
+        if (Vel::qualifiedNameOf<T>() == name) answered = answer<T>(what, unhex(given));
+    });
+    return answered ? *answered : throw std::invalid_argument("no type " + name);
 }
 
 } // namespace
 
-int main() {
+int main(int count, const char* const* arguments) {
+    if (count == 2 && std::string_view(arguments[1]) == "--types") {
+        for (const std::string& name : Brixo::Testing::namesOf<EveryValue>())
+            std::cout << name << '\n';
+        return 0;
+    }
     try {
         for (std::string question; std::getline(std::cin, question);)
             std::cout << answerTo(question) << '\n';

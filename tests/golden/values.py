@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""An independent reference of the values' two forms: text (docs/text-form.md) and attribute log (docs/attribute-log.md).
+"""An independent reference of the values' two forms: text (docs/text-form.md) and attribute log (docs/attribute-log.md), of the
+types that docs/schema.md describes.
 
     values.py write DIR    write values.json into DIR
     values.py check DIR    fail unless values.json in DIR is what `write` writes, and its texts are Python
@@ -9,43 +10,50 @@
 values.json holds, for each type, texts that are printed with the bytes of their records, texts that are read although
 nobody prints them, texts that are refused and records that are refused, each with the message.
 """
+import difflib
+import itertools
 import json
+import math
 import pathlib
 import random
+import re
 import struct
 import subprocess
 import sys
 
-ENUMS = {
-    "Brixo::ResourceType": ["invalidResource", "tableResource", "registerResource"],
-    "Brixo::UserMode": ["requester", "serializer"],
-    "Brixo::Command": ["writeCmd", "readCmd", "bulkWriteCmd", "bulkReadCmd", "bulkInitReadCmd", "bulkInitFreeCmd"],
-    "Brixo::IoMemType": ["pinbufMem", "mmapMem"],
-}
-# Bits of the field, and its name.
-SCALARS = {
-    "PhysicalAddr": (32, "value"),
-    "Brixo::DeviceOffset": (32, "value"),
-    "Brixo::DeviceId": (16, "value"),
-    "Brixo::AgentId": (16, "value"),
-    "Brixo::DalId": (8, "id"),
-    "Brixo::TargetId": (8, "value"),
-    "Orn::BitId": (8, "value"),
-    "Orn::U64Bitmask": (64, "value"),
-    "Brixo::TargetMask": (64, "value"),
-}
+PAGE = pathlib.Path(__file__).resolve().parents[2] / "docs" / "schema.md"
+
+
+def described(page):
+    """What docs/schema.md says of each value type: enumerators by type; bits and name of the field of types that print as a
+    number; fields of the others, with their types."""
+    enums, scalars, structs = {}, {}, {}
+    sections = dict(section.split("\n", 1) for section in page.split("\n## ")[1:])
+
+    def rows(kind):
+        return [[cell.strip(" `") for cell in line.split("|")[1:-1]] for line in sections[kind].splitlines() if re.match(r"\| \d", line)]
+
+    def fields(kind):
+        base = re.search(r"(?:Refines|Has the attributes of) `([^`]+)`", sections[kind])
+        own = [(name, of if how.startswith("stored") else f"{of} by {how.split('`')[1]}") for _, name, of, how, _, shown in rows(kind) if shown == "2"]
+        return (fields(base[1]) if base else []) + own
+
+    for kind, text in sections.items():
+        new = re.search(r"A new one prints as `(.*)`\.$", text, re.M)
+        if text.lstrip().startswith("Enumeration."):
+            enums[kind] = [name for _, name, *_ in rows(kind)]
+        elif new and new[1].startswith("Value("):
+            structs[kind] = [(name, "entries" if of == "U8 by U16" else of) for name, of in fields(kind)]
+        elif new:
+            (name, of), = fields(kind)
+            scalars[kind] = (int(of[1:]), name)
+    return enums, scalars, structs
+
+
+ENUMS, SCALARS, STRUCTS = described(PAGE.read_text())
+# In the order of registration, as the page has them: the numbers by which the fuzzers' seeds choose a type.
+KINDS = sorted([*ENUMS, *SCALARS, *STRUCTS], key=re.findall(r"^## (.+)$", PAGE.read_text(), re.M).index)
 RESOURCE = [("type", "Brixo::ResourceType"), ("id", "U64")]
-STRUCTS = {
-    "Brixo::LogicalResourceId": RESOURCE,
-    "Brixo::PhysicalResourceId": RESOURCE,
-    "Brixo::LogicalTableId": RESOURCE,
-    "Brixo::LogicalRegisterId": RESOURCE,
-    "Brixo::PhysicalTableId": RESOURCE,
-    "Brixo::PhysicalRegisterId": RESOURCE,
-    "Brixo::RequesterDataMask": [("valid", "bool"), ("mask", "entries")],
-    "Brixo::LogicalRemoteResourceId": [("id", "Brixo::LogicalResourceId"), ("mask", "Brixo::RequesterDataMask")],
-    "Brixo::CacheTableIndex": [("devId", "Brixo::DeviceId"), ("resourceId", "Brixo::PhysicalResourceId")],
-}
 BLANKS = " \n\t\r"
 S64, U64 = "long long", "unsigned long long"
 
@@ -60,6 +68,10 @@ def default(kind):
     if kind in STRUCTS:
         return {name: default(of) for name, of in STRUCTS[kind]}
     return {"bool": False, "entries": {}}.get(kind, 0)
+
+
+def holds_entries(kind):
+    return kind == "entries" or any(holds_entries(of) for _, of in STRUCTS.get(kind, []))
 
 
 def printed(kind, value):
@@ -310,17 +322,16 @@ def samples(kind, chance):
         bits = SCALARS[kind][0]
         return sorted({0, 1, 9, 10, 62, 63, 64, 127, 2**bits - 1, 2**(bits - 1), chance.getrandbits(bits)} &
                       set(range(min(2**bits, 256))) | {2**bits - 1, 2**(bits - 1), chance.getrandbits(bits)})
-    ids = [0, 7, 2**32 - 1, 2**32, 2**63, 2**64 - 1, chance.getrandbits(64)]
-    masks = [{"valid": valid, "mask": mask} for valid in (False, True) for mask in
-             ({}, {0: 0}, {1: 255}, {n: n % 251 for n in range(40)}, {65535: 1, 32768: 2, 1: 3, 256: 4})]
-    if kind == "Brixo::RequesterDataMask":
-        return masks
-    if kind == "Brixo::LogicalRemoteResourceId":
-        return [{"id": {"type": n % 3, "id": ids[n % len(ids)]}, "mask": mask} for n, mask in enumerate(masks)]
-    resources = [{"type": kind_of, "id": number} for kind_of in (0, 1, 2) for number in ids]
-    if kind == "Brixo::CacheTableIndex":
-        return [{"devId": chance.getrandbits(16), "resourceId": resource} for resource in resources]
-    return resources + [{"type": 9, "id": 1}]
+    if kind == "U64":
+        return [0, 7, 2**32 - 1, 2**32, 2**63, 2**64 - 1, chance.getrandbits(64)]
+    if kind == "bool":
+        return [False, True]
+    if kind == "entries":
+        return [{}, {0: 0}, {1: 255}, {n: n % 251 for n in range(40)}, {65535: 1, 32768: 2, 1: 3, 256: 4}]
+    of = {name: samples(part, chance) for name, part in STRUCTS[kind]}
+    if math.prod(map(len, of.values())) <= 64:
+        return [dict(zip(of, values)) for values in itertools.product(*of.values())]
+    return [{name: values[n % len(values)] for name, values in of.items()} for n in range(max(map(len, of.values())))]
 
 
 def texts_of_integers(kind, name):
@@ -356,12 +367,12 @@ def texts(kind):
         f"Value('{kind}', ** {{'{first}': {sample}", f"Value('{kind}', ** {{'{first}': {sample} ", whole.replace(" **", "\n\t**"),
     ]
     some += [whole[:n] for n in range(0, len(whole), 7)]
-    if STRUCTS[kind] is RESOURCE:
+    if STRUCTS[kind] == RESOURCE:
         some += [f"Value('{kind}', ** {{'id': {n}}})" for n in texts_of_integers(U64, "id")]
         some += [f"Value('{kind}', ** {{'id': 5, 'type': 'registerResource'}})", f"Value('{kind}', ** {{'type': 'tableresource'}})",
                  f"Value('{kind}', ** {{'id': 1, 'id': 2, 'type': 'tableResource', 'type': 'invalidResource'}})"]
     if of == "bool":
-        some += [f"Value('{kind}', ** {{'valid': {word}}})" for word in
+        some += [f"Value('{kind}', ** {{'{first}': {word}}})" for word in
                  ("True", "False", "true", "false", "TRUE", "Truex", "True_", "1", "0", "None", "'True'")]
     return some
 
@@ -369,8 +380,8 @@ def texts(kind):
 def vectors():
     """The contents of values.json."""
     result = {}
-    chance = random.Random(20261121)
-    for kind in [*SCALARS, *ENUMS, *STRUCTS]:
+    for kind in KINDS:
+        chance = random.Random(f"20261121 {kind}")  # its own: a new type leaves the others' vectors as they are
         of_kind = result[kind] = {"printed": [], "read": [], "refused": [], "refused records": []}
         values = samples(kind, chance)
         for value in values:
@@ -408,25 +419,38 @@ class Value:
 
 
 def check(folder):
-    wrong = (folder / "values.json").read_text() != as_file()
+    file = folder / "values.json"
+    made = vectors()
+    found = json.loads(file.read_text())
+    wrong = sorted(kind for kind in {*made, *found} if made.get(kind) != found.get(kind))
+    if not wrong and file.read_text() != as_file():
+        wrong = ["the order of the types"]
     count = 0
-    for kind, of_kind in json.loads((folder / "values.json").read_text()).items():
+    for kind, of_kind in found.items():
         for text, _ in of_kind["printed"]:
             eval(text, {"Value": Value})  # raises if it is no Python
             count += 1
-    print(f"values.json: {'is not what this file makes' if wrong else 'as made here'}, {count} texts are Python")
-    return wrong
+    for kind in wrong:
+        print(f"values.json: {kind} is not as made here; the target describe-types writes it")
+    print(f"values.json: {count} texts are Python")
+    return len(wrong) > 0
 
 
 def probe(executable, folder):
     asked, expected = [], []
+    known = subprocess.run([executable, "--types"], capture_output=True, text=True, check=True).stdout.split()
+    vectors_of = list(json.loads((folder / "values.json").read_text()))
+    if known != vectors_of:
+        for line in difflib.unified_diff(known, vectors_of, "the library", "values.json", lineterm=""):
+            print(line)
+        return 1
 
     def ask(what, kind, given, *answer):
         asked.append(f"{what} {kind} {given.encode('latin-1').hex() if what == 'text' else given}")
         expected.append(" ".join([answer[0], *(part.encode("latin-1").hex() if part is not None else "" for part in answer[1:])]))
 
     for kind, of_kind in json.loads((folder / "values.json").read_text()).items():
-        readable = kind not in ("Brixo::RequesterDataMask", "Brixo::LogicalRemoteResourceId")
+        readable = not holds_entries(kind)
         for text, log in of_kind["printed"]:
             ask("log", kind, log, "value", text, log)
             if readable and "(" not in text[6:]:

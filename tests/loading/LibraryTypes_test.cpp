@@ -8,7 +8,7 @@
 namespace {
 
 TEST(LibraryTypes, AreListedInTheFileInTheirOrder) {
-    EXPECT_THAT(Vel::typeSectionOfFile(LIBRARY), testing::ElementsAreArray(libraryTypes));
+    EXPECT_THAT(Vel::typeSectionOfFile(LIBRARY), testing::ElementsAreArray(libraryTypes()));
 }
 
 } // namespace

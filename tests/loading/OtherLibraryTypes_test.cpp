@@ -13,7 +13,7 @@ TEST(OtherLibraryTypes, AreListedInTheFileInTheirOrder) {
     const char* const build = std::getenv("BRIXO_OTHER_BUILD");
     ASSERT_NE(build, nullptr);
     const std::string library = std::string(build) + "/libBrixoTypes.so";
-    EXPECT_THAT(Vel::typeSectionOfFile(library.c_str()), testing::ElementsAreArray(libraryTypes));
+    EXPECT_THAT(Vel::typeSectionOfFile(library.c_str()), testing::ElementsAreArray(libraryTypes()));
 }
 
 } // namespace

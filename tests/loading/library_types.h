@@ -1,36 +1,36 @@
-// library_types.h - the types that libBrixoTypes says it has, in the order in which it says so.
+// library_types.h - the types that libBrixoTypes says it has, in the order in which it says so: taken from docs/schema.md,
+// which has them as they are registered.
 #pragma once
 
-#include <array>
-#include <string_view>
+#include <algorithm>
+#include <cstddef>
+#include <fstream>
+#include <string>
+#include <vector>
 
-inline constexpr std::array<std::string_view, 28> libraryTypes = {
-    "PhysicalAddr",
-    "Brixo::IoMemType",
-    "Brixo::TargetMask",
-    "Brixo::TargetId",
-    "Brixo::Command",
-    "Brixo::UserMode",
-    "Brixo::AgentId",
-    "Brixo::ResourceIdToDataMaskMap",
-    "Brixo::PhysicalResourceIdCol",
-    "Brixo::LogicalRemoteResourceIdCol",
-    "Brixo::LogicalRemoteResourceId",
-    "Brixo::RequesterDataMask",
-    "Brixo::PhysicalRegisterId",
-    "Brixo::LogicalRegisterId",
-    "Brixo::PhysicalTableId",
-    "Brixo::LogicalTableId",
-    "Brixo::DalProcessingStatusCol",
-    "Brixo::DalProcessingStatus",
-    "Brixo::DalId",
-    "Brixo::PhysicalResourceId",
-    "Brixo::LogicalResourceId",
-    "Brixo::ResourceType",
-    "Brixo::DeviceOffset",
-    "Brixo::DeviceId",
-    "Orn::U64Bitmask",
-    "Orn::BitId",
-    "Brixo::CacheTable",
-    "Brixo::CacheTableIndex",
-};
+inline std::string nameSpaceOf(const std::string& type) {
+    const std::size_t colons = type.find("::");
+    return colons == std::string::npos ? "" : type.substr(0, colons);
+}
+
+// In the order of registration.
+inline std::vector<std::string> registeredTypes() {
+    std::ifstream page(BRIXO_SOURCE_DIR "/docs/schema.md");
+    std::vector<std::string> types;
+    for (std::string line; std::getline(page, line);)
+        if (line.rfind("## ", 0) == 0) types.push_back(line.substr(3));
+    return types;
+}
+
+// The file has them namespace by namespace, and in each the last one first.
+inline std::vector<std::string> libraryTypes() {
+    std::vector<std::string> types = registeredTypes();
+    for (auto first = types.begin(); first != types.end();) {
+        const auto last = std::find_if(first, types.end(), [first](const std::string& type) {
+            return nameSpaceOf(type) != nameSpaceOf(*first);
+        });
+        std::reverse(first, last);
+        first = last;
+    }
+    return types;
+}

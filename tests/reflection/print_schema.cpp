@@ -1,5 +1,6 @@
 // Prints every registered type as Markdown: docs/schema.md. Sizes are left out, since they differ between word sizes.
 #include <Brixo/BrixoTypesModule.h>
+#include <Vel/GenericIf.h>
 #include <Vel/IntrospectionReactor.h>
 #include <Vel/VelAttr.h>
 #include <Vel/VelType.h>
@@ -65,6 +66,8 @@ void print(const Vel::VelType& type) {
                   << " too.";
     if (!type.constructorArguments().empty())
         std::cout << " Constructed from " << signature(type.constructorArguments()) << ".";
+    if (type.isValue() || type.isEnumType())
+        std::cout << " A new one prints as `" << type.newGenericIf()->strRep() << "`.";
     std::cout << "\n";
     if (type.attrs().empty()) return;
     std::cout
