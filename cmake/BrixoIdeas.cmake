@@ -39,3 +39,21 @@ function(brixo_ideas library folder)
   endif()
   brixo_test(${folder} ${tests} LINK ${arg_LINK})
 endfunction()
+
+# brixo_types(LIBRARY FOLDER LIST [LINK lib...])
+#
+# The ideas of a module's types: LIST, the header with the module's list of types, and each type whose header stands beside it
+# and is included there.
+function(brixo_types library folder list)
+  cmake_parse_arguments(PARSE_ARGV 3 arg "" "" "LINK")
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${list})
+  file(STRINGS ${list} includes REGEX "^#include <.*[.]h>$")
+  list(TRANSFORM includes REPLACE "^#include <(.*)[.]h>$" "\\1")
+  string(REGEX REPLACE "[.]h$" "" ideas ${list})
+  foreach(type IN LISTS includes)
+    if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/${type}.h)
+      list(APPEND ideas ${type})
+    endif()
+  endforeach()
+  brixo_ideas(${library} ${folder} ${ideas} LINK ${arg_LINK})
+endfunction()

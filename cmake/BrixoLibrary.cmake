@@ -43,20 +43,3 @@ function(brixo_take_in library object)
     set_target_properties(${object} PROPERTIES VERIFY_INTERFACE_HEADER_SETS OFF) # the library verifies them
   endif()
 endfunction()
-
-# brixo_types(FOLDER TARGET LIST) - the files of a module's types. LIST is the header with the module's list of types; for each
-# header X.h beside it that it includes, X.cpp and X.h become TARGET's, an object library, and X_test.cpp a brixo_test of FOLDER.
-function(brixo_types folder target list)
-  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${list})
-  file(STRINGS ${list} includes REGEX "^#include <.*>$")
-  set(headers ${list})
-  foreach(include IN LISTS includes)
-    string(REGEX REPLACE "^#include <(.*)[.]h>$" "\\1" type ${include})
-    if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/${type}.h)
-      list(APPEND headers ${type}.h)
-      target_sources(${target} PRIVATE ${type}.cpp)
-      brixo_test(${folder} ${type})
-    endif()
-  endforeach()
-  target_sources(${target} PUBLIC FILE_SET HEADERS BASE_DIRS . FILES ${headers})
-endfunction()
