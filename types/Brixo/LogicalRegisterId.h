@@ -1,25 +1,23 @@
-// LogicalRegisterId.h - a LogicalResourceId id whose kind is registerResource.
-//
-// Reading a text takes the kind that the text gives, invalidResource if it gives none; printed texts always give it.
+// LogicalRegisterId.h - a LogicalResourceId whose kind is registerResource. See ResourceIdOf.h.
 #pragma once
 
 #include <Brixo/Export.h>
 #include <Brixo/LogicalResourceId.h>
+#include <Brixo/ResourceIdOf.h>
+#include <Brixo/ResourceType.h>
+#include <Vel/Value.h>
 
 namespace Brixo {
 
-class BRIXO_API LogicalRegisterId : public Vel::Refinement<LogicalRegisterId, LogicalResourceId> {
+class BRIXO_API LogicalRegisterId : public ResourceIdOfKind<LogicalRegisterId, LogicalResourceId,
+                                                            ResourceType::registerResource> {
 public:
     VEL_VALUE(LogicalRegisterId)
+    using ResourceIdOfKind::ResourceIdOfKind;
 
     constexpr LogicalRegisterId() noexcept : LogicalRegisterId(0) {}
 
-    constexpr explicit LogicalRegisterId(Vel::U64 id) noexcept
-        : Refinement(ResourceType::registerResource, id) {}
-
-    static constexpr auto schema() {
-        return Vel::schemaOf<LogicalResourceId>.refinedAs<LogicalRegisterId>("Brixo::LogicalRegisterId").constructedFrom("id");
-    }
+    static constexpr auto schema() { return schemaNamed("Brixo::LogicalRegisterId"); }
 };
 
 VEL_VALUE_FUNCTIONS(BRIXO_API, LogicalRegisterId);

@@ -1,25 +1,23 @@
-// LogicalTableId.h - a LogicalResourceId id whose kind is tableResource.
-//
-// Reading a text takes the kind that the text gives, invalidResource if it gives none; printed texts always give it.
+// LogicalTableId.h - a LogicalResourceId whose kind is tableResource. See ResourceIdOf.h.
 #pragma once
 
 #include <Brixo/Export.h>
 #include <Brixo/LogicalResourceId.h>
+#include <Brixo/ResourceIdOf.h>
+#include <Brixo/ResourceType.h>
+#include <Vel/Value.h>
 
 namespace Brixo {
 
-class BRIXO_API LogicalTableId : public Vel::Refinement<LogicalTableId, LogicalResourceId> {
+class BRIXO_API LogicalTableId
+    : public ResourceIdOfKind<LogicalTableId, LogicalResourceId, ResourceType::tableResource> {
 public:
     VEL_VALUE(LogicalTableId)
+    using ResourceIdOfKind::ResourceIdOfKind;
 
     constexpr LogicalTableId() noexcept : LogicalTableId(0) {}
 
-    constexpr explicit LogicalTableId(Vel::U64 id) noexcept
-        : Refinement(ResourceType::tableResource, id) {}
-
-    static constexpr auto schema() {
-        return Vel::schemaOf<LogicalResourceId>.refinedAs<LogicalTableId>("Brixo::LogicalTableId").constructedFrom("id");
-    }
+    static constexpr auto schema() { return schemaNamed("Brixo::LogicalTableId"); }
 };
 
 VEL_VALUE_FUNCTIONS(BRIXO_API, LogicalTableId);

@@ -1,26 +1,23 @@
-// PhysicalRegisterId.h - a PhysicalResourceId id whose kind is registerResource.
-//
-// Reading a text takes the kind that the text gives, invalidResource if it gives none; printed texts always give it.
+// PhysicalRegisterId.h - a PhysicalResourceId whose kind is registerResource. See ResourceIdOf.h.
 #pragma once
 
 #include <Brixo/Export.h>
 #include <Brixo/PhysicalResourceId.h>
+#include <Brixo/ResourceIdOf.h>
+#include <Brixo/ResourceType.h>
+#include <Vel/Value.h>
 
 namespace Brixo {
 
-class BRIXO_API PhysicalRegisterId
-    : public Vel::Refinement<PhysicalRegisterId, PhysicalResourceId> {
+class BRIXO_API PhysicalRegisterId : public ResourceIdOfKind<PhysicalRegisterId, PhysicalResourceId,
+                                                             ResourceType::registerResource> {
 public:
     VEL_VALUE(PhysicalRegisterId)
+    using ResourceIdOfKind::ResourceIdOfKind;
 
     constexpr PhysicalRegisterId() noexcept : PhysicalRegisterId(0) {}
 
-    constexpr explicit PhysicalRegisterId(Vel::U64 id) noexcept
-        : Refinement(ResourceType::registerResource, id) {}
-
-    static constexpr auto schema() {
-        return Vel::schemaOf<PhysicalResourceId>.refinedAs<PhysicalRegisterId>("Brixo::PhysicalRegisterId").constructedFrom("id");
-    }
+    static constexpr auto schema() { return schemaNamed("Brixo::PhysicalRegisterId"); }
 };
 
 VEL_VALUE_FUNCTIONS(BRIXO_API, PhysicalRegisterId);

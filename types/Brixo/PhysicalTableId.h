@@ -1,25 +1,23 @@
-// PhysicalTableId.h - a PhysicalResourceId id whose kind is tableResource.
-//
-// Reading a text takes the kind that the text gives, invalidResource if it gives none; printed texts always give it.
+// PhysicalTableId.h - a PhysicalResourceId whose kind is tableResource. See ResourceIdOf.h.
 #pragma once
 
 #include <Brixo/Export.h>
 #include <Brixo/PhysicalResourceId.h>
+#include <Brixo/ResourceIdOf.h>
+#include <Brixo/ResourceType.h>
+#include <Vel/Value.h>
 
 namespace Brixo {
 
-class BRIXO_API PhysicalTableId : public Vel::Refinement<PhysicalTableId, PhysicalResourceId> {
+class BRIXO_API PhysicalTableId
+    : public ResourceIdOfKind<PhysicalTableId, PhysicalResourceId, ResourceType::tableResource> {
 public:
     VEL_VALUE(PhysicalTableId)
+    using ResourceIdOfKind::ResourceIdOfKind;
 
     constexpr PhysicalTableId() noexcept : PhysicalTableId(0) {}
 
-    constexpr explicit PhysicalTableId(Vel::U64 id) noexcept
-        : Refinement(ResourceType::tableResource, id) {}
-
-    static constexpr auto schema() {
-        return Vel::schemaOf<PhysicalResourceId>.refinedAs<PhysicalTableId>("Brixo::PhysicalTableId").constructedFrom("id");
-    }
+    static constexpr auto schema() { return schemaNamed("Brixo::PhysicalTableId"); }
 };
 
 VEL_VALUE_FUNCTIONS(BRIXO_API, PhysicalTableId);
