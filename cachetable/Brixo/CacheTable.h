@@ -27,6 +27,7 @@
 #include <Brixo/Export.h>
 #include <Brixo/RegionLayout.h>
 #include <Brixo/detail/RegionUse.h>
+#include <Vel/CollectionAttribute.h>
 #include <Vel/IndexSet.h>
 #include <Vel/Integers.h>
 #include <Vel/LazyCollection.h>
@@ -113,43 +114,18 @@ public:
 
     // Which slot holds which key: for (const auto& [key, index] : table.keyToIndex()). The writers change the map and
     // nothing in the region; they are the framework's.
-    const KeyToIndex& keyToIndex() const noexcept { return keyToIndex_; }
-
-    Vel::U32 keyToIndex(DeviceOffset key) const { return keyToIndex_.value(key); }
-
-    Vel::U32 keyToIndexs() const noexcept { return keyToIndex_.count(); }
-
+    VEL_COLLECTION_READERS(keyToIndex, KeyToIndex);
+    VEL_COLLECTION_WRITERS(keyToIndex, KeyToIndex);
     Vel::Ptr<VelKeyToIndex> newKeyToIndex(DeviceOffset key, Vel::U32 index);
-
-    void keyToIndexIs(DeviceOffset key, Vel::U32 index) { keyToIndex_.set(key, index); }
-
     // Returns the removed slot index, 0 when the key is absent.
     Vel::U32 keyToIndexDel(DeviceOffset key);
 
-    void keyToIndexDel(KeyToIndex::Iterator& position) { keyToIndex_.del(position); }
-
-    void keyToIndexDelAll() noexcept { keyToIndex_.delAll(); }
-
-    void keyToIndexNotify(DeviceOffset) noexcept {}
-
     // The unused slots.
-    const FreeIndex& freeIndex() const noexcept { return freeIndex_; }
-
-    bool freeIndex(Vel::U32 index) const { return freeIndex_.value(index); }
-
-    Vel::U32 freeIndexs() const noexcept { return freeIndex_.count(); }
-
+    VEL_COLLECTION_READERS(freeIndex, FreeIndex);
+    VEL_COLLECTION_WRITERS(freeIndex, FreeIndex);
     Vel::Ptr<VelFreeIndex> newFreeIndex(Vel::U32 index, bool value);
 
-    void freeIndexIs(Vel::U32 index, bool value) { freeIndex_.set(index, value); }
-
     void freeIndexDel(Vel::U32 index) { freeIndex_.remove(index); }
-
-    void freeIndexDel(FreeIndex::Iterator& position) { freeIndex_.del(position); }
-
-    void freeIndexDelAll() noexcept { freeIndex_.delAll(); }
-
-    void freeIndexNotify(Vel::U32) noexcept {}
 
     // Rebuilds both maps from the slots alone; may be called at any time. Of several slots with one key the lowest keeps
     // it, the others are marked unused. One pass, in ascending order; each slot is traced and written before the next is

@@ -10,10 +10,9 @@
 
 #include <Brixo/DalId.h>
 #include <Brixo/Export.h>
+#include <Vel/CollectionAttribute.h>
 #include <Vel/Integers.h>
-#include <Vel/KeyedCollection.h>
 #include <Vel/MapLink.h>
-#include <Vel/MapMember.h>
 #include <Vel/Notifiee.h>
 #include <Vel/Notifier.h>
 #include <Vel/Ptr.h>
@@ -29,18 +28,6 @@ public:
     using Key = DalId;
     using Value = Vel::Ptr<DalProcessingStatus>;
 
-    // A count or a tag, as the DAL chooses, under an error code.
-    class BRIXO_API VelErrorCode final : public Vel::MapMember<Vel::U64, int> {
-    public:
-        using MapMember::MapMember;
-    };
-
-    // How often something of one kind happened.
-    class BRIXO_API VelErrorBucket final : public Vel::MapMember<int, Vel::U32> {
-    public:
-        using MapMember::MapMember;
-    };
-
     // Who wants to know how far the DAL has got.
     class BRIXO_API NotifieeConst : public Vel::Notifiee<DalProcessingStatus> {
     public:
@@ -50,9 +37,6 @@ public:
         // notifier()->lastProcessedCmdIndex() has changed. Does nothing unless overridden.
         virtual void onLastProcessedCmdIndex();
     };
-
-    using ErrorCode = Vel::KeyedCollection<VelErrorCode>;
-    using ErrorBucket = Vel::KeyedCollection<VelErrorBucket>;
 
     // Indices 0, no errors, trackErrors() false, nobody listening.
     explicit DalProcessingStatus(DalId dalId);
@@ -80,48 +64,14 @@ public:
 
     void trackErrorsIs(bool track) noexcept { trackErrors_ = track; }
 
-    const ErrorCode& errorCode() const noexcept { return errorCode_; }
+    // A count or a tag, as the DAL chooses, under an error code.
+    VEL_COLLECTION(BRIXO_API, errorCode, ErrorCode, Vel::U64, int);
 
-    int errorCode(const Vel::U64& code) const { return errorCode_.value(code); }
-
-    Vel::U32 errorCodes() const noexcept { return errorCode_.count(); }
-
-    Vel::Ptr<VelErrorCode> newErrorCode(const Vel::U64& code, int value) {
-        return errorCode_.create(code, value);
-    }
-
-    void errorCodeIs(const Vel::U64& code, int value) { errorCode_.set(code, value); }
-
-    void errorCodeDel(const Vel::U64& code) { errorCode_.del(code); }
-
-    void errorCodeDel(ErrorCode::Iterator& position) { errorCode_.del(position); }
-
-    void errorCodeDelAll() noexcept { errorCode_.delAll(); }
-
-    void errorCodeNotify(const Vel::U64&) noexcept {}
-
-    const ErrorBucket& errorBucket() const noexcept { return errorBucket_; }
-
-    Vel::U32 errorBucket(int bucket) const { return errorBucket_.value(bucket); }
-
-    Vel::U32 errorBuckets() const noexcept { return errorBucket_.count(); }
-
-    Vel::Ptr<VelErrorBucket> newErrorBucket(int bucket, Vel::U32 value) {
-        return errorBucket_.create(bucket, value);
-    }
-
-    void errorBucketIs(int bucket, Vel::U32 value) { errorBucket_.set(bucket, value); }
+    // How often something of one kind happened.
+    VEL_COLLECTION(BRIXO_API, errorBucket, ErrorBucket, int, Vel::U32);
 
     // Adds to a counter, modulo 2^32, and returns it. One look-up when the bucket is there; else it is created first.
     Vel::U32 errorBucketInc(int bucket, Vel::U32 delta);
-
-    void errorBucketDel(int bucket) { errorBucket_.del(bucket); }
-
-    void errorBucketDel(ErrorBucket::Iterator& position) { errorBucket_.del(position); }
-
-    void errorBucketDelAll() noexcept { errorBucket_.delAll(); }
-
-    void errorBucketNotify(int) noexcept {}
 
     static constexpr Vel::AttributeId lastProcessedCmdIndexId = 132;
 

@@ -8,7 +8,7 @@
 #include <Brixo/DalId.h>
 #include <Brixo/DalProcessingStatus.h>
 #include <Brixo/Export.h>
-#include <Vel/Integers.h>
+#include <Vel/CollectionAttribute.h>
 #include <Vel/KeyedCollection.h>
 #include <Vel/Notifiee.h>
 #include <Vel/Notifier.h>
@@ -42,15 +42,8 @@ public:
     DalProcessingStatusCol& operator=(const DalProcessingStatusCol&) = delete;
     ~DalProcessingStatusCol() override;
 
-    // for (const auto& [dalId, status] : col.processingStatus())
-    const ProcessingStatus& processingStatus() const noexcept { return processingStatus_; }
-
-    // Null when there is none.
-    Vel::Ptr<DalProcessingStatus> processingStatus(DalId dalId) const {
-        return processingStatus_.value(dalId);
-    }
-
-    Vel::U32 processingStatuss() const noexcept { return processingStatus_.count(); }
+    // Null where there is none.
+    VEL_COLLECTION_READERS(processingStatus, ProcessingStatus);
 
     // Makes and adds a status for an id that has none; tells nobody. A refinement may make one of its own class.
     virtual Vel::Ptr<DalProcessingStatus> newProcessingStatus(DalId dalId);

@@ -10,9 +10,7 @@
 #include <Brixo/LogicalResourceId.h>
 #include <Brixo/LogicalTableId.h>
 #include <Brixo/RequesterDataMask.h>
-#include <Vel/Integers.h>
-#include <Vel/KeyedCollection.h>
-#include <Vel/MapMember.h>
+#include <Vel/CollectionAttribute.h>
 #include <Vel/Ptr.h>
 #include <Vel/PtrInterface.h>
 #include <Vel/value/DeclareEntity.h>
@@ -24,44 +22,12 @@ class BRIXO_API LogicalRemoteResourceIdCol : public Vel::PtrInterface {
 public:
     VEL_ENTITY(LogicalRemoteResourceIdCol)
 
-    class BRIXO_API VelResourceId final
-        : public Vel::MapMember<LogicalResourceId, LogicalRemoteResourceId> {
-    public:
-        explicit VelResourceId(const LogicalRemoteResourceId& value)
-            : MapMember(keyOf(value), value) {}
-
-        static LogicalResourceId keyOf(const LogicalRemoteResourceId& value) { return value.id(); }
-    };
-
-    using ResourceId = Vel::KeyedCollection<VelResourceId>;
-
     LogicalRemoteResourceIdCol();
     ~LogicalRemoteResourceIdCol() override;
 
-    const ResourceId& resourceId() const noexcept { return resourceId_; }
-
-    // The resource with that id and its mask, a default one when there is none.
-    LogicalRemoteResourceId resourceId(const LogicalResourceId& id) const {
-        return resourceId_.value(id);
-    }
-
-    Vel::U32 resourceIds() const noexcept { return resourceId_.count(); }
-
-    // For an id that is not there yet.
-    Vel::Ptr<VelResourceId> newResourceId(const LogicalRemoteResourceId& value) {
-        return resourceId_.create(value);
-    }
-
-    // Replaces the mask of the resource with the same id, or adds it.
-    void resourceIdIs(const LogicalRemoteResourceId& value) { resourceId_.set(value); }
-
-    void resourceIdDel(const LogicalResourceId& id) { resourceId_.del(id); }
-
-    void resourceIdDel(ResourceId::Iterator& position) { resourceId_.del(position); }
-
-    void resourceIdDelAll() noexcept { resourceId_.delAll(); }
-
-    void resourceIdNotify(const LogicalResourceId&) noexcept {}
+    // Each with its mask. resourceIdIs() replaces the mask of the resource with the same id, or adds it.
+    VEL_COLLECTION_BY(BRIXO_API, resourceId, ResourceId, LogicalResourceId, LogicalRemoteResourceId,
+                      id);
 
     // Each as resourceIdIs() does; without a mask, with a default one.
     void tableIdIs(LogicalTableId tid) { tableIdWithMaskIs(tid, RequesterDataMask()); }

@@ -9,6 +9,7 @@
 #pragma once
 
 #include <Brixo/Export.h>
+#include <Vel/CollectionAttribute.h>
 #include <Vel/Integers.h>
 #include <Vel/KeyedCollection.h>
 #include <Vel/MapMember.h>
@@ -37,13 +38,8 @@ public:
 
     void validIs(bool valid) noexcept { valid_ = valid; }
 
-    // The bytes that were ever written: for (const auto& [index, byte] : value.mask()).
-    const Mask& mask() const noexcept { return mask_; }
-
-    // The byte at an index, 0 where there is no entry.
-    Vel::U8 mask(Vel::U16 index) const { return mask_.value(index); }
-
-    Vel::U32 masks() const noexcept { return mask_.count(); }
+    // The bytes that were ever written, under their index; 0 where there is no entry.
+    VEL_COLLECTION_READERS(mask, Mask);
 
     Vel::Ptr<VelMask> newMask(Vel::U16 index, Vel::U8 byte) { return mask_.create(index, byte); }
 

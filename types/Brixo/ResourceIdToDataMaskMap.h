@@ -7,9 +7,7 @@
 #include <Brixo/Export.h>
 #include <Brixo/PhysicalResourceId.h>
 #include <Brixo/RequesterDataMask.h>
-#include <Vel/Integers.h>
-#include <Vel/KeyedCollection.h>
-#include <Vel/MapMember.h>
+#include <Vel/CollectionAttribute.h>
 #include <Vel/Ptr.h>
 #include <Vel/PtrInterface.h>
 #include <Vel/value/DeclareEntity.h>
@@ -21,40 +19,11 @@ class BRIXO_API ResourceIdToDataMaskMap : public Vel::PtrInterface {
 public:
     VEL_ENTITY(ResourceIdToDataMaskMap)
 
-    class BRIXO_API VelDataMask final
-        : public Vel::MapMember<PhysicalResourceId, RequesterDataMask> {
-    public:
-        using MapMember::MapMember;
-    };
-
-    using DataMask = Vel::KeyedCollection<VelDataMask>;
-
     ResourceIdToDataMaskMap();
     ~ResourceIdToDataMaskMap() override;
 
-    const DataMask& dataMask() const noexcept { return dataMask_; }
-
-    // A default mask when there is none.
-    RequesterDataMask dataMask(const PhysicalResourceId& id) const { return dataMask_.value(id); }
-
-    Vel::U32 dataMasks() const noexcept { return dataMask_.count(); }
-
-    // For a resource that has none yet.
-    Vel::Ptr<VelDataMask> newDataMask(const PhysicalResourceId& id, const RequesterDataMask& mask) {
-        return dataMask_.create(id, mask);
-    }
-
-    void dataMaskIs(const PhysicalResourceId& id, const RequesterDataMask& mask) {
-        dataMask_.set(id, mask);
-    }
-
-    void dataMaskDel(const PhysicalResourceId& id) { dataMask_.del(id); }
-
-    void dataMaskDel(DataMask::Iterator& position) { dataMask_.del(position); }
-
-    void dataMaskDelAll() noexcept { dataMask_.delAll(); }
-
-    void dataMaskNotify(const PhysicalResourceId&) noexcept {}
+    // The mask of a resource; a default one where there is none.
+    VEL_COLLECTION(BRIXO_API, dataMask, DataMask, PhysicalResourceId, RequesterDataMask);
 
     static constexpr auto schema();
 

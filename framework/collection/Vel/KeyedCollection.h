@@ -1,9 +1,6 @@
 // KeyedCollection.h - the pattern of every keyed collection attribute, once.
 //
-//     Vel::KeyedCollection<VelMask> mask_;
-//     U8 mask(U16 i) const { return mask_.value(i); }
-//     Vel::Ptr<VelMask> newMask(U16 i, U8 v) { return mask_.create(i, v); }
-//     void maskIs(U16 i, U8 v) { mask_.set(i, v); }
+// A class declares such an attribute, with the functions that lead here, by VEL_COLLECTION (CollectionAttribute.h).
 //
 // Entry:    a MapMember, or another MapLink with Key, Value, fwkKey(), value() and valueIs(); or an object that is its own
 //           member: a MapLink with Key, Value and fwkKey(), its Value a Ptr to itself.

@@ -12,6 +12,7 @@
 #include <Vel/BitSet.h>
 #include <Vel/Builtin.h>
 #include <Vel/ByteConnection.h>
+#include <Vel/CollectionAttribute.h>
 #include <Vel/DefineModule.h>
 #include <Vel/Entity.h>
 #include <Vel/Exception.h>
