@@ -72,9 +72,9 @@ TEST(LogicalRemoteResourceIdCol, AMaskReplacesTheEarlierOne) {
     EXPECT_EQ(col->resourceIds(), 1u);
     EXPECT_EQ(col->resourceId(LogicalTableId(7)).mask(), maskOf(0, 17));
     col->tableIdIs(LogicalTableId(7));
+    col->resourceIdNotify(LogicalTableId(7));
     EXPECT_EQ(col->resourceIds(), 1u);
     EXPECT_EQ(col->resourceId(LogicalTableId(7)).mask(), RequesterDataMask());
-    col->resourceIdNotify(LogicalTableId(7));
 }
 
 TEST(LogicalRemoteResourceIdCol, IsRegistered) {

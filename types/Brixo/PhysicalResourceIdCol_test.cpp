@@ -42,9 +42,9 @@ TEST(PhysicalResourceIdCol, AResourceOfTheSameIdReplacesTheStoredOne) {
     EXPECT_EQ(col->references(), 1u);
     col->resourceIdIs(PhysicalResourceId(ResourceType::tableResource, 7));
     col->resourceIdIs(PhysicalResourceId(ResourceType::registerResource, 7));
+    col->resourceIdNotify(7);
     EXPECT_EQ(col->resourceIds(), 1u);
     EXPECT_EQ(col->resourceId(7), PhysicalResourceId(ResourceType::registerResource, 7));
-    col->resourceIdNotify(7);
     EXPECT_EQ(col->resourceId(8), PhysicalResourceId());
 }
 

@@ -51,11 +51,11 @@ TEST(ResourceIdToDataMaskMap, AMaskReplacesTheEarlierOne) {
     second.setBitRange(4, 5);
     map->dataMaskIs(id, first);
     map->dataMaskIs(id, second);
+    map->dataMaskNotify(id);
     EXPECT_EQ(map->dataMasks(), 1u);
     EXPECT_EQ(map->dataMask(id), second);
     EXPECT_EQ(map->dataMask(PhysicalResourceId(ResourceType::registerResource, 7)),
               RequesterDataMask());
-    map->dataMaskNotify(id);
 }
 
 TEST(ResourceIdToDataMaskMap, IsRegistered) {

@@ -16,7 +16,7 @@ TEST(ResourceType, ConvertsFromAndToItsNames) {
 
 TEST(ResourceType, HasOneDescriptorWithoutABase) {
     EXPECT_EQ(_fwkType_ResourceType()->qualifiedName(), "Brixo::ResourceType");
-    EXPECT_EQ(_fwkType_ResourceType(), _fwkType_ResourceType());
+    EXPECT_EQ(_fwkType_ResourceType(), Vel::VelType::typeNode("Brixo::ResourceType"));
     EXPECT_EQ(_fwkType_ResourceType()->base(), nullptr);
 }
 

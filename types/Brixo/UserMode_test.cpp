@@ -15,7 +15,7 @@ TEST(UserMode, ConvertsFromAndToItsNames) {
 
 TEST(UserMode, HasOneDescriptorWithoutABase) {
     EXPECT_EQ(_fwkType_UserMode()->qualifiedName(), "Brixo::UserMode");
-    EXPECT_EQ(_fwkType_UserMode(), _fwkType_UserMode());
+    EXPECT_EQ(_fwkType_UserMode(), Vel::VelType::typeNode("Brixo::UserMode"));
     EXPECT_EQ(_fwkType_UserMode()->base(), nullptr);
 }
 

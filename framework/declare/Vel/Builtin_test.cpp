@@ -19,7 +19,7 @@ TEST(Builtin, NamesEachType) {
 }
 
 TEST(Builtin, MakesOneDescriptorATypeWithoutABase) {
-    EXPECT_EQ(Builtin<int>::_fwkType(), Builtin<int>::_fwkType());
+    EXPECT_EQ(Builtin<int>::_fwkType(), VelType::typeNode("int"));
     EXPECT_NE(Builtin<int>::_fwkType(), Builtin<unsigned>::_fwkType());
     EXPECT_EQ(Builtin<int>::_fwkType()->base(), nullptr);
 }

@@ -1,63 +1,30 @@
 #include <Vel/Value.h>
 
+#include <Vel/testing/NetTypes.h>
 #include <Vel/testing/ValueTesting.h>
 #include <Vel/value/Define.h>
-#include <Vel/value/DefineEnum.h>
 #include <concepts>
 #include <gtest/gtest.h>
 #include <random>
 #include <unordered_set>
 
-namespace Vel {
-namespace {} // namespace
-} // namespace Vel
-
 namespace Net {
 
-VEL_ENUM(Net, Protocol, tcp, udp);
-VEL_ENUM_FUNCTIONS(, Protocol);
-VEL_DEFINE_ENUM(Protocol)
-
-class Port : public Vel::Value<Port> {
+// A field of each kind.
+class Flow : public Vel::Value<Flow> {
 public:
-    VEL_VALUE(Port)
-    constexpr Port() noexcept = default;
+    VEL_VALUE(Flow)
+    constexpr Flow() noexcept = default;
 
-    constexpr explicit Port(Vel::U16 number) noexcept : number_(number) {}
-
-    constexpr Vel::U16 number() const noexcept { return number_; }
-
-    static constexpr Vel::U16 none() noexcept { return 0xffff; }
-
-    static constexpr auto schema() {
-        return Vel::scalarSchema<Port>("Net::Port")
-            .stored(2, "number", &Port::number_)
-            .hashedBy(Vel::Hash::plainValue, 3, Vel::Introspection::plain)
-            .constant(4, "none", &Port::none)
-            .constructedFrom("number");
-    }
-
-private:
-    Vel::U16 number_ = 0;
-};
-
-VEL_VALUE_FUNCTIONS(, Port);
-VEL_DEFINE_VALUE(Port)
-
-class Endpoint : public Vel::Value<Endpoint> {
-public:
-    VEL_VALUE(Endpoint)
-    constexpr Endpoint() noexcept = default;
-
-    constexpr Endpoint(Protocol protocol, Port port, bool open, Vel::U64 peer) noexcept
+    constexpr Flow(Protocol protocol, Port port, bool open, Vel::U64 peer) noexcept
         : protocol_(protocol), port_(port), open_(open), peer_(peer) {}
 
     static constexpr auto schema() {
-        return Vel::valueSchema<Endpoint>("Net::Endpoint")
-            .stored(2, "protocol", &Endpoint::protocol_)
-            .stored(3, "port", &Endpoint::port_)
-            .stored(4, "open", &Endpoint::open_)
-            .stored(5, "peer", &Endpoint::peer_)
+        return Vel::valueSchema<Flow>("Net::Flow")
+            .stored(2, "protocol", &Flow::protocol_)
+            .stored(3, "port", &Flow::port_)
+            .stored(4, "open", &Flow::open_)
+            .stored(5, "peer", &Flow::peer_)
             .hashedBy(Vel::Hash::byteMix, 6);
     }
 
@@ -68,8 +35,8 @@ private:
     Vel::U64 peer_ = 0;
 };
 
-VEL_VALUE_FUNCTIONS(, Endpoint);
-VEL_DEFINE_VALUE(Endpoint)
+VEL_VALUE_FUNCTIONS(, Flow);
+VEL_DEFINE_VALUE(Flow)
 
 } // namespace Net
 
@@ -77,20 +44,20 @@ namespace Vel {
 namespace {
 
 using namespace Testing;
-using Net::Endpoint;
+using Net::Flow;
 using Net::Port;
 using Net::Protocol;
 
-const char printed[] = "Value('Net::Endpoint', ** {'protocol': 'udp', 'port': 53, 'open': True, "
+const char printed[] = "Value('Net::Flow', ** {'protocol': 'udp', 'port': 53, 'open': True, "
                        "'peer': 18446744073709551615})";
-constexpr Endpoint sample(Protocol::udp, Port(53), true, ~U64{0});
+constexpr Flow sample(Protocol::udp, Port(53), true, ~U64{0});
 
 static_assert(sizeof(Port) == 2);
-static_assert(std::totally_ordered<Port> && std::totally_ordered<Endpoint>);
+static_assert(std::totally_ordered<Port> && std::totally_ordered<Flow>);
 static_assert(Port(1) < Port(2));
 static_assert(schemaOf<Port>.shortName() == "Port");
-static_assert(schemaOf<Endpoint>.attributeCount == 5);
-static_assert(Endpoint() < sample);
+static_assert(schemaOf<Flow>.attributeCount == 5);
+static_assert(Flow() < sample);
 
 TEST(Value, SchemaStatesIdsNamesKindsAndFlags) {
     std::string table;
@@ -99,16 +66,16 @@ TEST(Value, SchemaStatesIdsNamesKindsAndFlags) {
                  std::to_string(static_cast<int>(attribute.kind)) + " " +
                  std::to_string(attribute.introspection) + "; ";
     });
-    EXPECT_EQ(table, "2 number 0 2; 3 hash 1 0; 4 none 2 0; ");
-    EXPECT_EQ(schemaOf<Port>.constructor[0], "number");
+    EXPECT_EQ(table, "2 value 0 2; 3 hash 1 0; 4 null 2 0; ");
+    EXPECT_EQ(schemaOf<Port>.constructor[0], "value");
 }
 
 TEST(Value, ComparesFieldAfterField) {
-    const Endpoint ascending[] = {{Protocol::tcp, Port(9), true, 9},
-                                  {Protocol::udp, Port(1), true, 9},
-                                  {Protocol::udp, Port(2), false, 9},
-                                  {Protocol::udp, Port(2), true, 0xffffffff},
-                                  {Protocol::udp, Port(2), true, 0x100000000}};
+    const Flow ascending[] = {{Protocol::tcp, Port(9), true, 9},
+                              {Protocol::udp, Port(1), true, 9},
+                              {Protocol::udp, Port(2), false, 9},
+                              {Protocol::udp, Port(2), true, 0xffffffff},
+                              {Protocol::udp, Port(2), true, 0x100000000}};
     for (std::size_t i = 0; i < std::size(ascending); ++i)
         for (std::size_t j = 0; j < std::size(ascending); ++j)
             EXPECT_TRUE(comparesAs(ascending[i], ascending[j], i < j, i == j)) << i << " " << j;
@@ -116,10 +83,10 @@ TEST(Value, ComparesFieldAfterField) {
 
 TEST(Value, PrintsAndReads) {
     EXPECT_EQ(text(sample), printed);
-    EXPECT_EQ(parsed<Endpoint>(printed), sample);
+    EXPECT_EQ(parsed<Flow>(printed), sample);
     EXPECT_EQ(text(Port(65535)), "65535");
-    EXPECT_EQ(text(Endpoint(static_cast<Protocol>(9), Port(), false, 0)),
-              "Value('Net::Endpoint', ** {'protocol': 'Protocol(9)', 'port': 0, 'open': False, "
+    EXPECT_EQ(text(Flow(static_cast<Protocol>(9), Port(), false, 0)),
+              "Value('Net::Flow', ** {'protocol': 'Protocol(9)', 'port': 0, 'open': False, "
               "'peer': 0})");
 }
 
@@ -127,7 +94,7 @@ TEST(Value, LogsItsFieldsInOrder) {
     const std::vector<U8> bytes = {0,    0,    0,    1,    0,    53,   1,   0xff,
                                    0xff, 0xff, 0xff, 0xff, 0xff, 0xff, 0xff};
     EXPECT_EQ(logged(sample), bytes);
-    EXPECT_EQ(fromLog<Endpoint>(bytes), sample);
+    EXPECT_EQ(fromLog<Flow>(bytes), sample);
 }
 
 TEST(Value, HashesFieldsByTheirBytes) {
@@ -141,9 +108,9 @@ TEST(Value, HashesFieldsByTheirBytes) {
 }
 
 TEST(Value, AFailedReadMovesNoCursorAndTouchesNoTarget) {
-    const String8 broken("Value('Net::Endpoint', ** {'port': 7, 'open': 2})");
+    const String8 broken("Value('Net::Flow', ** {'port': 7, 'open': 2})");
     auto pos = broken.begin();
-    EXPECT_THROW(Endpoint(pos, broken.end()), RangeException);
+    EXPECT_THROW(Flow(pos, broken.end()), RangeException);
     EXPECT_EQ(pos.column(), 0);
 }
 
@@ -151,10 +118,10 @@ TEST(Value, AFailedReadMovesNoCursorAndTouchesNoTarget) {
 TEST(Value, ReadsThePrintedFormAndTheGrammarAlike) {
     std::mt19937 random(6);
     for (int round = 0; round < 2000; ++round) {
-        const Endpoint value(static_cast<Protocol>(random() % 2), Port(static_cast<U16>(random())),
-                             random() % 2 == 0, U64{random()} << (random() % 33));
+        const Flow value(static_cast<Protocol>(random() % 2), Port(static_cast<U16>(random())),
+                         random() % 2 == 0, U64{random()} << (random() % 33));
         const std::string exact = text(value);
-        ASSERT_EQ(parsed<Endpoint>(exact), value);
+        ASSERT_EQ(parsed<Flow>(exact), value);
         std::string spaced;
         bool quoted = false;
         for (std::size_t i = 0; i < exact.size(); ++i) {
@@ -164,14 +131,14 @@ TEST(Value, ReadsThePrintedFormAndTheGrammarAlike) {
             spaced += c;
             if (c == '\'') quoted = !quoted;
         }
-        ASSERT_EQ(parsed<Endpoint>(" " + spaced + " \n"), value) << spaced;
+        ASSERT_EQ(parsed<Flow>(" " + spaced + " \n"), value) << spaced;
     }
 }
 
 TEST(Value, RefusesEveryCutText) {
     const std::string whole = printed;
     for (std::size_t length = 0; length < whole.size(); ++length)
-        EXPECT_NE(parseError<Endpoint>(whole.substr(0, length)), "") << length;
+        EXPECT_NE(parseError<Flow>(whole.substr(0, length)), "") << length;
 }
 
 TEST(Value, AdaptersWrapCopies) {
@@ -189,7 +156,7 @@ TEST(Value, AdaptersWrapCopies) {
     EXPECT_EQ(byText->clone()->strRep(), "443");
     EXPECT_EQ(byText->type(), type);
     const Ptr<GenericIf> foreign =
-        ValueType<Endpoint>::instance()->genericIf(static_cast<const void*>(&sample), false);
+        ValueType<Flow>::instance()->genericIf(static_cast<const void*>(&sample), false);
     EXPECT_FALSE(type->genericIf(foreign.ptr(), false));
     auto& wrapper = static_cast<ValueGenericIf<Port>&>(*byText);
     wrapper.valIs(Port(1));

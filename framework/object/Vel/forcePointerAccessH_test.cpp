@@ -1,15 +1,20 @@
 #include <Vel/forcePointerAccessH.h>
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <string_view>
 
 namespace Vel {
 namespace {
 
-TEST(ForcePointerAccessH, TouchesNothing) {
-    int value = 5;
-    forcePointerAccessH(&value);
-    EXPECT_EQ(value, 5);
-    forcePointerAccessH(nullptr);
+// What a compiler sees through, it may drop together with the accessor.
+TEST(ForcePointerAccessH, IsOutOfSightInTheLibrary) {
+    void* const inLibrary = dlsym(RTLD_DEFAULT, "_ZN3Vel19forcePointerAccessHEPKv");
+    ASSERT_NE(inLibrary, nullptr);
+    EXPECT_EQ(inLibrary, reinterpret_cast<void*>(&forcePointerAccessH));
+    Dl_info info{};
+    ASSERT_NE(dladdr(inLibrary, &info), 0);
+    EXPECT_NE(std::string_view(info.dli_fname).find("libVel"), std::string_view::npos);
 }
 
 } // namespace
