@@ -54,6 +54,8 @@ ENUMS, SCALARS, STRUCTS = described(PAGE.read_text())
 # In the order of registration, as the page has them: the numbers by which the fuzzers' seeds choose a type.
 KINDS = sorted([*ENUMS, *SCALARS, *STRUCTS], key=re.findall(r"^## (.+)$", PAGE.read_text(), re.M).index)
 RESOURCE = [("type", "Brixo::ResourceType"), ("id", "U64")]
+# Bits of the builtin integers, and whether they are signed.
+INTEGERS = {"U8": (8, False), "U16": (16, False), "U32": (32, False), "U64": (64, False), "int": (32, True)}
 BLANKS = " \n\t\r"
 S64, U64 = "long long", "unsigned long long"
 
@@ -101,8 +103,9 @@ def fields(kind, value):
         return b"".join(fields(of, value[name]) for name, of in STRUCTS[kind])
     if kind == "bool":
         return bytes([value])
-    if kind == "U64":
-        return struct.pack(">Q", value)
+    if kind in INTEGERS:
+        bits, signed = INTEGERS[kind]
+        return value.to_bytes(bits // 8, "big", signed=signed)
     entries = sorted(value.items(), key=lambda entry: backwards(entry[0]))
     return b"".join(struct.pack(">HB", *entry) for entry in entries) + bytes(4)
 
@@ -230,8 +233,10 @@ class Reader:
             return ENUMS[kind].index(name)
         if kind == "bool":
             return self.truth()
-        if kind == "U64":
-            return self.integer(U64)
+        if kind in INTEGERS:
+            bits, signed = INTEGERS[kind]
+            low = self.integer(U64 if bits == 64 else S64) % 2**bits
+            return low - 2**bits if signed and low >= 2**(bits - 1) else low
         short, result = kind.split("::")[-1], default(kind)
         for literal in ("Value", "(", f"'{kind}'", ",", "**", "{"):
             self.need(literal, before=True)
@@ -287,9 +292,9 @@ def read_fields(kind, data, at):
         if data[-4:] != bytes(4):
             raise Refused("the end mark of a collection is not 0")
         return value, len(data)
-    size = {"bool": 1, "U64": 8}.get(kind) or (4 if kind in ENUMS else SCALARS[kind][0] // 8)
-    taken, at = take(size)
-    number = int.from_bytes(taken, "big", signed=kind in ENUMS)
+    bits, signed = (8, False) if kind == "bool" else (32, True) if kind in ENUMS else INTEGERS.get(kind) or (SCALARS[kind][0], False)
+    taken, at = take(bits // 8)
+    number = int.from_bytes(taken, "big", signed=signed)
     if kind == "bool" and number > 1:
         raise Refused(f"{number} is no truth value")
     return (bool(number) if kind == "bool" else number), at
@@ -322,8 +327,10 @@ def samples(kind, chance):
         bits = SCALARS[kind][0]
         return sorted({0, 1, 9, 10, 62, 63, 64, 127, 2**bits - 1, 2**(bits - 1), chance.getrandbits(bits)} &
                       set(range(min(2**bits, 256))) | {2**bits - 1, 2**(bits - 1), chance.getrandbits(bits)})
-    if kind == "U64":
-        return [0, 7, 2**32 - 1, 2**32, 2**63, 2**64 - 1, chance.getrandbits(64)]
+    if kind in INTEGERS:
+        bits, signed = INTEGERS[kind]
+        few = {0, 7, 2**(bits // 2) - 1, 2**(bits // 2), 2**(bits - 1) - signed, 2**(bits - signed) - 1, -signed, chance.getrandbits(bits - 1)}
+        return sorted(few)
     if kind == "bool":
         return [False, True]
     if kind == "entries":
