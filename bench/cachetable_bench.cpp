@@ -1,11 +1,14 @@
-// cachetable_bench.cpp - the cache table beside the table that one would write by hand, and beside LMDB.
+// cachetable_bench.cpp - the cache table beside the table that one would write by hand, and beside
+// LMDB.
 //
-// WHAT/WHO/ENTRY/KEYS/SIZE: tables of SIZE slots with ENTRY bytes of data each. Fill writes every key into an empty table;
-// Lookup asks for each key, Overwrite writes it again, DeleteInsert replaces it by another key, all in random order;
-// Recover rebuilds the maps of a full region, RecoverEmpty those of an empty one. `hand` is std::unordered_map, slots in a
-// region of the same kind and layout, and a stack of free slots. `scan` only reads the key words of the region, `set` fills
-// a std::unordered_set with the slot numbers; Reserved: the peer asked for its room beforehand. LMDB works in memory,
-// unsynchronised, in one transaction a pass. Times are of one operation.
+// WHAT/WHO/ENTRY/KEYS/SIZE: tables of SIZE slots with ENTRY bytes of data each. Fill writes every
+// key into an empty table; Lookup asks for each key, Overwrite writes it again, DeleteInsert
+// replaces it by another key, all in random order; Recover rebuilds the maps of a full region,
+// RecoverEmpty those of an empty one. `hand` is std::unordered_map, slots in a region of the same
+// kind and layout, and a stack of free slots. `scan` only reads the key words of the region, `set`
+// fills a std::unordered_set with the slot numbers; Reserved: the peer asked for its room
+// beforehand. LMDB works in memory, unsynchronised, in one transaction a pass. Times are of one
+// operation.
 #include "keys.h"
 
 #include <Brixo/CacheTable.h>

@@ -1,7 +1,8 @@
-// compile_bench.cpp - how long the compiler takes over a file that includes one header of ours, beside one that includes
-// <string> and <ostream>.
+// compile_bench.cpp - how long the compiler takes over a file that includes one header of ours,
+// beside one that includes <string> and <ostream>.
 //
-// Compile/(ours|standard)/HEADER, with the compiler and the flags of this build. Counter us: the median of the CPU time.
+// Compile/(ours|standard)/HEADER, with the compiler and the flags of this build. Counter us: the
+// median of the CPU time.
 #include <algorithm>
 #include <benchmark/benchmark.h>
 #include <cstdlib>

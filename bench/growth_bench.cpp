@@ -1,8 +1,10 @@
-// growth_bench.cpp - maps and tables from 1e3 to 1e7: what an operation costs as they grow, and the one that costs most.
+// growth_bench.cpp - maps and tables from 1e3 to 1e7: what an operation costs as they grow, and the
+// one that costs most.
 //
-// Grow/WHO/SIZE inserts SIZE random keys without reserve, GrownHit/WHO/SIZE finds them in random order; times are of one
-// operation. SlowestInsert/WHO/SIZE is the insert of the whole growth that took longest, in microseconds of the thread's
-// own time (the counter "us"), so that who else runs does not count. TableFill and SlowestWrite are the same of a table.
+// Grow/WHO/SIZE inserts SIZE random keys without reserve, GrownHit/WHO/SIZE finds them in random
+// order; times are of one operation. SlowestInsert/WHO/SIZE is the insert of the whole growth that
+// took longest, in microseconds of the thread's own time (the counter "us"), so that who else runs
+// does not count. TableFill and SlowestWrite are the same of a table.
 #include "keys.h"
 
 #include <Brixo/CacheTable.h>

@@ -1,7 +1,9 @@
-// loading_bench.cpp - how long a process waits for the types' library, with and without its registration.
+// loading_bench.cpp - how long a process waits for the types' library, with and without its
+// registration.
 //
-// Load/ours/(off|on) loads it in a process that has the framework alone, with the registrar inactive and active;
-// Register/ours is the same process's registration of every type after that. Counter us: the median of the loads.
+// Load/ours/(off|on) loads it in a process that has the framework alone, with the registrar
+// inactive and active; Register/ours is the same process's registration of every type after that.
+// Counter us: the median of the loads.
 #include <Vel/IntrospectionReactor.h>
 #include <algorithm>
 #include <benchmark/benchmark.h>

@@ -1,8 +1,9 @@
 // log_bench.cpp - the attribute log beside length-delimited protobuf messages.
 //
-// Write/WHO/TYPE writes 6400 values to memory that is there, Read/WHO/TYPE reads them back, each into the same variable.
-// `protobuf` states each message's length before it on one coded stream, as our records do; `protobufString` makes a string
-// of each message, the same one again, and reads it back alone. Times are of one value.
+// Write/WHO/TYPE writes 6400 values to memory that is there, Read/WHO/TYPE reads them back, each
+// into the same variable. `protobuf` states each message's length before it on one coded stream, as
+// our records do; `protobufString` makes a string of each message, the same one again, and reads it
+// back alone. Times are of one value.
 #include "values.h"
 
 #include <Vel/MemoryConnection.h>

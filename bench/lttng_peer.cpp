@@ -1,4 +1,5 @@
-// lttng_peer.cpp - the peer's tracepoint, apart from our code because its macros do not keep our warnings.
+// lttng_peer.cpp - the peer's tracepoint, apart from our code because its macros do not keep our
+// warnings.
 #include "lttng_calls.h"
 
 #define LTTNG_UST_TRACEPOINT_CREATE_PROBES

@@ -1,4 +1,5 @@
-// lttng_peer.h - LTTng's tracepoint with the arguments of our message. Read twice by LTTng's own headers, hence no pragma.
+// lttng_peer.h - LTTng's tracepoint with the arguments of our message. Read twice by LTTng's own
+// headers, hence no pragma.
 #undef LTTNG_UST_TRACEPOINT_PROVIDER
 #define LTTNG_UST_TRACEPOINT_PROVIDER brixo_bench
 

@@ -1,9 +1,11 @@
 // map_bench.cpp - the map and its nodes beside std::unordered_map and absl::node_hash_map.
 //
-// WHAT/WHO/KEYS/SIZE: Insert makes every node in an empty map without reserve; Hit and Miss look keys up in random order;
-// EraseInsert replaces a random member; Iterate walks all; Teardown drops a full map; DrainFirst takes the first member
-// until none is left (std and absl: erase(begin())). Times are of one operation. The peers run on random and sequential
-// keys; ours on every family, which must cost about what random keys cost.
+// WHAT/WHO/KEYS/SIZE: Insert makes every node in an empty map without reserve; Hit and Miss look
+//                     keys up in random order;
+// EraseInsert replaces a random member; Iterate walks all; Teardown drops a full map; DrainFirst
+// takes the first member until none is left (std and absl: erase(begin())). Times are of one
+// operation. The peers run on random and sequential keys; ours on every family, which must cost
+// about what random keys cost.
 #include "keys.h"
 
 #include <Vel/HashMap.h>

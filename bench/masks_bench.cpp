@@ -1,9 +1,11 @@
-// masks_bench.cpp - hashes of structured ids, passes over 64-bit masks, and masks of data, beside what one writes by hand.
+// masks_bench.cpp - hashes of structured ids, passes over 64-bit masks, and masks of data, beside
+// what one writes by hand.
 //
-// Hash/WHO/TYPE hashes 64 values in turn, the peer byte by byte through one loop. Pass/WHO/BITS walks 64 masks with BITS
-// random members each, the peer by counting trailing zeros; times are of one member. FillBuffer/WHO/CASE writes the 256
-// bytes of a data mask to a buffer, `full` with an entry for every byte and `sparse` for every 16th, the peer from a
-// std::unordered_map; SetBits/WHO sets 2048 bits of an empty mask one by one.
+// Hash/WHO/TYPE hashes 64 values in turn, the peer byte by byte through one loop. Pass/WHO/BITS
+// walks 64 masks with BITS random members each, the peer by counting trailing zeros; times are of
+// one member. FillBuffer/WHO/CASE writes the 256 bytes of a data mask to a buffer, `full` with an
+// entry for every byte and `sparse` for every 16th, the peer from a std::unordered_map; SetBits/WHO
+// sets 2048 bits of an empty mask one by one.
 #include "values.h"
 
 #include <Brixo/RequesterDataMask.h>

@@ -1,6 +1,8 @@
-// notify_bench.cpp - a notification pass beside a bare loop of virtual calls, boost::signals2 and GObject's notify.
+// notify_bench.cpp - a notification pass beside a bare loop of virtual calls, boost::signals2 and
+// GObject's notify.
 //
-// Pass/WHO/LISTENERS: one pass to 1, 8 and 64 listeners, each of which adds one to a counter of its own.
+// Pass/WHO/LISTENERS: one pass to 1, 8 and 64 listeners, each of which adds one to a counter of its
+//                     own.
 #include <Vel/Notifiee.h>
 #include <Vel/Notifier.h>
 #include <benchmark/benchmark.h>
@@ -62,7 +64,8 @@ private:
     unsigned count_ = 0;
 };
 
-// Nobody makes one, which no compiler knows: with Counter alone it would call nobody and count in the loop itself.
+// Nobody makes one, which no compiler knows: with Counter alone it would call nobody and count in
+// the loop itself.
 class Sleeper final : public Listener {};
 
 std::vector<std::unique_ptr<Listener>> makeListeners(const benchmark::State& state) {

@@ -1,10 +1,12 @@
 // objects_bench.cpp - counted objects and pointers beside boost::intrusive_ptr and std::shared_ptr.
 //
-// WHAT/WHO/CASE: Copy copies a pointer and drops the copy; Make creates an object of 48 bytes and destroys it; MakeMany
-// creates 1000 and then destroys them. CASE is the counting mode: plain, or atomic as enableThreadSafePointers has it.
-// std::shared_ptr has no such switch: it counts plainly until the process starts its first thread, and atomically ever
-// after. This process starts one before it measures, so shared_ptr is what an agent with threads gets, in both cases;
-// shared_ptrPlain is the standard library's own type for counting without threads.
+// WHAT/WHO/CASE: Copy copies a pointer and drops the copy; Make creates an object of 48 bytes and
+//                destroys it; MakeMany
+// creates 1000 and then destroys them. CASE is the counting mode: plain, or atomic as
+// enableThreadSafePointers has it. std::shared_ptr has no such switch: it counts plainly until the
+// process starts its first thread, and atomically ever after. This process starts one before it
+// measures, so shared_ptr is what an agent with threads gets, in both cases; shared_ptrPlain is the
+// standard library's own type for counting without threads.
 #include <Vel/Ptr.h>
 #include <Vel/PtrInterface.h>
 #include <array>

@@ -1,8 +1,10 @@
-// reflection_bench.cpp - one 64-bit attribute through reflection, beside protobuf's Reflection and GObject's properties.
+// reflection_bench.cpp - one 64-bit attribute through reflection, beside protobuf's Reflection and
+// GObject's properties.
 //
-// ById/WHO/(get|set) has looked the attribute up before; ByName/WHO/(get|set) looks it up by its name each time. Each side
-// uses what it keeps between calls: we an adapter for the answer, the peers nothing. GObject knows properties by name alone:
-// its ById figure is the same call. ByText/ours/get is Any, which makes an adapter for each answer.
+// ById/WHO/(get|set) has looked the attribute up before; ByName/WHO/(get|set) looks it up by its
+// name each time. Each side uses what it keeps between calls: we an adapter for the answer, the
+// peers nothing. GObject knows properties by name alone: its ById figure is the same call.
+// ByText/ours/get is Any, which makes an adapter for each answer.
 #include <Brixo/DalProcessingStatus.h>
 #include <Vel/Any.h>
 #include <Vel/Builtin.h>

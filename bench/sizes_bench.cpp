@@ -1,8 +1,9 @@
 // sizes_bench.cpp - bytes of memory for each member of a map and each slot of a table.
 //
-// MapMember/WHO/KEYS/SIZE and TableSlot/WHO/STATE/SIZE: what a child process grows by while it fills one, divided by SIZE;
-// whole pages, so the sizes are large. A slot's key word and data in the region are not counted. The figure is the counter
-// "bytes"; the times mean nothing. `hand` is cachetable_bench's table by hand.
+// MapMember/WHO/KEYS/SIZE and TableSlot/WHO/STATE/SIZE: what a child process grows by while it
+// fills one, divided by SIZE; whole pages, so the sizes are large. A slot's key word and data in
+// the region are not counted. The figure is the counter "bytes"; the times mean nothing. `hand` is
+// cachetable_bench's table by hand.
 #include "keys.h"
 
 #include <Brixo/CacheTable.h>

@@ -1,8 +1,9 @@
 // text_bench.cpp - text forms beside fmt, sscanf, a JSON parser and protobuf's text format.
 //
-// Print/WHO/TYPE makes the text of a value, Parse/WHO/TYPE reads it back; 64 values in turn. fmt and sscanf are given the
-// one format that fits; sscanf's caller still looks the enumerator up. JSON holds the same fields without the type's name.
-// NameToEnumerator and EnumeratorToName: beside std::unordered_map, and beside a copy of the name. Times are of one value.
+// Print/WHO/TYPE makes the text of a value, Parse/WHO/TYPE reads it back; 64 values in turn. fmt
+// and sscanf are given the one format that fits; sscanf's caller still looks the enumerator up.
+// JSON holds the same fields without the type's name. NameToEnumerator and EnumeratorToName: beside
+// std::unordered_map, and beside a copy of the name. Times are of one value.
 #include "values.h"
 
 #include <Vel/String8.h>

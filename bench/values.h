@@ -1,4 +1,5 @@
-// values.h - the same 64 values for every benchmark of a facet: ours, and as messages of the peer. Not installed.
+// values.h - the same 64 values for every benchmark of a facet: ours, and as messages of the peer.
+// Not installed.
 //
 // Numbers have 1 to 20 digits, so that neither side learns a length by heart. Fixed seed.
 #pragma once

@@ -1,7 +1,8 @@
-// coverage_dump.cpp - part of every library of the coverage build, and of no other: keeps the line counts of a process
-// that aborts, so that an assertion that a test provokes counts as run.
+// coverage_dump.cpp - part of every library of the coverage build, and of no other: keeps the line
+// counts of a process that aborts, so that an assertion that a test provokes counts as run.
 //
-// Each library has counters of its own, hence a handler of its own; each calls the one that was there before it.
+// Each library has counters of its own, hence a handler of its own; each calls the one that was
+// there before it.
 #include <csignal>
 
 extern "C" void __gcov_dump();

@@ -1,1 +1,2 @@
-// test_headers.cpp - carries the precompiled headers that every test executable reuses; does nothing itself.
+// test_headers.cpp - carries the precompiled headers that every test executable reuses; does
+// nothing itself.

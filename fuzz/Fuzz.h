@@ -1,7 +1,8 @@
 // Fuzz.h - what the fuzzers share: how a broken promise ends the run, and the value types.
 //
-// Input: of the fuzzers for values, the first byte chooses the type (modulo their number); the rest is
-//        the text or the log. smoke.py makes seeds in this form: types are counted as they are registered.
+// Input: of the fuzzers for values, the first byte chooses the type (modulo their number); the rest
+//        is the text or the log. smoke.py makes seeds in this form: types are counted as they are
+//        registered.
 #pragma once
 
 #include <Brixo/testing/EveryType.h>

@@ -1,9 +1,9 @@
 // attribute_log_fuzz.cpp - any bytes as an attribute log of values of any type.
 //
 // Promises: a value is read, or an Exception with Id::connection says why not. What was read is
-//           written as a record that is read back as the same value and written as the same bytes. A
-//           malformed record is left behind: the reader comes to the end, or to where it can go no
-//           further.
+//           written as a record that is read back as the same value and written as the same bytes.
+//           A malformed record is left behind: the reader comes to the end, or to where it can go
+//           no further.
 #include "Fuzz.h"
 
 namespace {

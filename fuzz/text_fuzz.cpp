@@ -29,8 +29,8 @@ std::size_t countOf(std::string_view word, std::string_view text) {
     return count;
 }
 
-// How often a text may say the name of a collection without naming the collection: the name of a value around it, too, or a
-// part of such a name.
+// How often a text may say the name of a collection without naming the collection: the name of a
+// value around it, too, or a part of such a name.
 struct Collection {
     std::string name;
     std::size_t otherUses;

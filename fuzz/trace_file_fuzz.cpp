@@ -2,9 +2,9 @@
 //
 // Promises: the reader names an error and has nothing, or has no error and every message can be
 //           shown: call site and words are there, and its text does not disturb a terminal.
-// Length:   a trace file has exactly the length that its header tells, which a mutation seldom keeps.
-//           So an input whose last byte is even is read with the length of the shortest file, and any
-//           other as it is.
+// Length:   a trace file has exactly the length that its header tells, which a mutation seldom
+//           keeps. So an input whose last byte is even is read with the length of the shortest
+//           file, and any other as it is.
 // Speed:    an execution costs what the messages and the memory for their texts cost. So most seeds
 //           have few messages (smoke.py), memory is used again soon, and the fuzzer does not watch
 //           which way the loop over the characters goes.

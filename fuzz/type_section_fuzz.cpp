@@ -1,8 +1,8 @@
 // type_section_fuzz.cpp - any bytes as the file of a shared library.
 //
 // Promises: the file is refused by a text of one line that names it, or its types are names that do
-//           not disturb a terminal. No byte outside of the file is touched: the input ends where its
-//           allocation does, and the address sanitizer watches.
+//           not disturb a terminal. No byte outside of the file is touched: the input ends where
+//           its allocation does, and the address sanitizer watches.
 #include <Vel/RangeException.h>
 #include <Vel/TypeSection.h>
 #include <algorithm>

@@ -1,9 +1,11 @@
-// instructions.cpp - does each operation a fixed number of times, for callgrind to count its instructions.
+// instructions.cpp - does each operation a fixed number of times, for callgrind to count its
+// instructions.
 //
-//     instructions FOLDER      regions and trace go to the folder; scripts/instructions runs it and reads the counts
+//     instructions FOLDER      regions and trace go there; scripts/instructions reads the counts
 //
-// Prints a line "NAME<tab>TIMES" for each operation, which is also the name of callgrind's dump of it. What runs between
-// two dumps is the operation alone, for the second time: what is made on first use is there by then. Inputs are fixed.
+// Prints a line "NAME<tab>TIMES" for each operation, which is also the name of callgrind's dump of
+// it. What runs between two dumps is the operation alone, for the second time: what is made on
+// first use is there by then. Inputs are fixed.
 #include <Brixo/Brixo.h>
 #include <Ferrolog/Trace.h>
 #include <Orn/Orn.h>
@@ -43,7 +45,8 @@ void need(bool holds, const char* what) {
     std::exit(1);
 }
 
-// Counts run(state), which does something `times` times; prepare() makes the state and is not counted.
+// Counts run(state), which does something `times` times; prepare() makes the state and is not
+// counted.
 template <class Prepare, class Run>
 void count(const char* name, unsigned times, Prepare prepare, Run run) {
     for (const bool isCounted : {false, true}) {

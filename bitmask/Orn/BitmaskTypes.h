@@ -1,4 +1,5 @@
-// BitmaskTypes.h - each registered type of this folder, once, in the order of registration: see <Brixo/BrixoTypes.h>.
+// BitmaskTypes.h - each registered type of this folder, once, in the order of registration: see
+// <Brixo/BrixoTypes.h>.
 #pragma once
 
 #include <Orn/BitId.h>

@@ -1,7 +1,8 @@
 // U64Bitmask.h - a set of bits in one 64-bit word.
 //
-// Cost:   word operations without a branch to speak of; nothing allocates. In 32-bit code the halves are worked on by
-//         themselves: bit 5 of a bit id chooses the half, bits 0 to 4 the position.
+// Cost:   word operations without a branch to speak of; nothing allocates. In 32-bit code the
+//         halves are worked on by themselves: bit 5 of a bit id chooses the half, bits 0 to 4 the
+//         position.
 // Errors: bitIdIs asserts its range; the others take a bit id modulo 64.
 #pragma once
 
@@ -46,8 +47,8 @@ public:
         return ((isHigh(b) ? high() : low()) >> position(b) & 1) != 0;
     }
 
-    // Adds a bit, whatever `v` is: false clears the bit and sets it again. Members are removed by bitIdDel alone.
-    // Asserts "bitId.value() < 64".
+    // Adds a bit, whatever `v` is: false clears the bit and sets it again. Members are removed by
+    // bitIdDel alone. Asserts "bitId.value() < 64".
     void bitIdIs(BitId bitId, [[maybe_unused]] bool v) {
         VEL_ASSERT_AS("bitId.value() < 64", bitId.value() < 64);
         value_ |= bit(bitId);
@@ -60,8 +61,8 @@ public:
         return was;
     }
 
-    // The lowest member above `b`, or the lowest of all if `b` is null; null when there is none. From 64 to 254, `b` is
-    // taken modulo 64.
+    // The lowest member above `b`, or the lowest of all if `b` is null; null when there is none.
+    // From 64 to 254, `b` is taken modulo 64.
     constexpr BitId nextBitId(BitId b) const noexcept {
         const bool isAny = b.value() == BitId::null();
         if constexpr (sizeof(void*) == sizeof(value_)) {

@@ -2,9 +2,10 @@
 //
 //     for (Orn::U64BitmaskIter it(mask); it; ++it) use(it.key());
 //
-// Holds:  a copy of the mask, so that its later changes are not seen; the member it stands on, null when there is none; and
-//         whether it is finished. In this order: a word, a byte, a byte.
-// Cost:   a step finds the next member from the one before: a shift, an AND and a search for the lowest bit.
+// Holds:  a copy of the mask, so that its later changes are not seen; the member it stands on, null
+//         when there is none; and whether it is finished. In this order: a word, a byte, a byte.
+// Cost:   a step finds the next member from the one before: a shift, an AND and a search for the
+//         lowest bit.
 // Errors: key() and operator* assert "inRange()".
 #pragma once
 
@@ -21,7 +22,8 @@ public:
 
     // Goes on to the next member; does nothing once finished.
     constexpr U64BitmaskIter& operator++() noexcept {
-        // Each says the same; in a loop that asks inRange() the compiler needs neither of them here.
+        // Each says the same; in a loop that asks inRange() the compiler needs neither of them
+        // here.
         if (!isFinished_ && inRange()) advance();
         return *this;
     }

@@ -1,6 +1,8 @@
-// A writer that stops after its n-th store into the region, for every n, and what is recovered then.
+// A writer that stops after its n-th store into the region, for every n, and what is recovered
+// then.
 //
-// The region is mapped read-only: each store faults, is counted, and is let through alone, one machine instruction long.
+// The region is mapped read-only: each store faults, is counted, and is let through alone, one
+// machine instruction long.
 #include <Brixo/testing/KilledWriter.h>
 #include <csignal>
 #include <cstdint>
@@ -88,7 +90,8 @@ protected:
         return status == stopped;
     }
 
-    // Stops a writer before its every store, each time on a region that `prepare` leaves; how many there were.
+    // Stops a writer before its every store, each time on a region that `prepare` leaves; how many
+    // there were.
     template <class Prepare>
     unsigned stopEverywhere(const Shape& shape, const TableModel* before, U32 count,
                             Prepare prepare) {

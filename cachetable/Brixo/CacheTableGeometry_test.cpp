@@ -1,4 +1,5 @@
-// A table on a region that was made for other sizes, or for something else: what it notices, and what it leaves alone.
+// A table on a region that was made for other sizes, or for something else: what it notices, and
+// what it leaves alone.
 #include <Brixo/CacheTable.h>
 
 #include <Brixo/testing/Child.h>

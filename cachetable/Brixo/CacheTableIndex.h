@@ -1,4 +1,5 @@
-// CacheTableIndex.h - which cache table of an agent: the device and the resource whose entries it caches.
+// CacheTableIndex.h - which cache table of an agent: the device and the resource whose entries it
+// caches.
 #pragma once
 
 #include <Brixo/DeviceId.h>

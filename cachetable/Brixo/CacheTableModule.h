@@ -3,5 +3,6 @@
 
 #include <Brixo/Export.h>
 
-// Runs when the library is loaded; effective once. Does nothing, and can be called again, while the registrar is inactive.
+// Runs when the library is loaded; effective once. Does nothing, and can be called again, while the
+// registrar is inactive.
 extern "C" BRIXO_API void velInitBrixoCacheTable();

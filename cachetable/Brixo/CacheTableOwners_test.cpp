@@ -1,4 +1,5 @@
-// Two tables on one region at the same time: nobody is refused, and the second says who the first is.
+// Two tables on one region at the same time: nobody is refused, and the second says who the first
+// is.
 #include <Brixo/CacheTable.h>
 
 #include <Brixo/testing/Child.h>

@@ -1,4 +1,5 @@
-// A table on a platform whose pinbuf can make and map regions and nothing more: testing/twoCalls.cpp, in the place of ours.
+// A table on a platform whose pinbuf can make and map regions and nothing more:
+// testing/twoCalls.cpp, in the place of ours.
 #include <Brixo/CacheTable.h>
 
 #include <Brixo/detail/OptionalPinbuf.h>

@@ -272,8 +272,9 @@ TEST_F(CacheTableRecovery, DiesWhenASlotLiesBehindTheRegion) {
               "(in entryPtr)\n");
 }
 
-// Of 64 slots the first `inside` begin inside the region, the last of them with so many bytes of its key word. What comes
-// before the end is done, what comes behind is not: slot n holds key n, and each third slot that of the one before it.
+// Of 64 slots the first `inside` begin inside the region, the last of them with so many bytes of
+// its key word. What comes before the end is done, what comes behind is not: slot n holds key n,
+// and each third slot that of the one before it.
 TEST_F(CacheTableRecovery, HasDoneEachSlotBeforeTheOneThatLiesBehindTheRegion) {
     constexpr U32 slots = 64;
     const auto keyWordAt = [](U32 slot) { return slot % 3 == 2 ? slot - 1 : slot; };

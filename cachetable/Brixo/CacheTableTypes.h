@@ -1,4 +1,5 @@
-// CacheTableTypes.h - each registered type of this folder, once, in the order of registration: see <Brixo/BrixoTypes.h>.
+// CacheTableTypes.h - each registered type of this folder, once, in the order of registration: see
+// <Brixo/BrixoTypes.h>.
 #pragma once
 
 #include <Brixo/CacheTable.h>

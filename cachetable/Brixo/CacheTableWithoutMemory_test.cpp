@@ -1,4 +1,5 @@
-// CacheTableWithoutMemory_test.cpp - what a table does when the general allocator has nothing more to give.
+// CacheTableWithoutMemory_test.cpp - what a table does when the general allocator has nothing more
+// to give.
 #include <Brixo/CacheTable.h>
 
 #include <Brixo/testing/Child.h>
@@ -21,10 +22,12 @@ using namespace Testing;
 using Vel::Testing::allocationsLeft;
 using Vel::Testing::always;
 
-// They agree in their low 20 bits: too many for a bucket, which leads to a table of its own over the bits above.
+// They agree in their low 20 bits: too many for a bucket, which leads to a table of its own over
+// the bits above.
 U32 crowdedKey(U32 number) { return number << 20 | 5; }
 
-// It agrees with them in its low 15 bits, in the same bucket: a place for it is between the two tables.
+// It agrees with them in its low 15 bits, in the same bucket: a place for it is between the two
+// tables.
 constexpr U32 strayKey = 1U << 15 | 5;
 
 TEST(CacheTableWithoutMemory, AKeyThatFindsNoPlaceTakesNoSlot) {
@@ -63,8 +66,9 @@ std::string mixedRegion() {
     return bytes.replace(8 + 8 * 1021, 4, word(strayKey)).replace(8 + 8 * 1022, 4, word(1));
 }
 
-// Calls `body` with one more allocation granted each time, until some are left; how often it has thrown. `afterThrow` looks
-// at what that left. Not each refusal is a failure: the maps do with what they have where they can.
+// Calls `body` with one more allocation granted each time, until some are left; how often it has
+// thrown. `afterThrow` looks at what that left. Not each refusal is a failure: the maps do with
+// what they have where they can.
 template <class Body, class AfterThrow>
 int refuseEachAllocation(Body body, AfterThrow afterThrow) {
     int throws = 0;
@@ -123,7 +127,8 @@ TEST(CacheTableWithoutMemory, ARestartThatFailsLeavesBothMapsEmptyAndFindsAllThe
     EXPECT_EQ(held->value(), 16u);
 }
 
-// Some children die without a region, as the assertion says; in others the table is given up when the region is in use.
+// Some children die without a region, as the assertion says; in others the table is given up when
+// the region is in use.
 TEST(CacheTableWithoutMemory, ATableThatCouldNotBeMadeUsesNoRegion) {
     const RegionFolder regions;
     Vel::TraceHandle::settingsAre("*/none");

@@ -415,7 +415,8 @@ TEST_F(CacheTableTest, DiesWhenThereAreNoAddressesForSoLargeARegion) {
                   "CacheTable.cpp:#: assertion failed: pa (in openRegion)\n");
 }
 
-// Whose slots, counted without wrapping around, reach beyond 2^32 bytes: no region is made for it, and none is touched.
+// Whose slots, counted without wrapping around, reach beyond 2^32 bytes: no region is made for it,
+// and none is touched.
 TEST_F(CacheTableTest, RefusesSlotsThatReachBeyond2To32) {
     struct Refused {
         U32 size, entrySize, bytes; // bytes modulo 2^32

@@ -1,10 +1,12 @@
-// RegionLayout.h - the bytes of a cache table's region. docs/region-layout.md tells the same for other readers.
+// RegionLayout.h - the bytes of a cache table's region. docs/region-layout.md tells the same for
+// other readers.
 //
 // Order:    host byte order, little-endian on every machine that this library runs on.
-// Trust:    recovery believes a region that has the magic and a formatted flag other than 0, and then the key words alone.
-//           The data of a slot are never read, the reserved bytes never to judge by.
-// Access:   slots are packed, so key words and data may lie at any address: readKeyWord and writeKeyWord, by memcpy, are
-//           the only places that touch a key word.
+// Trust:    recovery believes a region that has the magic and a formatted flag other than 0, and
+//           then the key words alone. The data of a slot are never read, the reserved bytes never
+//           to judge by.
+// Access:   slots are packed, so key words and data may lie at any address: readKeyWord and
+//           writeKeyWord, by memcpy, are the only places that touch a key word.
 #pragma once
 
 #include <Vel/Integers.h>
@@ -48,7 +50,8 @@ constexpr U32 regionBytes(U32 entrySize, U32 size) noexcept {
     return slotBytes(entrySize) * size + headerBytes;
 }
 
-// Whether a region of 2^32 - 1 bytes has room for so many slots. Else regionBytes() has wrapped around and tells nothing.
+// Whether a region of 2^32 - 1 bytes has room for so many slots. Else regionBytes() has wrapped
+// around and tells nothing.
 constexpr bool fits(U32 entrySize, U32 size) noexcept {
     constexpr U64 most = 0xffffffff - headerBytes;
     return size == 0 || U64{entrySize} + keyWordBytes <= most / size;
@@ -69,8 +72,8 @@ inline void writeKeyWord(unsigned char* slot, U32 word) noexcept {
     std::memcpy(slot, &word, sizeof(word));
 }
 
-// All stores before this line reach the region before any store behind it: for other readers and for whoever finds the
-// region after a kill. On x86 it costs nothing; it holds back the compiler.
+// All stores before this line reach the region before any store behind it: for other readers and
+// for whoever finds the region after a kill. On x86 it costs nothing; it holds back the compiler.
 inline void storesInOrder() noexcept { std::atomic_thread_fence(std::memory_order_release); }
 
 } // namespace Brixo::RegionLayout

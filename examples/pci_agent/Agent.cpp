@@ -106,7 +106,8 @@ bool Agent::read(MirroredDevice& mirrored) {
     }
 }
 
-// Writes a device's registers as they were read last into its table; the journal states each write before and after.
+// Writes a device's registers as they were read last into its table; the journal states each write
+// before and after.
 void Agent::mirror(unsigned table) {
     const MirroredDevice& mirrored = devices_[table];
     const auto count =

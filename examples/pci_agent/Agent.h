@@ -1,10 +1,12 @@
-// Agent.h - mirrors its own registers and those of every device of the machine into cache tables, one table per device.
+// Agent.h - mirrors its own registers and those of every device of the machine into cache tables,
+// one table per device.
 //
-// A table's key is the register's offset, its entry the register's 4 bytes. A restarted agent finds its tables again:
-// the constructor recovers them, and refresh() goes on where the killed one stopped, with the round that it had reached.
+// A table's key is the register's offset, its entry the register's 4 bytes. A restarted agent finds
+// its tables again: the constructor recovers them, and refresh() goes on where the killed one
+// stopped, with the round that it had reached.
 //
-// Each device has a DAL, numbered in the order of the devices. A command of it is to write all registers of the device once;
-// its status counts commands, and failures to read by their errno.
+// Each device has a DAL, numbered in the order of the devices. A command of it is to write all
+// registers of the device once; its status counts commands, and failures to read by their errno.
 #pragma once
 
 #include "Device.h"
@@ -58,13 +60,14 @@ public:
     // Of all tables together.
     unsigned registerCount() const noexcept;
 
-    // Spreads what is left of the first fill over this time, so that a person can watch it and a kill can hit it: each
-    // write of an entry that is not there yet waits a little before.
+    // Spreads what is left of the first fill over this time, so that a person can watch it and a
+    // kill can hit it: each write of an entry that is not there yet waits a little before.
     void spreadFillOver(std::chrono::microseconds whole);
 
-    // Reads every register of every device once, then writes all of them into their tables, `rounds` times over. Reading
-    // hardware takes far longer than writing memory: with many rounds a kill is likely to interrupt a write. A device that
-    // cannot be read is left out this time, and its error counted.
+    // Reads every register of every device once, then writes all of them into their tables,
+    // `rounds` times over. Reading hardware takes far longer than writing memory: with many rounds
+    // a kill is likely to interrupt a write. A device that cannot be read is left out this time,
+    // and its error counted.
     void refresh(unsigned rounds);
 
 private:

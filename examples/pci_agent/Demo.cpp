@@ -72,7 +72,8 @@ int Demo::run() {
     return verdict();
 }
 
-// The first agent, until it dies somewhere in its first fill: not at the start of it, and not close to its end.
+// The first agent, until it dies somewhere in its first fill: not at the start of it, and not close
+// to its end.
 bool Demo::fillAndDie() {
     Child agent = start({"--fill", std::to_string(std::chrono::milliseconds(firstFill).count())});
     if (!waitForVerdict(agent)) return false;

@@ -1,4 +1,5 @@
-// Demo.h - the story: one agent after the other is killed with SIGKILL, and each finds what the one before it wrote.
+// Demo.h - the story: one agent after the other is killed with SIGKILL, and each finds what the one
+// before it wrote.
 #pragma once
 
 #include "Child.h"
@@ -13,10 +14,12 @@ namespace PciAgent {
 
 class Demo {
 public:
-    // The programs pci_agent and ferrolog-cat, and the folder to work in. Throws as DemoFolder does.
+    // The programs pci_agent and ferrolog-cat, and the folder to work in. Throws as DemoFolder
+    // does.
     Demo(std::string agent, std::string traceReader, std::string folder);
 
-    // Tells the story on standard output. The program's exit code: 0 when every completed write was found again.
+    // Tells the story on standard output. The program's exit code: 0 when every completed write was
+    // found again.
     int run();
 
 private:

@@ -26,7 +26,8 @@ bool isOfTheDemo(const std::string& name) {
     return name == "journal" || name == "trace" || name == regionsName || name == markerName;
 }
 
-// What pinbuf keeps beside the regions, and the regions of the demo's agent: CacheTable-<agent>-<number>-<number>.
+// What pinbuf keeps beside the regions, and the regions of the demo's agent:
+// CacheTable-<agent>-<number>-<number>.
 bool isOfTheRegions(const std::string& name) {
     if (name == ".regions" || name == ".regions.unfinished" || name == ".region.unfinished")
         return true;
@@ -55,7 +56,8 @@ std::vector<std::string> namesIn(int folder) {
     return names;
 }
 
-// S_IFREG, S_IFDIR, ... of what has this name, not of what a link leads to; 0 when it is another user's or not there.
+// S_IFREG, S_IFDIR, ... of what has this name, not of what a link leads to; 0 when it is another
+// user's or not there.
 mode_t kindOf(int folder, const std::string& name) {
     struct stat status {};
 

@@ -1,9 +1,12 @@
 // DemoFolder.h - the folder that the demo works in: regions, journal and trace, as plain files.
 //
-// Marker:   the demo writes a marker file into it before anything else. A folder with it was made by a demo.
-// Contents: .made-by-pci_agent_demo, journal, trace, regions/ and in there what a cache table's regions need; nothing else.
-// Deletes:  of a folder that an earlier demo made exactly those, each by its name, the marker excepted. It looks at all of
-//           them first, and refuses the folder as a whole when it holds anything else. It follows no link.
+// Marker:   the demo writes a marker file into it before anything else. A folder with it was made
+//           by a demo.
+// Contents: .made-by-pci_agent_demo, journal, trace, regions/ and in there what a cache table's
+//           regions need; nothing else.
+// Deletes:  of a folder that an earlier demo made exactly those, each by its name, the marker
+//           excepted. It looks at all of them first, and refuses the folder as a whole when it
+//           holds anything else. It follows no link.
 // Lock:     one demo at a time works in a folder; the lock goes with its process.
 #pragma once
 
@@ -23,8 +26,8 @@ public:
 
     static constexpr unsigned agentId = 7; // whose regions lie in the folder
 
-    // Makes the folder, but not its parent, or empties the one that an earlier demo made. Throws Refused, and
-    // std::system_error when the system fails on the way.
+    // Makes the folder, but not its parent, or empties the one that an earlier demo made. Throws
+    // Refused, and std::system_error when the system fails on the way.
     explicit DemoFolder(std::string path);
     DemoFolder(const DemoFolder&) = delete;
     DemoFolder& operator=(const DemoFolder&) = delete;

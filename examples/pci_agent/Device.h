@@ -1,4 +1,5 @@
-// Device.h - something whose 32-bit registers can be read: a device of this machine, or the agent itself.
+// Device.h - something whose 32-bit registers can be read: a device of this machine, or the agent
+// itself.
 #pragma once
 
 #include <Brixo/DeviceId.h>
@@ -14,10 +15,12 @@ public:
     Device& operator=(const Device&) = delete;
     virtual ~Device() = default;
 
-    // 16 bits that name the device within its domain: bus, device and function number, or the interface's index.
+    // 16 bits that name the device within its domain: bus, device and function number, or the
+    // interface's index.
     Brixo::DeviceId id() const noexcept { return id_; }
 
-    // The PCI domain: 0 on all but the largest machines, and below 2^32. What is no hardware has a domain above.
+    // The PCI domain: 0 on all but the largest machines, and below 2^32. What is no hardware has a
+    //                 domain above.
     Vel::U64 domain() const noexcept { return domain_; }
 
     // As people write it: "00:03.0", "eth0".

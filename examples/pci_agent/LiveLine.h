@@ -1,4 +1,5 @@
-// LiveLine.h - one line of a terminal that changes while one waits; nothing at all where the output is no terminal.
+// LiveLine.h - one line of a terminal that changes while one waits; nothing at all where the output
+// is no terminal.
 #pragma once
 
 #include <cstdio>

@@ -1,6 +1,8 @@
-// OwnRegisters.h - the agent's own registers. They are synthetic: no hardware has them, the agent makes them up.
+// OwnRegisters.h - the agent's own registers. They are synthetic: no hardware has them, the agent
+// makes them up.
 //
-// Hardware's registers hardly change. These do, in each round: who reads them sees which process wrote them, and when.
+// Hardware's registers hardly change. These do, in each round: who reads them sees which process
+// wrote them, and when.
 #pragma once
 
 #include "Device.h"

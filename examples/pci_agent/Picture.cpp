@@ -34,8 +34,8 @@ const char* found(Fate inFlight) {
 } // namespace
 
 void printPicture(const std::vector<Life>& lives) {
-    // A row has its name on the left and then a cell for each life. `next` is the life that looked at what this one left;
-    // the last life has none.
+    // A row has its name on the left and then a cell for each life. `next` is the life that looked
+    // at what this one left; the last life has none.
     const auto row = [&](const char* name, auto cell) {
         std::string line = padded(name, nameWidth);
         for (std::size_t i = 0; i < lives.size(); ++i)

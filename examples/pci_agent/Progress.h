@@ -1,4 +1,5 @@
-// Progress.h - watches the processing status of every DAL and prints how far they have got, from notifications alone.
+// Progress.h - watches the processing status of every DAL and prints how far they have got, from
+// notifications alone.
 #pragma once
 
 #include <Brixo/DalProcessingStatusCol.h>
@@ -18,7 +19,8 @@ public:
     Progress& operator=(const Progress&) = delete;
     ~Progress();
 
-    // One line for all: commands put on their queues, commands finished, errors; and one for each DAL with errors.
+    // One line for all: commands put on their queues, commands finished, errors; and one for each
+    //                   DAL with errors.
     void printStatus() const;
 
 private:

@@ -23,7 +23,8 @@ struct Recovery {
     std::vector<Lost> lost;
 };
 
-// To be called before the agent writes. Settles the write in flight: what is there of it counts as written.
+// To be called before the agent writes. Settles the write in flight: what is there of it counts as
+// written.
 Recovery recoveryOf(const Agent& agent, WriteJournal& journal);
 
 } // namespace PciAgent

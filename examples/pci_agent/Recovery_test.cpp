@@ -1,5 +1,5 @@
-// What there is of a write that a kill interrupted, for each moment of the write. The agent here has its own registers alone;
-// register 1 of them is being written.
+// What there is of a write that a kill interrupted, for each moment of the write. The agent here
+// has its own registers alone; register 1 of them is being written.
 #include "Recovery.h"
 
 #include <cstdlib>

@@ -6,11 +6,12 @@
 
 namespace PciAgent {
 
-// One line per table: device, region, the address that processes agree on, slots. When nobody has written yet.
+// One line per table: device, region, the address that processes agree on, slots. When nobody has
+//                     written yet.
 void printRegions(const Agent& agent);
 
-// Of the tables that it opened: how full each is, what some registers say, what became of the write in flight, what is lost,
-// and the verdict.
+// Of the tables that it opened: how full each is, what some registers say, what became of the write
+// in flight, what is lost, and the verdict.
 void printRecovery(const Agent& agent, const Recovery& recovery);
 
 } // namespace PciAgent

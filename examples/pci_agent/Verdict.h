@@ -1,4 +1,5 @@
-// Verdict.h - what a new process found in the tables, beside what the journal says was written before.
+// Verdict.h - what a new process found in the tables, beside what the journal says was written
+// before.
 #pragma once
 
 #include <Vel/Integers.h>

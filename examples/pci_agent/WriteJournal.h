@@ -1,9 +1,10 @@
-// WriteJournal.h - what the agent has written, in memory that its watcher sees: the demo's witness, no part of the product.
+// WriteJournal.h - what the agent has written, in memory that its watcher sees: the demo's witness,
+// no part of the product.
 //
-// Contents: for each register of each table the value of the last completed write; the write in flight; and the verdict of
-//           the process that opened the tables last.
-// Order:    begin() states the write before it starts, completed() after it has returned, so that at a kill every write
-//           is either not begun, in flight, or completed.
+// Contents: for each register of each table the value of the last completed write; the write in
+//           flight; and the verdict of the process that opened the tables last.
+// Order:    begin() states the write before it starts, completed() after it has returned, so that
+//           at a kill every write is either not begun, in flight, or completed.
 // Threads:  one writer; a reader looks once the writer is dead.
 #pragma once
 
@@ -57,8 +58,8 @@ public:
 
     const Verdict& verdict() const noexcept { return contents_->verdict; }
 
-    // Settles a write that a killed agent left in flight: the value that was found counts as written, or, if there is no
-    // entry, nothing does.
+    // Settles a write that a killed agent left in flight: the value that was found counts as
+    // written, or, if there is no entry, nothing does.
     void settle(bool present, Vel::U32 found) noexcept;
 
 private:

@@ -1,4 +1,5 @@
-// pci_agent_demo - starts the agent, kills it with SIGKILL while it writes, starts it again and shows what it found.
+// pci_agent_demo - starts the agent, kills it with SIGKILL while it writes, starts it again and
+// shows what it found.
 #include "Demo.h"
 #include "DemoFolder.h"
 #include <cstdio>

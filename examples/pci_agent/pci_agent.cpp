@@ -1,13 +1,15 @@
-// pci_agent - mirrors the registers of this machine's devices into cache tables until it is stopped or killed.
+// pci_agent - mirrors the registers of this machine's devices into cache tables until it is stopped
+// or killed.
 //
-//     pci_agent [--agent ID] [--journal FILE] [--report] [--watch N] [--passes N] [--rounds N] [--fill MS] [--sysfs FOLDER]
+//     pci_agent [--agent ID] [--journal FILE] [--report] [--watch N] [--passes N] [--rounds N]
+//               [--fill MS] [--sysfs FOLDER]
 //
-// --report        says what was found in the tables, and compares it with the journal; exits with 1 when something is lost
-// --watch N       watches the DALs: a line after each N commands, and their status at the end
-// --passes N      stops when all registers were read N times; 0, the default, never stops
-// --rounds N      writes all registers N times whenever they were read, 1 by default
-// --fill MS       spreads what is left of the first fill over so many milliseconds
-// --sysfs FOLDER  where the kernel shows the devices, /sys by default
+// --report        says what was found in the tables, and compares it with the journal; exits with 1
+// when something is lost --watch N       watches the DALs: a line after each N commands, and their
+// status at the end --passes N      stops when all registers were read N times; 0, the default,
+// never stops --rounds N      writes all registers N times whenever they were read, 1 by default
+// --fill MS       spreads what is left of the first fill over so many milliseconds --sysfs FOLDER
+// where the kernel shows the devices, /sys by default
 #include "Agent.h"
 #include "Progress.h"
 #include "Recovery.h"

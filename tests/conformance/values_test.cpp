@@ -1,5 +1,5 @@
-// What holds for every value type and every enumeration of the modules' lists: nothing here names one. Values of a type are
-// what its log's reader makes of patterns of bytes.
+// What holds for every value type and every enumeration of the modules' lists: nothing here names
+// one. Values of a type are what its log's reader makes of patterns of bytes.
 #include <Brixo/testing/EveryType.h>
 #include <Vel/GenericIf.h>
 #include <Vel/MemoryConnection.h>
@@ -72,7 +72,8 @@ std::vector<std::pair<T, Bytes>> samples() {
     return all;
 }
 
-// A value with a collection inside has a hash() that does not compile, unless its schema says a rule.
+// A value with a collection inside has a hash() that does not compile, unless its schema says a
+// rule.
 template <class T>
 constexpr bool isHashed() {
     if constexpr (std::is_enum_v<T>)

@@ -35,7 +35,8 @@ std::size_t registered() { return IntrospectionReactor::global()->types().size()
 
 std::size_t attributes(const char* type) { return VelType::typeNode(type)->attrs().size(); }
 
-// A library is loaded once a process, so each test looks at it in a child and says there what it found.
+// A library is loaded once a process, so each test looks at it in a child and says there what it
+// found.
 #define EXPECT_IN_CHILD(found, text)                                                               \
     EXPECT_EXIT(                                                                                   \
         {                                                                                          \

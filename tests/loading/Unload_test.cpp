@@ -1,4 +1,5 @@
-// A bare process, which links none of the libraries, loads them, uses them in threads and unloads them.
+// A bare process, which links none of the libraries, loads them, uses them in threads and unloads
+// them.
 #include <cstdio>
 #include <cstdlib>
 #include <dlfcn.h>

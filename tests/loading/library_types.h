@@ -1,5 +1,5 @@
-// library_types.h - the types that libBrixoTypes says it has, in the order in which it says so: taken from docs/schema.md,
-// which has them as they are registered.
+// library_types.h - the types that libBrixoTypes says it has, in the order in which it says so:
+// taken from docs/schema.md, which has them as they are registered.
 #pragma once
 
 #include <algorithm>

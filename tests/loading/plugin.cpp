@@ -3,8 +3,8 @@
 
 extern "C" [[gnu::visibility("default")]] bool useTheLibraries();
 
-// Leaves behind, for the thread that calls it, what the libraries keep for each thread: its lists of
-// free memory and its place in the trace.
+// Leaves behind, for the thread that calls it, what the libraries keep for each thread: its lists
+// of free memory and its place in the trace.
 bool useTheLibraries() {
     const Brixo::CacheTableIndex tableId(Brixo::DeviceId(1), Brixo::PhysicalTableId(7));
     const Vel::Ptr<Brixo::CacheTable> table =

@@ -1,4 +1,5 @@
-// Iterators over every collection of every registered type, while the collection changes under them.
+// Iterators over every collection of every registered type, while the collection changes under
+// them.
 #include <Brixo/BrixoTypesModule.h>
 #include <Vel/Any.h>
 #include <Vel/GenericIfList.h>

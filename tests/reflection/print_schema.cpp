@@ -1,4 +1,5 @@
-// Prints every registered type as Markdown: docs/schema.md. Sizes are left out, since they differ between word sizes.
+// Prints every registered type as Markdown: docs/schema.md. Sizes are left out, since they differ
+// between word sizes.
 #include <Brixo/BrixoTypesModule.h>
 #include <Vel/GenericIf.h>
 #include <Vel/IntrospectionReactor.h>

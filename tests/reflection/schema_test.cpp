@@ -1,5 +1,5 @@
-// The registry holds the types of the modules' lists, and what holds for all of them. What each is registered as stands in
-// its own test.
+// The registry holds the types of the modules' lists, and what holds for all of them. What each is
+// registered as stands in its own test.
 #include <Brixo/BrixoTypesModule.h>
 #include <Brixo/CacheTableModule.h>
 #include <Brixo/testing/EveryType.h>

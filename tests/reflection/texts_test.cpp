@@ -1,4 +1,5 @@
-// Texts from outside, of every registered type: what names a collection is refused, and nothing else is.
+// Texts from outside, of every registered type: what names a collection is refused, and nothing
+// else is.
 #include <Brixo/BrixoTypesModule.h>
 #include <Vel/Any.h>
 #include <Vel/IntrospectionReactor.h>
@@ -23,8 +24,9 @@ std::string parsed(Name type, const std::string& written) {
     }
 }
 
-// The way to the collection that a text of the type names first: "'mask', " for each value on it, then type and attribute.
-// Empty if a text of the type names none. Attributes that are no fields have no place in a text.
+// The way to the collection that a text of the type names first: "'mask', " for each value on it,
+// then type and attribute. Empty if a text of the type names none. Attributes that are no fields
+// have no place in a text.
 std::string refusal(const VelType& type) {
     if (!type.isValue()) return "";
     for (const VelAttr* const attr : type.attrs()) {

@@ -1,4 +1,5 @@
-// Once loading is over, threads look at what is registered side by side, though counts are plain words.
+// Once loading is over, threads look at what is registered side by side, though counts are plain
+// words.
 #include <Brixo/BrixoTypesModule.h>
 #include <Vel/Any.h>
 #include <Vel/IntrospectionReactor.h>

@@ -1,8 +1,11 @@
-// BrixoTypes.h - the ids, enumerations, resource names, masks, status and collections: each type of this folder, once.
+// BrixoTypes.h - the ids, enumerations, resource names, masks, status and collections: each type of
+// this folder, once.
 //
-// Order:   that of registration. The library's file names them the other way round (docs/type-section.md).
-// Made of: an include and a line in the list for each type. What has to know every type takes it from here: the build, the
-//          module, <Brixo/Brixo.h>, the fuzzers, the golden vectors and the suites that hold for every type.
+// Order:   that of registration. The library's file names them the other way round
+//          (docs/type-section.md).
+// Made of: an include and a line in the list for each type. What has to know every type takes it
+//          from here: the build, the module, <Brixo/Brixo.h>, the fuzzers, the golden vectors and
+//          the suites that hold for every type.
 #pragma once
 
 #include <Brixo/AgentId.h>

@@ -1,7 +1,9 @@
-// BrixoTypesModule.h - registers the ids, enumerations, resource names, target masks, status and collections.
+// BrixoTypesModule.h - registers the ids, enumerations, resource names, target masks, status and
+// collections.
 #pragma once
 
 #include <Brixo/Export.h>
 
-// Runs when the library is loaded; effective once. Does nothing, and can be called again, while the registrar is inactive.
+// Runs when the library is loaded; effective once. Does nothing, and can be called again, while the
+// registrar is inactive.
 extern "C" BRIXO_API void velInitBrixoTypes();

@@ -1,10 +1,13 @@
 // DalProcessingStatus.h - how far one DAL has got with its commands, and what went wrong.
 //
-// Owns:     its error entries, a node each. It lists its notifiees raw; each of them holds a reference to it.
-// Key:      dalId(), fixed for its life: a status is its own member in a DalProcessingStatusCol, and of one at most.
-// Notifies: lastProcessedCmdIndex alone. Nothing checks that an index grows, or that it stays behind the other.
-// Lifetime: a collection's entry, a factory's result and a notifiee's notifier() each hold one reference; leaving the
-//           collection destroys nothing that others hold.
+// Owns:     its error entries, a node each. It lists its notifiees raw; each of them holds a
+//           reference to it.
+// Key:      dalId(), fixed for its life: a status is its own member in a DalProcessingStatusCol,
+//           and of one at most.
+// Notifies: lastProcessedCmdIndex alone. Nothing checks that an index grows, or that it stays
+//           behind the other.
+// Lifetime: a collection's entry, a factory's result and a notifiee's notifier() each hold one
+//           reference; leaving the collection destroys nothing that others hold.
 // Threads:  one at a time; docs/notification.md.
 #pragma once
 
@@ -70,7 +73,8 @@ public:
     // How often something of one kind happened.
     VEL_COLLECTION(BRIXO_API, errorBucket, ErrorBucket, int, Vel::U32);
 
-    // Adds to a counter, modulo 2^32, and returns it. One look-up when the bucket is there; else it is created first.
+    // Adds to a counter, modulo 2^32, and returns it. One look-up when the bucket is there; else it
+    // is created first.
     Vel::U32 errorBucketInc(int bucket, Vel::U32 delta);
 
     static constexpr Vel::AttributeId lastProcessedCmdIndexId = 132;

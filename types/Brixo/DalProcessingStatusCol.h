@@ -1,6 +1,7 @@
 // DalProcessingStatusCol.h - the processing status of each DAL, by its id.
 //
-// Owns:     one reference to each status, which is its own member here: it is in no other collection.
+// Owns:     one reference to each status, which is its own member here: it is in no other
+//           collection.
 // Notifies: onProcessingStatus(id) when a status has come or gone, behind the change.
 // Threads:  one at a time; docs/notification.md.
 #pragma once
@@ -30,7 +31,8 @@ public:
 
         // A status with this id was added or removed.
         virtual void onProcessingStatus(DalId dalId);
-        // For those who forward notifications without an id, or without delay. The collection calls neither.
+        // For those who forward notifications without an id, or without delay. The collection calls
+        // neither.
         virtual void onProcessingStatus();
         virtual void onProcessingStatusvelImmediate();
     };
@@ -45,19 +47,23 @@ public:
     // Null where there is none.
     VEL_COLLECTION_READERS(processingStatus, ProcessingStatus);
 
-    // Makes and adds a status for an id that has none; tells nobody. A refinement may make one of its own class.
+    // Makes and adds a status for an id that has none; tells nobody. A refinement may make one of
+    // its own class.
     virtual Vel::Ptr<DalProcessingStatus> newProcessingStatus(DalId dalId);
-    // The status of that id, which is made if there is none; then the notifiees are told. Throws Vel::RangeException
-    // "null ValidPtr" if newProcessingStatus() has made nothing.
+    // The status of that id, which is made if there is none; then the notifiees are told. Throws
+    // Vel::RangeException "null ValidPtr" if newProcessingStatus() has made nothing.
     Vel::Ptr<DalProcessingStatus> processingStatusIs(DalId dalId);
-    // Removes a status and tells the notifiees. Returns it; null, and nobody is told, when there is none.
+    // Removes a status and tells the notifiees. Returns it; null, and nobody is told, when there is
+    // none.
     Vel::Ptr<DalProcessingStatus> processingStatusDel(DalId dalId);
-    // The same of the status on which the iterator stands. When the notifiees have been told, it stands on the first member
-    // behind the removed one of those that are there then, whatever the callbacks removed or added; at the end if there is
-    // none, or if a callback dropped the last reference to the collection, which is gone on return.
+    // The same of the status on which the iterator stands. When the notifiees have been told, it
+    // stands on the first member behind the removed one of those that are there then, whatever the
+    // callbacks removed or added; at the end if there is none, or if a callback dropped the last
+    // reference to the collection, which is gone on return.
     Vel::Ptr<DalProcessingStatus> processingStatusDel(ProcessingStatus::Iterator& position);
-    // Removes every status that is there now, one after another in the map's order; the notifiees are told of each. What they
-    // add meanwhile stays. Throws std::bad_alloc and changes nothing if there is no memory for the list of those to remove.
+    // Removes every status that is there now, one after another in the map's order; the notifiees
+    // are told of each. What they add meanwhile stays. Throws std::bad_alloc and changes nothing if
+    // there is no memory for the list of those to remove.
     void processingStatusDelAll();
     // Tells the notifiees that something has happened to the status of that id.
     void processingStatusNotify(DalId dalId);

@@ -1,4 +1,5 @@
-// LogicalRemoteResourceId.h - a logical resource and which bits of its data a remote requester touches.
+// LogicalRemoteResourceId.h - a logical resource and which bits of its data a remote requester
+// touches.
 //
 // Hash: that of the id alone, so ids with different masks hash alike.
 #pragma once

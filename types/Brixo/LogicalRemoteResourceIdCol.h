@@ -1,4 +1,5 @@
-// LogicalRemoteResourceIdCol.h - the tables and registers that a remote requester touches, each with its data mask.
+// LogicalRemoteResourceIdCol.h - the tables and registers that a remote requester touches, each
+// with its data mask.
 //
 // Owns:    a node for each. Overwriting keeps the node.
 // Threads: one at a time; nobody is notified.
@@ -25,7 +26,8 @@ public:
     LogicalRemoteResourceIdCol();
     ~LogicalRemoteResourceIdCol() override;
 
-    // Each with its mask. resourceIdIs() replaces the mask of the resource with the same id, or adds it.
+    // Each with its mask. resourceIdIs() replaces the mask of the resource with the same id, or
+    // adds it.
     VEL_COLLECTION_BY(BRIXO_API, resourceId, ResourceId, LogicalResourceId, LogicalRemoteResourceId,
                       id);
 

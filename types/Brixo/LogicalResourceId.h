@@ -1,4 +1,5 @@
-// LogicalResourceId.h - a table or register of a device, as requesters name it: its kind and a 64-bit number. See ResourceIdOf.h.
+// LogicalResourceId.h - a table or register of a device, as requesters name it: its kind and a
+// 64-bit number. See ResourceIdOf.h.
 #pragma once
 
 #include <Brixo/Export.h>

@@ -1,6 +1,7 @@
 // PhysicalAddr.h - a physical memory address; 32 bits. In the global namespace.
 //
-// Compared for equality only: addresses of different devices have no order worth having, and no hash.
+// Compared for equality only: addresses of different devices have no order worth having, and no
+// hash.
 #pragma once
 
 #include <Brixo/Export.h>

@@ -1,4 +1,5 @@
-// PhysicalResourceId.h - a table or register of a device, as the hardware names it: its kind and a 64-bit number. See ResourceIdOf.h.
+// PhysicalResourceId.h - a table or register of a device, as the hardware names it: its kind and a
+// 64-bit number. See ResourceIdOf.h.
 #pragma once
 
 #include <Brixo/Export.h>

@@ -1,7 +1,9 @@
-// RequesterDataMask.h - which bits of a resource's data a requester touches: a sparse bit string and whether it counts.
+// RequesterDataMask.h - which bits of a resource's data a requester touches: a sparse bit string
+// and whether it counts.
 //
-// Bits:   bit n is weight 2^(n & 7) of the byte with index n >> 3; indices are 16 bits, so bits go from 0 to 65535. A byte
-//         without an entry counts as 0; an entry of 0 is an entry all the same.
+// Bits:   bit n is weight 2^(n & 7) of the byte with index n >> 3; indices are 16 bits, so bits go
+//         from 0 to 65535. A byte without an entry counts as 0; an entry of 0 is an entry all the
+//         same.
 // Text:   prints "None" for the bytes, whatever they are; a text that names `mask` cannot be read.
 // Log:    valid, then index and byte of each entry in the map's order, then a signed 32-bit 0.
 // Order:  by valid, then by the entries in the map's order.
@@ -47,11 +49,12 @@ public:
 
     void maskDelAll() noexcept { mask_.delAll(); }
 
-    // Sets the bits from `start` to `end`, both included; nothing if start > end. The counter has 16 bits, so an `end` of
-    // 65535 never ends: callers keep it below. One look-up and one store a bit.
+    // Sets the bits from `start` to `end`, both included; nothing if start > end. The counter has
+    // 16 bits, so an `end` of 65535 never ends: callers keep it below. One look-up and one store a
+    // bit.
     void setBitRange(Vel::U16 start, Vel::U16 end);
-    // Sets `len` bits from `start` on; nothing if `len` is 0, nor if the last bit would be behind 65535. A last bit of 65535
-    // itself does not end, as above.
+    // Sets `len` bits from `start` on; nothing if `len` is 0, nor if the last bit would be behind
+    // 65535. A last bit of 65535 itself does not end, as above.
     void setBitOffsetAndLength(Vel::U16 start, Vel::U16 len);
     // Writes the first `size` bytes of the mask to `buf`, which has room for them.
     void fillMaskToBuf(Vel::BytePtr buf, Vel::U16 size) const;

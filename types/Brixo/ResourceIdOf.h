@@ -1,10 +1,13 @@
-// ResourceIdOf.h - what names a table or register of a device: its kind and a 64-bit number. The logical and the physical ids
-// are each such a name; they have the same shape and no conversion between them.
+// ResourceIdOf.h - what names a table or register of a device: its kind and a 64-bit number. The
+// logical and the physical ids are each such a name; they have the same shape and no conversion
+// between them.
 //
-// Order: by kind, as a signed number, then by number. Hash: one-at-a-time mix over 4 bytes of kind and 8 of number.
-// Size:  natural alignment: 12 bytes in 32-bit, 16 in 64-bit. Everything that leaves the process goes field by field.
-// Kinds: a refinement fixes the kind where it is built. Reading a text takes the kind that the text gives, invalidResource if
-//        it gives none; printed texts always give it.
+// Order: by kind, as a signed number, then by number. Hash: one-at-a-time mix over 4 bytes of kind
+//        and 8 of number.
+// Size:  natural alignment: 12 bytes in 32-bit, 16 in 64-bit. Everything that leaves the process
+//        goes field by field.
+// Kinds: a refinement fixes the kind where it is built. Reading a text takes the kind that the text
+//        gives, invalidResource if it gives none; printed texts always give it.
 #pragma once
 
 #include <Brixo/ResourceType.h>

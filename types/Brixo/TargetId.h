@@ -1,6 +1,7 @@
 // TargetId.h - which target of a request: a bit id with constants; 8 bits.
 //
-// Range: 0 to 63 may stand in a target mask; 62 and 63 are aliases, which stand alone there. Other numbers may be stored.
+// Range: 0 to 63 may stand in a target mask; 62 and 63 are aliases, which stand alone there. Other
+//        numbers may be stored.
 #pragma once
 
 #include <Brixo/Export.h>

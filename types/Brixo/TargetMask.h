@@ -1,10 +1,13 @@
 // TargetMask.h - the targets that one request addresses: a bit for each target id below 64.
 //
-// Invariant: an alias (TargetId::anyTarget, TargetId::allTargets) is set only in an empty mask. It is looked at when an alias
-//            itself is set or removed, and only then: an ordinary target may join an alias.
-// Errors:    an id that is out of range, or an alias where it may not stand, is an assertion that ends the process.
-// Inherited: the bit operations of Orn::U64Bitmask act on the same word and know no aliases. Reflection finds its attributes
-//            by id and by name, though the mask is registered without a base.
+// Invariant: an alias (TargetId::anyTarget, TargetId::allTargets) is set only in an empty mask. It
+//            is looked at when an alias itself is set or removed, and only then: an ordinary target
+//            may join an alias.
+// Errors:    an id that is out of range, or an alias where it may not stand, is an assertion that
+//            ends the process.
+// Inherited: the bit operations of Orn::U64Bitmask act on the same word and know no aliases.
+//            Reflection finds its attributes by id and by name, though the mask is registered
+//            without a base.
 #pragma once
 
 #include <Brixo/DeviceId.h>
@@ -28,8 +31,8 @@ public:
 
     constexpr explicit TargetMask(Vel::U64 value) noexcept : Refinement(value) {}
 
-    // The mask of the one target whose number is the device id's. Asserts as targetIdIs() does; no part of the device id is
-    // cut off before.
+    // The mask of the one target whose number is the device id's. Asserts as targetIdIs() does; no
+    // part of the device id is cut off before.
     static TargetMask maskFromDevId(DeviceId devId);
 
     // How many targets the mask has.
@@ -37,15 +40,16 @@ public:
 
     // Whether a target is in the mask. Asserts "target.value() < TargetId::max()".
     bool targetId(TargetId target) const;
-    // Adds a target, whatever `val` is: false clears it and sets it again, and changes only what is asserted. Asserts
-    // "target.value() < TargetId::max()", then "!target.alias() || (val && (targets() == 0)) || (!val && (targets() == 1))".
+    // Adds a target, whatever `val` is: false clears it and sets it again, and changes only what is
+    // asserted. Asserts "target.value() < TargetId::max()", then "!target.alias() || (val &&
+    // (targets() == 0)) || (!val && (targets() == 1))".
     void targetIdIs(TargetId target, bool val);
     // Removes a target, its number taken modulo 64; says whether it was there. Asserts
     // "!target.alias() || (targets() == 1)".
     bool targetIdDel(TargetId target);
 
-    // The lowest target above `target`, or the lowest of all if that is null; null when there is none. Numbers from 64 to
-    // 254 are taken modulo 64.
+    // The lowest target above `target`, or the lowest of all if that is null; null when there is
+    // none. Numbers from 64 to 254 are taken modulo 64.
     constexpr TargetId nextTargetId(TargetId target) const noexcept {
         return TargetId(nextBitId(target).value());
     }

@@ -1,4 +1,5 @@
-// constants.h - numbers that clients of the access layer agree on. The library itself uses none of them.
+// constants.h - numbers that clients of the access layer agree on. The library itself uses none of
+// them.
 #pragma once
 
 #include <Brixo/Export.h>

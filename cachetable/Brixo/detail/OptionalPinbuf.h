@@ -1,6 +1,8 @@
-// OptionalPinbuf.h - the calls of pinbuf that a table makes only where there are any. Not installed.
+// OptionalPinbuf.h - the calls of pinbuf that a table makes only where there are any. Not
+// installed.
 //
-// A platform may bring a pinbuf of its own that has pinbuf_alloc_func and pinbuf_map alone: then these are null.
+// A platform may bring a pinbuf of its own that has pinbuf_alloc_func and pinbuf_map alone: then
+// these are null.
 #pragma once
 
 #include <pinbuf/pinbuf.h>

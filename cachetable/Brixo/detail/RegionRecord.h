@@ -11,7 +11,8 @@ struct RegionRecord {
 
     static RegionRecord of(const char* regionName);
 
-    // Whether no number of slots with so many bytes of data each makes a region of this size, and yet some table's made it.
+    // Whether no number of slots with so many bytes of data each makes a region of this size, and
+    // yet some table's made it.
     bool isMadeForOtherSlots(Vel::U32 entrySize) const;
 };
 

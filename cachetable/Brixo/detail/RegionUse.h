@@ -1,11 +1,13 @@
 // RegionUse.h - one table's entry in the process's list of who uses which region.
 //
-// Identity: a region is the address where it is mapped: pinbuf maps it once in a process, and never unmaps it. So an entry
-//           stays, too, and a later table of the same identity takes it again.
-// Fork:     a child has copies of its parent's tables, which it does not use: their entries do not count there.
+// Identity: a region is the address where it is mapped: pinbuf maps it once in a process, and never
+//           unmaps it. So an entry stays, too, and a later table of the same identity takes it
+//           again.
+// Fork:     a child has copies of its parent's tables, which it does not use: their entries do not
+//           count there.
 // Cost:     beginning walks over the regions that this process has used.
-// Threads:  tables of different threads may begin and end at the same time, without a lock. Of two that begin at once on one
-//           region at least one sees the other.
+// Threads:  tables of different threads may begin and end at the same time, without a lock. Of two
+//           that begin at once on one region at least one sees the other.
 #pragma once
 
 #include <Brixo/CacheTableIndex.h>
@@ -21,8 +23,8 @@ public:
 
     ~RegionUse() { end(); }
 
-    // From now on the table `user` uses this region, and no other. Returns the identity of another table that does so
-    // already, if there is one. Throws std::bad_alloc and uses none.
+    // From now on the table `user` uses this region, and no other. Returns the identity of another
+    // table that does so already, if there is one. Throws std::bad_alloc and uses none.
     std::optional<CacheTableIndex> begin(const CacheTableIndex& user, const void* region);
 
     void end() noexcept;

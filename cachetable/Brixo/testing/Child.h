@@ -18,7 +18,8 @@ inline int statusOf(pid_t child) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
 }
 
-// Runs `body` in a child process; returns what it returns (0 to 255), or minus the signal that ended it.
+// Runs `body` in a child process; returns what it returns (0 to 255), or minus the signal that
+// ended it.
 template <class Body>
 int inChild(Body body) {
     const pid_t child = ::fork();
@@ -56,8 +57,8 @@ Death deathOf(Body body) {
     return death;
 }
 
-// The same for a failed assertion. Compilers spell the function differently, and lines move: of these the line number
-// comes back as "#", the function as its name alone.
+// The same for a failed assertion. Compilers spell the function differently, and lines move: of
+// these the line number comes back as "#", the function as its name alone.
 //     "CacheTable.cpp:#: assertion failed: freeIndexs() > 0 (in takeFreeIndex)\n"
 template <class Body>
 std::string lastWordsOf(Body body) {

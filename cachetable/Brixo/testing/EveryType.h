@@ -1,6 +1,8 @@
-// EveryType.h - the types of all modules, for what holds for each of them: fuzzers, golden vectors, suites. Not installed.
+// EveryType.h - the types of all modules, for what holds for each of them: fuzzers, golden vectors,
+// suites. Not installed.
 //
-// The lists come from the headers that gather a folder each: one that forgets a type's header does not compile here.
+// The lists come from the headers that gather a folder each: one that forgets a type's header does
+// not compile here.
 #pragma once
 
 #include <Brixo/Brixo.h>
@@ -17,7 +19,8 @@ namespace Brixo::Testing {
 // In the order of registration: module by module as they are loaded.
 using EveryType = Vel::JoinedTypes<BrixoTypes, Orn::BitmaskTypes, CacheTableTypes>;
 
-// Whether a type is a value or an enumeration, which have a text and a record in the log; the others are entities.
+// Whether a type is a value or an enumeration, which have a text and a record in the log; the
+// others are entities.
 template <class T>
 struct IsValue : std::negation<std::is_base_of<Vel::PtrInterface, T>> {};
 

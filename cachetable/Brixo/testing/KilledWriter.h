@@ -1,7 +1,9 @@
-// KilledWriter.h - a writer that may die at any instruction, and what its region must be like then. Not installed.
+// KilledWriter.h - a writer that may die at any instruction, and what its region must be like then.
+// Not installed.
 //
-// The writer opens the table and runs numbered operations, each fixed by the seed and its number. It counts the completed
-// ones in memory that its watcher shares, so that at a death every operation is completed, in flight, or not begun.
+// The writer opens the table and runs numbered operations, each fixed by the seed and its number.
+// It counts the completed ones in memory that its watcher shares, so that at a death every
+// operation is completed, in flight, or not begun.
 #pragma once
 
 #include <Brixo/testing/Child.h>
@@ -31,8 +33,9 @@ struct Operation {
     U32 key;
     std::string data;
 
-    // Operation `number` of this seed: writes and deletes of few keys, so that slots change hands and keys move, and
-    // now and then a rebuilding of the maps, which finds the duplicates that come of it.
+    // Operation `number` of this seed: writes and deletes of few keys, so that slots change hands
+    // and keys move, and now and then a rebuilding of the maps, which finds the duplicates that
+    // come of it.
     static Operation at(U32 seed, U32 number, const Shape& shape) {
         std::minstd_rand random(seed * 65599 + number + 1);
         random.discard(3);
@@ -125,7 +128,8 @@ inline TableModel modelOf(const std::string& bytes, const Shape& shape) {
     return model;
 }
 
-// What an operation in flight may have made of a slot: its key word comes first, then any of its data.
+// What an operation in flight may have made of a slot: its key word comes first, then any of its
+// data.
 inline bool mayBecome(const TableModel::Slot& found, const TableModel::Slot& old,
                       const TableModel::Slot& next) {
     if (found.keyWord != next.keyWord)
@@ -135,8 +139,9 @@ inline bool mayBecome(const TableModel::Slot& found, const TableModel::Slot& old
     return true;
 }
 
-// Checks the region that a dead writer left, lets a new process recover it, and checks what that made of it. `before` is the
-// region as the writer found it, null an unformatted one. Returns the recovered state.
+// Checks the region that a dead writer left, lets a new process recover it, and checks what that
+// made of it. `before` is the region as the writer found it, null an unformatted one. Returns the
+// recovered state.
 inline TableModel recover(const RegionFolder& regions, const Shape& shape, const TableModel* before,
                           U32 seed, U32 completed) {
     const std::string left = regions.bytes(regionName);
@@ -156,7 +161,8 @@ inline TableModel recover(const RegionFolder& regions, const Shape& shape, const
         for (U32 i = 0; i < shape.size; ++i)
             EXPECT_TRUE(mayBecome(expected.slots[i], old.slots[i], next.slots[i])) << "slot " << i;
 
-        // Every completed write that a restart would have found is found, but for the slot and the key in flight.
+        // Every completed write that a restart would have found is found, but for the slot and the
+        // key in flight.
         TableModel restarted = old;
         restarted.restart();
         expected.restart();
@@ -184,8 +190,9 @@ inline TableModel recover(const RegionFolder& regions, const Shape& shape, const
     return expected;
 }
 
-// Rounds of writers that `start` starts with a shape and a seed and that are killed at a random moment: a fresh region now
-// and then, so that some die while they format; the others go on with what the last recovery left.
+// Rounds of writers that `start` starts with a shape and a seed and that are killed at a random
+// moment: a fresh region now and then, so that some die while they format; the others go on with
+// what the last recovery left.
 template <class Start>
 void killWriters(const RegionFolder& regions, const Journal& journal, U32 seed, unsigned rounds,
                  unsigned longestMicroseconds, Start start) {

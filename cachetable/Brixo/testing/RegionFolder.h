@@ -1,6 +1,7 @@
 // RegionFolder.h - a folder for the regions of one test, gone with it. Not installed.
 //
-// Environment: PINBUF_DIR names the folder while the object lives; PINBUF_BACKEND and AGENT_PROCESS_NAME are unset.
+// Environment: PINBUF_DIR names the folder while the object lives; PINBUF_BACKEND and
+//              AGENT_PROCESS_NAME are unset.
 #pragma once
 
 #include <cstdlib>

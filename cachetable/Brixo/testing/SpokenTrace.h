@@ -8,7 +8,8 @@
 
 namespace Brixo::Testing {
 
-// Sends every trace line to standard error while it lives: "BrixoCacheTable/8 CacheTable::doRestart\n".
+// Sends every trace line to standard error while it lives: "BrixoCacheTable/8
+// CacheTable::doRestart\n".
 class SpokenTrace final : public Vel::TraceSink {
 public:
     SpokenTrace() : outer_(Vel::TraceHandle::sinkIs(this)) {}

@@ -1,7 +1,8 @@
 // TableModel.h - a table as plain containers: what the bytes and the maps must be. Not installed.
 //
-// It follows the words of CacheTable.h and shares no code with it: deleting writes nothing, the first free slot is the one
-// with the least number when its bits are read backwards, and the lowest slot wins when the maps are rebuilt.
+// It follows the words of CacheTable.h and shares no code with it: deleting writes nothing, the
+// first free slot is the one with the least number when its bits are read backwards, and the lowest
+// slot wins when the maps are rebuilt.
 #pragma once
 
 #include <Brixo/testing/Tables.h>

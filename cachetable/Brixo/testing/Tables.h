@@ -1,4 +1,5 @@
-// Tables.h - the tables of the tests: one identity, any shape; and their regions byte by byte. Not installed.
+// Tables.h - the tables of the tests: one identity, any shape; and their regions byte by byte. Not
+// installed.
 #pragma once
 
 #include <Brixo/CacheTable.h>

@@ -1,5 +1,6 @@
-// cachetable-dump SIZE ENTRY-SIZE [KEY DATA] - opens the tests' table, writes an entry if there is one to write (data in
-// hexadecimal), and prints the entries in the order of their slots and then the free slots in theirs.
+// cachetable-dump SIZE ENTRY-SIZE [KEY DATA] - opens the tests' table, writes an entry if there is
+// one to write (data in hexadecimal), and prints the entries in the order of their slots and then
+// the free slots in theirs.
 #include <Brixo/testing/Tables.h>
 #include <algorithm>
 #include <cstdio>

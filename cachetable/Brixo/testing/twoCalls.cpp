@@ -1,4 +1,5 @@
-// A platform's own pinbuf that has the two calls that every platform has, and no other: one region, in this process's memory.
+// A platform's own pinbuf that has the two calls that every platform has, and no other: one region,
+// in this process's memory.
 #include <cstring>
 #include <string>
 

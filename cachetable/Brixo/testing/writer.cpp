@@ -1,4 +1,5 @@
-// cachetable-writer JOURNAL SIZE ENTRY-SIZE SEED - writes a table until it is killed; for tests of the other word size.
+// cachetable-writer JOURNAL SIZE ENTRY-SIZE SEED - writes a table until it is killed; for tests of
+// the other word size.
 #include <Brixo/testing/KilledWriter.h>
 #include <string>
 

@@ -1,4 +1,5 @@
-// BaseCollection.h - a collection as its text form sees it: so many members, and the text of each, in order.
+// BaseCollection.h - a collection as its text form sees it: so many members, and the text of each,
+// in order.
 //
 // Text: the members' own texts as a Python list: [a, b, c]
 #pragma once

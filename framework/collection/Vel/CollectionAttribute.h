@@ -10,7 +10,8 @@
 //         Weight weight_;
 //     };
 //
-// Declares the member's class VelWeight, the collection's type Weight, and, of a weight under a key of 16 bits:
+// Declares the member's class VelWeight, the collection's type Weight, and, of a weight under a key
+// of 16 bits:
 //
 //     const Weight& weight() const      for (const auto& [key, value] : table.weight())
 //     U32 weight(key) const             the value, or a default one where there is none
@@ -18,16 +19,18 @@
 //     Ptr<VelWeight> newWeight(key, value)      for a key that is not there yet
 //     void weightIs(key, value)         overwrites in place, the member stays; or makes one
 //     void weightDel(key)               an absent key changes nothing
-//     void weightDel(Weight::Iterator&) removes the member on which it stands; it goes on to the next
-//     void weightDelAll()
-//     void weightNotify(key)            nothing: nobody listens
+//     void weightDel(Weight::Iterator&) removes the member on which it stands; it goes on to the
+//     next void weightDelAll() void weightNotify(key)            nothing: nobody listens
 //
-// Macros:     because the names of the functions are made of the attribute's. What they do is KeyedCollection's.
-// Key inside: VEL_COLLECTION_BY(API, peer, Peer, Port, Endpoint, port) is the same for values that have their key in them,
-//             value.port(); newPeer(value) and peerIs(value) take it from there.
-// Parts:      a class that does some of this its own way declares the collection's type itself and takes
-//             VEL_COLLECTION_READERS(weight, Weight), the first three, and VEL_COLLECTION_WRITERS(weight, Weight), those that
-//             need neither make a member nor give back a removed one: weightIs(), weightDel(iterator), weightDelAll() and
+// Macros:     because the names of the functions are made of the attribute's. What they do is
+//             KeyedCollection's.
+// Key inside: VEL_COLLECTION_BY(API, peer, Peer, Port, Endpoint, port) is the same for values that
+//             have their key in them, value.port(); newPeer(value) and peerIs(value) take it from
+//             there.
+// Parts:      a class that does some of this its own way declares the collection's type itself and
+//             takes VEL_COLLECTION_READERS(weight, Weight), the first three, and
+//             VEL_COLLECTION_WRITERS(weight, Weight), those that need neither make a member nor
+//             give back a removed one: weightIs(), weightDel(iterator), weightDelAll() and
 //             weightNotify().
 // Arguments:  a small plain value is passed as it is, any other by reference: Argument.
 #pragma once

@@ -1,13 +1,16 @@
 // KeyedCollection.h - the pattern of every keyed collection attribute, once.
 //
-// A class declares such an attribute, with the functions that lead here, by VEL_COLLECTION (CollectionAttribute.h).
+// A class declares such an attribute, with the functions that lead here, by VEL_COLLECTION
+// (CollectionAttribute.h).
 //
-// Entry:    a MapMember, or another MapLink with Key, Value, fwkKey(), value() and valueIs(); or an object that is its own
-//           member: a MapLink with Key, Value and fwkKey(), its Value a Ptr to itself.
+// Entry:    a MapMember, or another MapLink with Key, Value, fwkKey(), value() and valueIs(); or an
+//           object that is its own member: a MapLink with Key, Value and fwkKey(), its Value a Ptr
+//           to itself.
 // Order:    the map's: for (const auto& [key, value] : collection).
 // Identity: overwriting keeps the member; only create() makes one.
-// Compare:  equal when the counts are equal and each member is in the other with an equal value; < goes by pairs of key and
-//           value in the map's order, the first that differ decide, and a prefix is less.
+// Compare:  equal when the counts are equal and each member is in the other with an equal value; <
+//           goes by pairs of key and value in the map's order, the first that differ decide, and a
+//           prefix is less.
 // Copying:  clones the members.
 #pragma once
 
@@ -40,7 +43,8 @@ public:
 
     bool has(const Key& key) const noexcept { return find(key) != nullptr; }
 
-    // Makes and inserts a member; the key is absent. The arguments are those of Entry's constructor.
+    // Makes and inserts a member; the key is absent. The arguments are those of Entry's
+    // constructor.
     template <class... Arguments>
     Ptr<Entry> create(const Arguments&... arguments) {
         Ptr<Entry> entry = new Entry(arguments...);
@@ -88,20 +92,21 @@ public:
     // The first member in the map's order, or null; borrowed.
     Entry* first() const noexcept { return map_.first(); }
 
-    // Calls visit(member) for every member, in no order, which is faster than a walk. `visit` may be copied; it does not
-    // change the collection.
+    // Calls visit(member) for every member, in no order, which is faster than a walk. `visit` may
+    // be copied; it does not change the collection.
     template <class Visit>
     void forEach(const Visit& visit) const {
         map_.forEach(visit);
     }
 
-    // The first member in the map's order behind the key, whether a member has it or not; null if there is none. Borrowed.
+    // The first member in the map's order behind the key, whether a member has it or not; null if
+    // there is none. Borrowed.
     Entry* firstBehind(const Key& key) const noexcept { return map_.firstBehind(key); }
 
     Iterator begin() const noexcept { return Iterator(map_.begin()); }
 
-    // Stands on the first member that orders behind the key, which need not be here: where to go on when others had their
-    // turn at the collection since the member with this key was removed.
+    // Stands on the first member that orders behind the key, which need not be here: where to go on
+    // when others had their turn at the collection since the member with this key was removed.
     Iterator behind(const Key& key) const noexcept { return Iterator(map_.behind(key)); }
 
     std::default_sentinel_t end() const noexcept { return {}; }

@@ -8,12 +8,15 @@
 //     table.call("refill", {8}).as<Vel::U32>();
 //     table.forEachMember("route", [](const Vel::Any& key, const Vel::Any& value) { ... });
 //
-// Operands: what is written, a key or an argument may be another Any, a text form, a number, a truth value or a byte
-//           pointer; what it becomes is decided by the attribute. An enumerator may go without its quotes.
-// Copying:  shares what is wrapped: a value that is set through one copy is set for all; clone() makes another.
+// Operands: what is written, a key or an argument may be another Any, a text form, a number, a
+//           truth value or a byte pointer; what it becomes is decided by the attribute. An
+//           enumerator may go without its quotes.
+// Copying:  shares what is wrapped: a value that is set through one copy is set for all; clone()
+//           makes another.
 // Owns:     a reference to an adapter, and through it to an object.
-// Errors:   ReflectionException names what is unknown with the nearest known names, and each argument that is missing or one
-//           too many; RangeException for a text that does not say such a value, or names a collection, which has no text.
+// Errors:   ReflectionException names what is unknown with the nearest known names, and each
+//           argument that is missing or one too many; RangeException for a text that does not say
+//           such a value, or names a collection, which has no text.
 // Threads:  those of what is wrapped: one at a time.
 #pragma once
 
@@ -82,7 +85,8 @@ public:
     Any del(Name attribute, const Operand& key);
     void delAll(Name attribute);
 
-    // Adds a member from what makes one: the arguments of its constructor, the member itself, or key and value.
+    // Adds a member from what makes one: the arguments of its constructor, the member itself, or
+    // key and value.
     void insert(Name attribute, std::initializer_list<Operand> arguments);
 
     // Calls a function with its arguments in order. Gives its result; nothing if it has none.
@@ -91,8 +95,8 @@ public:
     // Every attribute, inherited ones first.
     void forEachAttribute(const std::function<void(const VelAttr&)>& visit) const;
 
-    // Every member of a collection, in its order. The visitor may add and remove members: one that comes behind the visited
-    // one is visited, too, and one that goes before its turn is not.
+    // Every member of a collection, in its order. The visitor may add and remove members: one that
+    // comes behind the visited one is visited, too, and one that goes before its turn is not.
     void forEachMember(Name attribute,
                        const std::function<void(const Any& key, const Any& value)>& visit) const;
 

@@ -1,6 +1,8 @@
-// Builtin.h - descriptors of the types that the language brings along: Builtin<unsigned short>::_fwkType().
+// Builtin.h - descriptors of the types that the language brings along: Builtin<unsigned
+// short>::_fwkType().
 //
-// Names: U8, U16, U32, U64 (unsigned), int, bool, Vel::BytePtr (unsigned char*), Vel::VoidPtr (void*).
+// Names: U8, U16, U32, U64 (unsigned), int, bool, Vel::BytePtr (unsigned char*), Vel::VoidPtr
+//        (void*).
 // Made:  on first use, once a process; they live as long as it.
 #pragma once
 

@@ -1,5 +1,5 @@
-// DefineModule.h - VEL_MODULE(routine, list): what a module's source file says; see Module.h. The list is a TypeList, or the
-// types themselves.
+// DefineModule.h - VEL_MODULE(routine, list): what a module's source file says; see Module.h. The
+// list is a TypeList, or the types themselves.
 #pragma once
 
 #include <Vel/Module.h>
@@ -50,7 +50,8 @@ struct ModuleOf<TypeList<Types...>> {
 
 } // namespace Vel::detail
 
-// The section is kept when the linker drops what nothing refers to; a module's names start on a boundary of their own.
+// The section is kept when the linker drops what nothing refers to; a module's names start on a
+// boundary of their own.
 #define VEL_MODULE(routine, ...)                                                                   \
     namespace {                                                                                    \
     using routine##Types = ::Vel::detail::ModuleOf<::Vel::detail::ListOf<__VA_ARGS__>::List>;      \

@@ -1,7 +1,9 @@
-// GenericIfPtrInterface.h - adapter of a counted object, whatever its class; it keeps the object alive.
+// GenericIfPtrInterface.h - adapter of a counted object, whatever its class; it keeps the object
+// alive.
 //
-// By itself it shows the object's type and its reference text, and no attribute but comparison: ObjectGenericIf<T> adds
-// those of a class with a schema. Two adapters are equal when they refer to the same object.
+// By itself it shows the object's type and its reference text, and no attribute but comparison:
+// ObjectGenericIf<T> adds those of a class with a schema. Two adapters are equal when they refer to
+// the same object.
 #pragma once
 
 #include <Vel/Export.h>

@@ -1,4 +1,5 @@
-// Value.h - base of every value type: from its one schema it gets its operators, its hash and its place in the framework.
+// Value.h - base of every value type: from its one schema it gets its operators, its hash and its
+// place in the framework.
 //
 //     class NET_API DeviceId : public Vel::Value<DeviceId> {
 //     public:
@@ -8,17 +9,18 @@
 //         constexpr Vel::U16 value() const noexcept { return value_; }
 //
 //         static constexpr auto schema() {
-//             return Vel::scalarSchema<DeviceId>("Net::DeviceId").stored(2, "value", &DeviceId::value_);
+//             return Vel::scalarSchema<DeviceId>("Net::DeviceId")
+//                 .stored(2, "value", &DeviceId::value_);
 //         }
 //
 //     private:
 //         Vel::U16 value_ = 0;
 //     };
 //     VEL_VALUE_FUNCTIONS(NET_API, DeviceId);     // behind the class, in its namespace
-//     VEL_DEFINE_VALUE(DeviceId)                    // in its .cpp; the only place that instantiates the facets
+//     VEL_DEFINE_VALUE(DeviceId)                  // in its .cpp: all the rest is made there
 //
-// A refinement derives from Vel::Refinement<LogicalTableId, LogicalResourceId> instead and states its name and what its
-// constructor fixes; it compares, hashes and logs as its base.
+// A refinement derives from Vel::Refinement<LogicalTableId, LogicalResourceId> instead and states
+// its name and what its constructor fixes; it compares, hashes and logs as its base.
 //
 // Layout: the base is empty: a value is the size of its fields.
 #pragma once
@@ -69,7 +71,8 @@ public:
 
     friend constexpr bool operator>=(const T& a, const T& b) { return !(a < b); }
 
-    // 32 bits, by the rule of the schema's hashedBy. A type with a rule of its own declares its own hash().
+    // 32 bits, by the rule of the schema's hashedBy. A type with a rule of its own declares its own
+    // hash().
     constexpr U32 hash() const { return hashByFields(static_cast<const T&>(*this)); }
 };
 
@@ -97,8 +100,8 @@ concept HashedValue = ValueClass<T> && requires(const T& value) {
     value.hash();
 };
 
-// Logs the value's fields as one record, or as a part of the one that is open. Inline: a caller that writes many values keeps
-// what it can in registers.
+// Logs the value's fields as one record, or as a part of the one that is open. Inline: a caller
+// that writes many values keeps what it can in registers.
 template <ValueClass T>
 inline const Ptr<NboAttrLog::Out>& operator<<(const Ptr<NboAttrLog::Out>& out, const T& value) {
     logValue(*out, value);

@@ -1,5 +1,5 @@
-// VelTypeAdapters.cpp - the adapters of a type whose descriptor says nothing else: of an object by its reference, of a
-// value none.
+// VelTypeAdapters.cpp - the adapters of a type whose descriptor says nothing else: of an object by
+// its reference, of a value none.
 #include <Vel/GenericIf.h>
 #include <Vel/GenericIfPtrInterface.h>
 #include <Vel/VelType.h>

@@ -16,8 +16,8 @@
 // Errors:  Exception with Id::connection: what the connection throws, a log that ends inside a
 //          record, a record that holds more or less than its value. Nothing is read behind the end
 //          of a record. Using the fields' functions while no record is open is an assertion.
-// Cost:    a field is a compare, a byte swap and a store; fields that together have a length known beforehand share one
-//          compare (Fixed). The connection is called once per 64 KiB.
+// Cost:    a field is a compare, a byte swap and a store; fields that together have a length known
+//          beforehand share one compare (Fixed). The connection is called once per 64 KiB.
 // Threads: one log belongs to one thread.
 #pragma once
 
@@ -122,8 +122,8 @@ private:
         takeMark_ = flushMark_;
     }
 
-    // Room for a record of `size` bytes, its length stated; the caller writes them before it does anything else. Null, and
-    // nothing taken, while a record is open and where there is no room.
+    // Room for a record of `size` bytes, its length stated; the caller writes them before it does
+    // anything else. Null, and nothing taken, while a record is open and where there is no room.
     U8* take(std::size_t size) noexcept {
         U8* const start = pos_;
         if (takeMark_ - start <= static_cast<std::ptrdiff_t>(size)) [[unlikely]]
@@ -167,7 +167,8 @@ private:
 // What is not closed, because something threw, leaves no byte in the log.
 class NboAttrLog::Out::Record {
 public:
-    // Where `expected` bytes of fields do not fit behind the records that wait, these are handed on first.
+    // Where `expected` bytes of fields do not fit behind the records that wait, these are handed on
+    // first.
     explicit Record(Out& out, std::size_t expected = 0) : out_(out) {
         if (out.depth_ == 0) out.begin(expected);
         ++out.depth_;
@@ -185,8 +186,8 @@ public:
     Record(const Record&) = delete;
     Record& operator=(const Record&) = delete;
 
-    // Once, after the last field. Throws, as if nothing had been written, when the payload is longer
-    // than payloadMax.
+    // Once, after the last field. Throws, as if nothing had been written, when the payload is
+    // longer than payloadMax.
     void close() {
         if (out_.depth_ == 1) out_.end();
         --out_.depth_;
@@ -199,8 +200,8 @@ private:
     bool closed_ = false;
 };
 
-// The fields of a value that has the same number of bytes always, at most fixedMax: their room is checked once, and their
-// length is stated before the first of them.
+// The fields of a value that has the same number of bytes always, at most fixedMax: their room is
+// checked once, and their length is stated before the first of them.
 //
 //     if (NboAttrLog::Out::Fixed fields(*out, 2 * sizeof(U16)); fields) {
 //         fields.writeU16(value.first);
@@ -212,8 +213,8 @@ class NboAttrLog::Out::Fixed {
 public:
     Fixed(Out& out, std::size_t size) noexcept : at_(out.take(size)) {}
 
-    // Whether there is a record of its own for them: the caller writes `size` bytes before it uses the log again.
-    // Otherwise nothing has happened.
+    // Whether there is a record of its own for them: the caller writes `size` bytes before it uses
+    // the log again. Otherwise nothing has happened.
     explicit operator bool() const noexcept { return at_ != nullptr; }
 
     void writeU8(U8 value) noexcept { write(value); }
@@ -306,8 +307,8 @@ private:
         return value;
     }
 
-    // The fields of the next record, which has `size` bytes of them. Null, and nothing taken, while a record is open, and
-    // unless the whole record is in the buffer and its length is right.
+    // The fields of the next record, which has `size` bytes of them. Null, and nothing taken, while
+    // a record is open, and unless the whole record is in the buffer and its length is right.
     const U8* take(std::size_t size) noexcept {
         const U8* const start = pos_;
         if (depth_ != 0 || static_cast<std::size_t>(end_ - start) < lengthSize + size ||
@@ -400,13 +401,14 @@ private:
     bool closed_ = false;
 };
 
-// The fields of a value that has the same number of bytes always: their room is checked once. When it is not there, the
-// record is read as any other, which says what is wrong with it.
+// The fields of a value that has the same number of bytes always: their room is checked once. When
+// it is not there, the record is read as any other, which says what is wrong with it.
 class NboAttrLog::In::Fixed {
 public:
     Fixed(In& in, std::size_t size) noexcept : in_(in), at_(in.take(size)) {}
 
-    // Whether the fields are there: the caller reads `size` bytes of them. Otherwise nothing is taken.
+    // Whether the fields are there: the caller reads `size` bytes of them. Otherwise nothing is
+    // taken.
     explicit operator bool() const noexcept { return at_ != nullptr; }
 
     U8 nextU8() noexcept { return next<U8>(); }

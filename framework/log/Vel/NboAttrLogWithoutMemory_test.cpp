@@ -1,5 +1,5 @@
-// NboAttrLogWithoutMemory_test.cpp - a record that is longer than the reader's buffer, when the general allocator has nothing
-// to give.
+// NboAttrLogWithoutMemory_test.cpp - a record that is longer than the reader's buffer, when the
+// general allocator has nothing to give.
 #include <Vel/NboAttrLog.h>
 
 #include <Vel/MemoryConnection.h>

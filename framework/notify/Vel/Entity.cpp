@@ -51,7 +51,8 @@ String8 Entity::fullName() const {
 
 String8 Entity::uriPath() const {
     std::string path;
-    // A character, not "/": GCC 12 warns of a text inserted before another (-O2 and above, -Wrestrict).
+    // A character, not "/": GCC 12 warns of a text inserted before another (-O2 and above,
+    // -Wrestrict).
     for (const Entity* at = this; at != nullptr; at = at->parent_)
         path.insert(0, encoded(at->name_.view())).insert(0, 1, '/');
     return String8(path.c_str());

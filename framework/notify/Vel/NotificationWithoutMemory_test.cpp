@@ -1,4 +1,5 @@
-// NotificationWithoutMemory_test.cpp - what is said of a callback that throws when the general allocator has nothing to give.
+// NotificationWithoutMemory_test.cpp - what is said of a callback that throws when the general
+// allocator has nothing to give.
 #include <Vel/Notifiee.h>
 
 #include <Vel/Notifier.h>

@@ -1,4 +1,5 @@
-// Notifiee.h - base of the notifiees of one notifier class: joins and leaves its list. See Notifier.h for an example.
+// Notifiee.h - base of the notifiees of one notifier class: joins and leaves its list. See
+// Notifier.h for an example.
 //
 // Owns:   what every notifiee owns: a reference to its notifier (NotifieeConst.h).
 // Errors: a notifier of another class is a fatal assertion.
@@ -34,15 +35,16 @@ public:
         const Ptr<const PtrInterface> from = PtrInterface::NotifieeConst::notifier();
         if (to == from.ptr()) return;
         if (isRegisteredNotifiee()) leave();
-        // Nobody will know any more when one that is not counted dies: a running pass leaves it out from now on.
+        // Nobody will know any more when one that is not counted dies: a running pass leaves it out
+        // from now on.
         if (references() == 0 && isInPassOf(Notifiee::notifier()))
             Notifiee::notifier()->notifiees().forget(this);
         notifierAssign(to);
         if (isRegisteredNotifiee()) join();
     }
 
-    // Without a notifier there is no list yet: the notifiee joins when it is attached; an inactive one, when it is
-    // activated.
+    // Without a notifier there is no list yet: the notifiee joins when it is attached; an inactive
+    // one, when it is activated.
     void isRegisteredNotifieeIs(bool registered) override {
         if (hasNotificationActive()) {
             listedIs(registered);

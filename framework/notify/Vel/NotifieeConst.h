@@ -1,14 +1,15 @@
 // NotifieeConst.h - one listener: who it listens to, whether it is registered, and what it is told.
 //
 // Owns:       one reference to its notifier, which lists its notifiees raw.
-// Registered: only a registered notifiee is told anything, in the order of registration. Registering twice changes
-//             nothing. A notifiee that loses its last reference leaves its notifier's list by itself.
-// Active:     a notifiee is born active. An inactive one is out of the list and remembers, in bit 19 of its flag word,
-//             whether it comes back when it is activated.
+// Registered: only a registered notifiee is told anything, in the order of registration.
+//             Registering twice changes nothing. A notifiee that loses its last reference leaves
+//             its notifier's list by itself.
+// Active:     a notifiee is born active. An inactive one is out of the list and remembers, in bit
+//             19 of its flag word, whether it comes back when it is activated.
 // Callbacks:  do nothing unless overridden. What a callback throws goes to the same notifiee's
-//             handleNotificationException() and stops nobody. Unless the notifiee decides otherwise it is traced, by the
-//             handle "VelNotification" at level 1, which is on while no setting turns it off; so is what an overridden
-//             onNotificationException() throws.
+//             handleNotificationException() and stops nobody. Unless the notifiee decides otherwise
+//             it is traced, by the handle "VelNotification" at level 1, which is on while no
+//             setting turns it off; so is what an overridden onNotificationException() throws.
 // Threads:    those of the notifier: one at a time.
 #pragma once
 
@@ -39,17 +40,19 @@ public:
 
     const Ptr<const PtrInterface>& notifier() const noexcept { return notifier_; }
 
-    // Attaches to a notifier, or detaches with null. A registered notifiee leaves the one list and joins the end of the
-    // other.
+    // Attaches to a notifier, or detaches with null. A registered notifiee leaves the one list and
+    // joins the end of the other.
     virtual void notifierIs(const Ptr<const PtrInterface>& notifier);
 
     bool isRegisteredNotifiee() const noexcept { return isRegistered_; }
 
-    // Stores the flag; with a notifier, joins its list or leaves it (Notifiee.h). Without one, it joins when it is attached.
+    // Stores the flag; with a notifier, joins its list or leaves it (Notifiee.h). Without one, it
+    // joins when it is attached.
     virtual void isRegisteredNotifieeIs(bool registered);
 
-    // Nothing happens if the notifiee is as asked. Otherwise bit 29 of the count word changes, and registrationIs() is
-    // called with the new value; before that, an inactive notifiee keeps in bit 19 whether it was registered.
+    // Nothing happens if the notifiee is as asked. Otherwise bit 29 of the count word changes, and
+    // registrationIs() is called with the new value; before that, an inactive notifiee keeps in bit
+    // 19 whether it was registered.
     void hasNotificationActiveIs(bool active) override;
 
     Vel_BitSet vel_bitSet() const noexcept { return flags_; }
@@ -61,11 +64,12 @@ public:
     virtual void onCollectionNotification(String8 attribute);
     virtual void onNotification();
 
-    // A callback has thrown. Called inside the handler, so std::current_exception() is what was thrown. The form with
-    // the attribute calls the form without, which traces one line:
+    // A callback has thrown. Called inside the handler, so std::current_exception() is what was
+    // thrown. The form with the attribute calls the form without, which traces one line:
     //     Progress threw on attribute lastProcessedCmdIndex: no pen
-    // with the id where the notifier's class does not know the attribute, and without one if it is 0: the end of the
-    // notifier, or nobody said. Needs no memory: without any the line is cut, and the class's name as the compiler gave it.
+    // with the id where the notifier's class does not know the attribute, and without one if it is
+    // 0: the end of the notifier, or nobody said. Needs no memory: without any the line is cut, and
+    // the class's name as the compiler gave it.
     virtual void onNotificationException();
     virtual void onNotificationException(AttributeId attribute);
 

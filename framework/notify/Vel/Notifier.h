@@ -10,11 +10,12 @@
 //         void tick() { notify(tickId, [](NotifieeConst& notifiee) { notifiee.onTick(); }); }
 //     };
 //
-// Pass:    notify() calls every notifiee that was registered when it began, in the order of registration, each call
-//          guarded: what a notifiee throws goes to its handleNotificationException(attribute), and the pass goes on.
-//          The notifier and who is removed during the pass live until the pass ends.
-// Cost:    nobody registered: one load. Otherwise one count pair for the snapshot, one for the notifier, and a virtual
-//          call a notifiee; no memory (ListRaw.h).
+// Pass:    notify() calls every notifiee that was registered when it began, in the order of
+//          registration, each call guarded: what a notifiee throws goes to its
+//          handleNotificationException(attribute), and the pass goes on. The notifier and who is
+//          removed during the pass live until the pass ends.
+// Cost:    nobody registered: one load. Otherwise one count pair for the snapshot, one for the
+//          notifier, and a virtual call a notifiee; no memory (ListRaw.h).
 // Threads: one at a time.
 #pragma once
 
@@ -29,8 +30,8 @@
 
 namespace Vel {
 
-// `Derived` declares its NotifieeConst, by this name: the compiler refuses another. `Base` is what it is beside: PtrInterface,
-// or a map's member.
+// `Derived` declares its NotifieeConst, by this name: the compiler refuses another. `Base` is what
+// it is beside: PtrInterface, or a map's member.
 template <class Derived, class Base = PtrInterface>
 class Notifier : public Base {
 public:
@@ -38,7 +39,8 @@ public:
 
     Notifier& operator=(const Notifier&) = delete;
 
-    // Who is registered, in order. Notifiees register themselves, also with a notifier that is const to them.
+    // Who is registered, in order. Notifiees register themselves, also with a notifier that is
+    // const to them.
     Notifiees& notifiees() const noexcept { return notifiees_; }
 
     // Tells who is still registered that the notifier's last reference is gone.
@@ -53,8 +55,9 @@ public:
 protected:
     using Base::Base;
 
-    // For a member function that goes on behind a pass: a callback may drop the last reference. None where there is no
-    // reference: nobody counts the notifier, or this already is its end, and nothing may revive it.
+    // For a member function that goes on behind a pass: a callback may drop the last reference.
+    // None where there is no reference: nobody counts the notifier, or this already is its end, and
+    // nothing may revive it.
     Ptr<const Notifier> kept() const noexcept { return this->references() != 0 ? this : nullptr; }
 
     Notifier() = default;

@@ -14,8 +14,8 @@
 
 namespace Vel {
 
-// The last argument only says that an object is read; pass a null pointer. The caller takes a reference to the result,
-// which whoever holds the tree keeps alive.
+// The last argument only says that an object is read; pass a null pointer. The caller takes a
+// reference to the result, which whoever holds the tree keeps alive.
 VEL_API PtrInterface* sequenceToValueOfPtr(String8::IteratorConst& it,
                                            const String8::IteratorConst& end, PtrInterface* object);
 

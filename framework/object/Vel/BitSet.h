@@ -1,6 +1,7 @@
 // BitSet.h - a fixed set of flag bits in one unsigned word.
 //
-// Ranges: positions 0 to bits - 1, from the least significant bit on. Any other position is a fatal assertion.
+// Ranges: positions 0 to bits - 1, from the least significant bit on. Any other position is a fatal
+//         assertion.
 // Cost:   one word, every operation inline; no memory.
 #pragma once
 

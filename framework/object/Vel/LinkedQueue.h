@@ -1,11 +1,13 @@
-// LinkedQueue.h - an ordered queue of references whose iterators outlive what is deleted under them.
+// LinkedQueue.h - an ordered queue of references whose iterators outlive what is deleted under
+// them.
 //
 // Owns:     one reference to each member, through its entry.
-// Iterator: holds its entry, which a deletion marks and unlinks; the next increment goes on at the first member behind
-//           it that is still in the queue. Members that are appended are visited, unless the iterator already stands
-//           behind the last one.
+// Iterator: holds its entry, which a deletion marks and unlinks; the next increment goes on at the
+//           first member behind it that is still in the queue. Members that are appended are
+//           visited, unless the iterator already stands behind the last one.
 // Copying:  copies the references, in order.
-// Cost:     append, deletion and increment O(1) but for the deleted entries that are skipped; one small object a member.
+// Cost:     append, deletion and increment O(1) but for the deleted entries that are skipped; one
+//           small object a member.
 // Threads:  one at a time.
 #pragma once
 
@@ -80,7 +82,8 @@ public:
         ++members_;
     }
 
-    // Removes the member on which the iterator stands, if it is still there; the iterator keeps its place.
+    // Removes the member on which the iterator stands, if it is still there; the iterator keeps its
+    // place.
     void del(const Iterator& it) {
         const Ptr<Entry> entry = it.entry_;
         if (!entry || entry->velMarkedForDeletion()) return;

@@ -1,11 +1,14 @@
 // ListRaw.h - objects that listen to one notifier, in the order in which they registered.
 //
-// Owns:    nothing but its array; it lists raw pointers. Who is in the list takes itself out before it dies.
-// Pass:    a walk over the list as it stood when the walk began: who is removed meanwhile is still visited, who is added
-//          is not. The array is copied only if the list changes during a pass (copy on write), so a pass costs one count
-//          pair. Who is removed during a pass is kept alive by the outermost running pass, until that ends;
-//          one that nobody counts (on the stack, say) calls forget() when it dies.
-// Cost:    empty() one load; push() O(1) amortised; del() O(members). An empty list that was never used has no memory.
+// Owns:    nothing but its array; it lists raw pointers. Who is in the list takes itself out before
+//          it dies.
+// Pass:    a walk over the list as it stood when the walk began: who is removed meanwhile is still
+//          visited, who is added is not. The array is copied only if the list changes during a pass
+//          (copy on write), so a pass costs one count pair. Who is removed during a pass is kept
+//          alive by the outermost running pass, until that ends; one that nobody counts (on the
+//          stack, say) calls forget() when it dies.
+// Cost:    empty() one load; push() O(1) amortised; del() O(members). An empty list that was never
+//          used has no memory.
 // Threads: one at a time.
 #pragma once
 
@@ -112,7 +115,8 @@ private:
     U32 size_ = 0;
 };
 
-// Walks a snapshot of a list that is not empty. Lives on the stack, inside the list's life; passes nest.
+// Walks a snapshot of a list that is not empty. Lives on the stack, inside the list's life; passes
+// nest.
 template <class T>
 class ListRaw<T>::Pass {
 public:

@@ -1,6 +1,7 @@
 // Name.h - the name of a type, an attribute or an argument.
 //
-// Lifetime: borrowed: it views a string literal or other characters that live as long as the process. Not NUL-terminated.
+// Lifetime: borrowed: it views a string literal or other characters that live as long as the
+//           process. Not NUL-terminated.
 #pragma once
 
 #include <Vel/Integers.h>
@@ -13,8 +14,9 @@ namespace Vel {
 
 using Name = std::string_view;
 
-// NameKey - a name as a table of a type's own names looks it up: both ends, eight characters each, and the length. Names of
-// up to 16 characters are their key; longer ones are compared between the ends, too.
+// NameKey - a name as a table of a type's own names looks it up: both ends, eight characters each,
+// and the length. Names of up to 16 characters are their key; longer ones are compared between the
+// ends, too.
 class NameKey {
 public:
     constexpr NameKey() noexcept = default;

@@ -126,8 +126,9 @@ concept EndsAsItsBase = requires {
     { &T::handleZeroRef } -> std::same_as<void (T::PlainEnd::*)()>;
 };
 
-// A T that is simply deleted when its last reference goes: its handleZeroRef() is PtrInterface's own, or
-// that of a base that is named T::PlainEnd to say so. The call through the virtual table can be spared.
+// A T that is simply deleted when its last reference goes: its handleZeroRef() is PtrInterface's
+// own, or that of a base that is named T::PlainEnd to say so. The call through the virtual table
+// can be spared.
 template <class T>
 concept HasPlainEnd = EndsAsEveryObject<T> || EndsAsItsBase<T>;
 
@@ -139,8 +140,8 @@ concept EndsPlainly = std::is_final_v<T> && std::destructible<T> && HasPlainEnd<
 
 } // namespace detail
 
-// object.referencesDec(), by one who knows the object's class: where nobody can be told of its end, the object is deleted
-// without a virtual call.
+// object.referencesDec(), by one who knows the object's class: where nobody can be told of its end,
+// the object is deleted without a virtual call.
 template <std::derived_from<PtrInterface> T>
 [[gnu::always_inline]] inline void referencesDec(const T& object) {
     if constexpr (detail::EndsPlainly<T>) {

@@ -1,4 +1,5 @@
-// TypeList.h - types in an order, as one type: what a module consists of, said once for all who need each of its types.
+// TypeList.h - types in an order, as one type: what a module consists of, said once for all who
+// need each of its types.
 //
 //     using NetTypes = Vel::TypeList<Net::Protocol, Net::Port, Net::Table>;
 //     VEL_MODULE(velInitNet, NetTypes)

@@ -1,15 +1,16 @@
-// AttributeOp.h - what an adapter is asked to do: with which attribute, which operation, and the operation's argument.
+// AttributeOp.h - what an adapter is asked to do: with which attribute, which operation, and the
+// operation's argument.
 //
-//     read     0    the value; with an index, the value under that key; with a List, the result of a function that leaves
-//                   its object as it is
+//     read     0    the value; with an index, the value under that key; with a List, the result of
+//                   a function that leaves its object as it is
 //     has      1    whether a collection has the key: bool
 //     count    2    how many members a collection has: U32
 //     keys     3    appends every key of a collection, in its order, to the result, which is a List
 //     compare  100  of attribute 0: whether the argument holds an equal value: bool
-//     set      128  writes the argument; with an index, under that key; with a List, inserts a member or calls a function
-//                   that changes its object
-//     del      129  removes the member under the index; the result, if there is one, becomes what was there: a default value,
-//                   or no object, if there was nothing
+//     set      128  writes the argument; with an index, under that key; with a List, inserts a
+//                   member or calls a function that changes its object
+//     del      129  removes the member under the index; the result, if there is one, becomes what
+//                   was there: a default value, or no object, if there was nothing
 //     delAll   130  removes every member
 //
 // Numbers above 127 modify: a const adapter refuses them whatever the attribute.

@@ -1,13 +1,16 @@
-// GenericIf.h - an adapter that shows one value or object without naming its class: every attribute by its id.
+// GenericIf.h - an adapter that shows one value or object without naming its class: every attribute
+// by its id.
 //
 //     Vel::Ptr<Vel::GenericIf> port = Vel::VelType::typeNode("Net::Port")->genericIf("7", false);
 //     Vel::Ptr<Vel::GenericIf> number = Vel::Builtin<Vel::U16>::_fwkType()->newGenericIf();
 //     port->attributeOp({port->attributeId("value"), Vel::AttributeOp::read}, nullptr, number);
 //     number->strRep();  // "7"
 //
-// Family: ValueGenericIf<T> holds a copy of a value, of an enumerator or of a builtin; GenericIfPtrInterface and
-//         ObjectGenericIf<T> hold a reference to an object; GenericIf::List holds arguments.
-// Const:  a const adapter refuses every operation that would modify what it holds, before anything else is looked at.
+// Family: ValueGenericIf<T> holds a copy of a value, of an enumerator or of a builtin;
+//         GenericIfPtrInterface and ObjectGenericIf<T> hold a reference to an object;
+//         GenericIf::List holds arguments.
+// Const:  a const adapter refuses every operation that would modify what it holds, before anything
+//         else is looked at.
 // Errors: ReflectionException, by the throw... functions.
 // Threads: one at a time for each adapter. Types are everybody's.
 #pragma once
@@ -41,8 +44,9 @@ public:
     // The type of what is wrapped; lives as long as the process.
     virtual VelType* type() const = 0;
 
-    // Does `op` with one attribute. `index` is a collection's key, null for any other attribute. The answer goes into
-    // `result` through its voidPtrIs(): an adapter of the attribute's type. This one refuses every attribute as unknown.
+    // Does `op` with one attribute. `index` is a collection's key, null for any other attribute.
+    // The answer goes into `result` through its voidPtrIs(): an adapter of the attribute's type.
+    // This one refuses every attribute as unknown.
     virtual void attributeOp(const AttributeOp& op, const Ptr<const GenericIf>& index,
                              const Ptr<GenericIf>& result);
     // The same for an operation that reads.
@@ -59,19 +63,21 @@ public:
     // The text form of what is wrapped.
     virtual String8 strRep() const = 0;
 
-    // A new instance of type() from constructor arguments, a List; throws naming the argument that is missing, of another
-    // type, or too many.
+    // A new instance of type() from constructor arguments, a List; throws naming the argument that
+    // is missing, of another type, or too many.
     virtual Ptr<GenericIf> genericIfListConstructor(const Ptr<const GenericIf>& arguments) const;
 
-    // Where what is wrapped lies, seen as a `type`; null if it is neither that nor a refinement of it. For an object, its
-    // PtrInterface.
+    // Where what is wrapped lies, seen as a `type`; null if it is neither that nor a refinement of
+    // it. For an object, its PtrInterface.
     virtual const void* voidPtr(const VelType* type) const = 0;
 
-    // Holds a copy of the value at the address instead, or refers to the object there. Throws if `type` is not type().
+    // Holds a copy of the value at the address instead, or refers to the object there. Throws if
+    // `type` is not type().
     virtual void voidPtrIs(const void* value, const VelType* type) = 0;
 
-    // Whether a value of exactly that type lies at held(), as voidPtr() and voidPtrIs() would use it, but without a virtual
-    // call. Not for an object, nor for an adapter that does not say, nor for a type of null.
+    // Whether a value of exactly that type lies at held(), as voidPtr() and voidPtrIs() would use
+    // it, but without a virtual call. Not for an object, nor for an adapter that does not say, nor
+    // for a type of null.
     bool holds(const VelType* type) const noexcept { return heldType_ == type; }
 
     void* held() const noexcept { return held_; }
@@ -82,8 +88,9 @@ public:
     // Stands on the first member of a collection attribute. Throws for any other attribute.
     virtual Ptr<AttributeIterator> attributeIterator(AttributeId id);
 
-    // The member an iterator stands on, its key, the next member, removal: AttributeIterator.h says what is refused where. A
-    // const adapter's members are const. An iterator that is null is refused as an argument that is missing.
+    // The member an iterator stands on, its key, the next member, removal: AttributeIterator.h says
+    // what is refused where. A const adapter's members are const. An iterator that is null is
+    // refused as an argument that is missing.
     virtual Ptr<GenericIf> attributeIterator_iterObj(const Ptr<AttributeIterator>& iterator);
     virtual Ptr<const GenericIf> attributeIterator_iterObj(
         const Ptr<AttributeIterator>& iterator) const;
@@ -117,7 +124,8 @@ protected:
 
     void isConstIs(bool isConst) noexcept { isConst_ = isConst; }
 
-    // For adapters of values, once: what holds() and held() answer. Such an adapter's voidPtr() and voidPtrIs() are final.
+    // For adapters of values, once: what holds() and held() answer. Such an adapter's voidPtr() and
+    // voidPtrIs() are final.
     void heldIs(void* value, const VelType* type) noexcept {
         held_ = value;
         heldType_ = type;

@@ -50,7 +50,8 @@ public:
     // Takes the members of the List at the address.
     void voidPtrIs(const void* value, const VelType* type) override;
 
-    // The list that an adapter is. Throws "List" for null, "Vel::GenericIf::List_" for an adapter of something else.
+    // The list that an adapter is. Throws "List" for null, "Vel::GenericIf::List_" for an adapter
+    // of something else.
     static const List& of(const GenericIf* arguments);
 
 private:

@@ -1,4 +1,5 @@
-// ReflectionException.h - a type, attribute, operation or argument that reflection was asked for and refuses.
+// ReflectionException.h - a type, attribute, operation or argument that reflection was asked for
+// and refuses.
 //
 // ids(): what kind of refusal it is: type, constant, attribute or operation (Exception::Id).
 #pragma once

@@ -1,4 +1,5 @@
-// Arguments.h - the arguments of a constructor or a function attribute: names and type names, in order.
+// Arguments.h - the arguments of a constructor or a function attribute: names and type names, in
+// order.
 #pragma once
 
 #include <Vel/Assert.h>
@@ -8,7 +9,8 @@
 
 namespace Vel {
 
-// Filled through two queues, one of names and one of type names, which have to come to the same length.
+// Filled through two queues, one of names and one of type names, which have to come to the same
+// length.
 class Arguments {
 public:
     std::size_t size() const noexcept { return names_.size(); }

@@ -1,7 +1,8 @@
-// AttributeId.h - number of an attribute within its type, as the log, reflection and notifications use it.
+// AttributeId.h - number of an attribute within its type, as the log, reflection and notifications
+// use it.
 //
-// Ranges: 0 is the key of a collection's member, 1 is never given out; value types count from 2, entity types from
-//         130. An enumerator's id is its value.
+// Ranges: 0 is the key of a collection's member, 1 is never given out; value types count from 2,
+//         entity types from 130. An enumerator's id is its value.
 #pragma once
 
 #include <Vel/Integers.h>

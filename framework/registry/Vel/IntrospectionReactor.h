@@ -1,4 +1,5 @@
-// IntrospectionReactor.h - the registrar: modules tell it their types, one after another, and it keeps who was told.
+// IntrospectionReactor.h - the registrar: modules tell it their types, one after another, and it
+// keeps who was told.
 //
 //     reactor->handleNameSpace("Net");
 //     reactor->handleType(DeviceId::_fwkType(), nullptr);
@@ -6,12 +7,13 @@
 //     reactor->handleScopeExit();  // DeviceId
 //     reactor->handleScopeExit();  // Net
 //
-// Active:  by default, so that a program that does nothing special can reflect. VEL_INTROSPECTION=off in the environment,
-//          or activeIs(false) before a library is loaded, leaves its modules unregistered; their routines can be called
-//          again later.
-// Refine:  a registrar of one's own takes the place of the global one by globalIs() and sees every call.
-// Threads: one at a time registers, or puts another registrar in the place of the global one; types() and active() may be
-//          read by any number of threads when nobody does.
+// Active:  by default, so that a program that does nothing special can reflect.
+//          VEL_INTROSPECTION=off in the environment, or activeIs(false) before a library is loaded,
+//          leaves its modules unregistered; their routines can be called again later.
+// Refine:  a registrar of one's own takes the place of the global one by globalIs() and sees every
+//          call.
+// Threads: one at a time registers, or puts another registrar in the place of the global one;
+//          types() and active() may be read by any number of threads when nobody does.
 #pragma once
 
 #include <Vel/AttributeId.h>
@@ -34,8 +36,8 @@ public:
     IntrospectionReactor& operator=(const IntrospectionReactor&) = delete;
     ~IntrospectionReactor() override;
 
-    // The one of the process; made on first use. Looking at it counts nothing: threads that read the registry need not care
-    // in which mode counts are.
+    // The one of the process; made on first use. Looking at it counts nothing: threads that read
+    // the registry need not care in which mode counts are.
     static const Ptr<IntrospectionReactor>& global();
     static void globalIs(const Ptr<IntrospectionReactor>& reactor);
 
@@ -47,12 +49,14 @@ public:
     // Opens a namespace. The name is borrowed until it is closed.
     virtual void handleNameSpace(const char* name);
     // Opens a type's scope. `other` is for types that stand for another one; the modules
-    // here pass null. A type whose qualified name is not that of the open scopes is a fatal assertion.
+    // here pass null. A type whose qualified name is not that of the open scopes is a fatal
+    // assertion.
     virtual void handleType(const Ptr<const VelType>& type, const Ptr<const VelType>& other);
     // Closes the innermost open scope.
     virtual void handleScopeExit();
 
-    // Adds an attribute for which no object is made: `scopeType` declares it. `type` is the one whose scope is open.
+    // Adds an attribute for which no object is made: `scopeType` declares it. `type` is the one
+    // whose scope is open.
     virtual VelAttr* defNoninstantiatingAttr(const Ptr<VelType>& type, Name name,
                                              const Ptr<VelType>& attrType,
                                              const Ptr<VelType>& scopeType,
@@ -60,7 +64,8 @@ public:
                                              VelAttr::VelAttrIntrospectionFlags introspection,
                                              AttributeId id);
 
-    // A function or collection attribute with its arguments is complete; behind it, its context ends.
+    // A function or collection attribute with its arguments is complete; behind it, its context
+    // ends.
     virtual void handleAttr(const Ptr<VelAttr>& attr);
     virtual void handleAttrContextExit();
 

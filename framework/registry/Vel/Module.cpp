@@ -14,7 +14,8 @@ namespace Vel {
 
 namespace {
 
-// Modules that were loaded and whose types are not bound yet. Null, seen without the lock, tells that all are.
+// Modules that were loaded and whose types are not bound yet. Null, seen without the lock, tells
+// that all are.
 constinit std::atomic<Module*> firstPending = nullptr;
 constinit std::mutex pendingLock;
 

@@ -1,6 +1,8 @@
-// TypeDescription.h - what a type's one declaration says of it, as constant data: the input of registration.
+// TypeDescription.h - what a type's one declaration says of it, as constant data: the input of
+// registration.
 //
-// Made by: describe<T>() in value/Describe.h, at compile time. Nothing is built until a module registers.
+// Made by: describe<T>() in value/Describe.h, at compile time. Nothing is built until a module
+//          registers.
 #pragma once
 
 #include <Vel/AttributeId.h>

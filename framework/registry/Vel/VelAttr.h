@@ -1,7 +1,8 @@
-// VelAttr.h - run-time description of one attribute of a type: its name, its id, what its value is, how it may be used.
+// VelAttr.h - run-time description of one attribute of a type: its name, its id, what its value is,
+// how it may be used.
 //
-// Lifetime: that of its type, so of the process, also when another attribute has taken its place: what was looked up
-//           once stays valid.
+// Lifetime: that of its type, so of the process, also when another attribute has taken its place:
+//           what was looked up once stays valid.
 // Threads:  written while one thread registers; reading is free for all after that.
 #pragma once
 
@@ -18,7 +19,8 @@ class VelType;
 
 class VEL_API VelAttr : public PtrInterface {
 public:
-    // What an attribute is. An attribute is one of the first six, and may be what follows beside it.
+    // What an attribute is. An attribute is one of the first six, and may be what follows beside
+    // it.
     class AttrFlags {
     public:
         enum Flag : U16 {
@@ -51,11 +53,13 @@ public:
         U16 bits_ = 0;
     };
 
-    // What the framework shows: 2 a stored attribute, 8 a computed value or a procedure, 0 anything else.
+    // What the framework shows: 2 a stored attribute, 8 a computed value or a procedure, 0 anything
+    // else.
     using VelAttrIntrospectionFlags = U8;
 
-    // `type` is null for what has no value; `keyAttr` is the attribute of a member by which its collection finds it, and
-    // `valueAttr` the one that stands for the member's value; null where there is none.
+    // `type` is null for what has no value; `keyAttr` is the attribute of a member by which its
+    // collection finds it, and `valueAttr` the one that stands for the member's value; null where
+    // there is none.
     VelAttr(Name name, VelType* type, VelAttr* keyAttr, VelAttr* valueAttr, AttrFlags flags,
             AttributeId id) noexcept;
     ~VelAttr() override;

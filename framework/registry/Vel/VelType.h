@@ -1,9 +1,11 @@
-// VelType.h - run-time description of one type: its names, its base, its attributes, and how to wrap a value of it.
+// VelType.h - run-time description of one type: its names, its base, its attributes, and how to
+// wrap a value of it.
 //
-// Names:    name() is the short one, "DeviceId"; qualifiedName() has the namespace, "Net::DeviceId", and is what
-//           typeNode() finds.
-// Bases:    an attribute of a base is visible in every type that refines it, whichever of the two is registered first. A type
-//           may have the attributes of another that is not its base, without being of its kind: inheritsFrom().
+// Names:    name() is the short one, "DeviceId"; qualifiedName() has the namespace,
+//           "Net::DeviceId", and is what typeNode() finds.
+// Bases:    an attribute of a base is visible in every type that refines it, whichever of the two
+//           is registered first. A type may have the attributes of another that is not its base,
+//           without being of its kind: inheritsFrom().
 // Lifetime: that of the process.
 // Threads:  written while one thread registers; reading is free for all after that.
 // Errors:   what a type cannot be wrapped in, or be made from, throws ReflectionException.
@@ -36,7 +38,8 @@ struct VelTypeFlags {
 
 class VEL_API VelType : public PtrInterface {
 public:
-    // shortName: borrowed, see Name.h. `scope` is the type that this one is nested in, null for none.
+    // shortName: borrowed, see Name.h. `scope` is the type that this one is nested in, null for
+    // none.
     VelType(Name shortName, VelType* base, VelType* scope, const VelTypeFlags& flags);
     ~VelType() override;
 
@@ -47,7 +50,8 @@ public:
 
     VelType* base() const noexcept { return base_; }
 
-    // The type whose attributes are found behind its own: its base, or one that it extends; null for none.
+    // The type whose attributes are found behind its own: its base, or one that it extends; null
+    // for none.
     VelType* inheritsFrom() const noexcept { return inheritsFrom_; }
 
     VelType* scope() const noexcept { return scope_; }
@@ -85,7 +89,8 @@ public:
     // Its own attributes, by id, the key attribute last.
     std::span<VelAttr* const> attrs() const noexcept { return attributes_.all(); }
 
-    // An attribute of this type or, behind its own, of those it inherits from; null if there is none. One probe a type.
+    // An attribute of this type or, behind its own, of those it inherits from; null if there is
+    // none. One probe a type.
     VelAttr* attr(Name name) const noexcept {
         const NameKey key(name);
         const VelType* type = this;
@@ -110,31 +115,37 @@ public:
 
     void valueAttrNameIs(Name name) noexcept { valueAttrName_ = name; }
 
-    // Binds a type to its qualified name, which is borrowed. Another type under that name is a fatal assertion.
+    // Binds a type to its qualified name, which is borrowed. Another type under that name is a
+    // fatal assertion.
     static void typeNodeIs(VelType* type, Name qualifiedName);
     // The type of that qualified name; null if no module that is loaded has one.
     static VelType* typeNode(Name qualifiedName);
 
-    // An adapter of a copy of the value at the address; of the object there, for a class of counted objects.
+    // An adapter of a copy of the value at the address; of the object there, for a class of counted
+    // objects.
     virtual Ptr<GenericIf> genericIf(const void* value, bool isConst) const;
-    // Of the value that the whole text is. Throws Vel::RangeException, "junk at column %lld deserializing %s" if something
-    // is left. A text that names a collection is a fatal assertion: see genericIfOfForeignText().
+    // Of the value that the whole text is. Throws Vel::RangeException, "junk at column %lld
+    // deserializing %s" if something is left. A text that names a collection is a fatal assertion:
+    // see genericIfOfForeignText().
     virtual Ptr<GenericIf> genericIf(const String8& text, bool isConst) const;
 
     // The same: a literal is a text, not an address.
     Ptr<GenericIf> genericIf(const char* text, bool isConst) const;
-    // Of what another adapter of the same type holds, or of a refinement; null for an adapter of another type.
+    // Of what another adapter of the same type holds, or of a refinement; null for an adapter of
+    // another type.
     virtual Ptr<GenericIf> genericIf(const GenericIf* other, bool isConst) const;
     Ptr<GenericIf> genericIf(GenericIf* other, bool isConst);
-    // Of an object of this class, which it keeps alive; null for none. Refused by a type that is no class of objects.
+    // Of an object of this class, which it keeps alive; null for none. Refused by a type that is no
+    // class of objects.
     virtual Ptr<GenericIf> genericIf(PtrInterface* object, bool isConst);
-    // Of a new instance from constructor arguments, a GenericIf::List; throws naming the argument that is missing, of
-    // another type, or too many.
+    // Of a new instance from constructor arguments, a GenericIf::List; throws naming the argument
+    // that is missing, of another type, or too many.
     virtual Ptr<GenericIf> genericIfListConstructor(const GenericIf* arguments) const;
     // Of a default value; of no object.
     virtual Ptr<GenericIf> newGenericIf() const;
-    // As genericIf(text), for a text of which nobody knows who has written it: one that names a collection, there a fatal
-    // assertion, is refused with Vel::RangeException, which names the type and the attribute.
+    // As genericIf(text), for a text of which nobody knows who has written it: one that names a
+    // collection, there a fatal assertion, is refused with Vel::RangeException, which names the
+    // type and the attribute.
     virtual Ptr<GenericIf> genericIfOfForeignText(const String8& text, bool isConst) const;
 
 protected:

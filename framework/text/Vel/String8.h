@@ -7,7 +7,8 @@
 //            does not count.
 // Copying:   one increment. A string is written only while nobody shares its data: appending copies
 //            shared data first.
-// Memory:    data of up to 512 bytes come from the per-thread lists of detail/ObjectHeap.h, as objects do.
+// Memory:    data of up to 512 bytes come from the per-thread lists of detail/ObjectHeap.h, as
+//            objects do.
 // Cost:      appending is amortised O(1) a character: capacity doubles.
 // Threads:   as for Ptr: one String8 belongs to one thread; data may be shared between threads only
 //            while VFPtrInterface::enableThreadSafePointers is set.
@@ -66,8 +67,8 @@ public:
         return *this;
     }
 
-    // A string of `length` characters that the caller writes at `*place`, before it copies or changes
-    // the string; until then they are not initialised.
+    // A string of `length` characters that the caller writes at `*place`, before it copies or
+    // changes the string; until then they are not initialised.
     static StringN uninitialised(std::size_t length, char** place) {
         StringN text(filled({}, length));
         if (length != 0) text.data_->lengthIs(length);
@@ -75,8 +76,8 @@ public:
         return text;
     }
 
-    // A string of at most `most` characters, more than 0: `write` is given the place of the first and returns where it
-    // stopped. It has room for `most`.
+    // A string of at most `most` characters, more than 0: `write` is given the place of the first
+    // and returns where it stopped. It has room for `most`.
     template <class Write>
     static StringN written(std::size_t most, Write write) {
         StringN text(Data::make(most));
@@ -85,15 +86,17 @@ public:
         return text;
     }
 
-    // A string of data that live as long as the process and are never counted, so that copies cost nothing and threads may
-    // share them in either counting mode: for names that were known when the program was written, see value/EnumNames.h.
+    // A string of data that live as long as the process and are never counted, so that copies cost
+    // nothing and threads may share them in either counting mode: for names that were known when
+    // the program was written, see value/EnumNames.h.
     static StringN ofEternal(const Data* data) noexcept {
         asm("" : "+r"(data)); // the characters go on behind the object, which GCC would not believe
         return StringN(const_cast<Data*>(data));
     }
 
-    // Makes the string `length` characters of `text`, which may be its own, with room for `capacity`
-    // before the next growth. `length` <= `capacity`; `text` may be null if `length` is 0.
+    // Makes the string `length` characters of `text`, which may be its own, with room for
+    // `capacity` before the next growth. `length` <= `capacity`; `text` may be null if `length` is
+    // 0.
     void init(const char* text, std::size_t length, std::size_t capacity) {
         StringN fresh(filled({text, length}, capacity));
         swap(fresh);
@@ -228,8 +231,8 @@ public:
     // Nobody counts or frees the data, and nobody writes it: it has no room.
     bool isEternal() const noexcept { return capacity_ == 0; }
 
-    // An answer of 1 comes after everything that former sharers in other threads read from the data:
-    // the only owner left may write it.
+    // An answer of 1 comes after everything that former sharers in other threads read from the
+    // data: the only owner left may write it.
     U32 references() noexcept { return count().load(std::memory_order_acquire) & referencesMask; }
 
     std::size_t length() const noexcept { return length_; }

@@ -10,7 +10,8 @@ namespace Vel {
 
 namespace {
 
-// Makes `text` what printf would write. Returns 0, or the error number of what could not be written.
+// Makes `text` what printf would write. Returns 0, or the error number of what could not be
+// written.
 [[gnu::format(printf, 2, 0)]] int write(String8& text, const char* pattern,
                                         std::va_list arguments) {
     std::va_list again;

@@ -43,8 +43,8 @@ String8 nearestNames(Name written, const std::vector<Name>& known) {
     for (const Name name : known) {
         const std::size_t longer = std::max(written.size(), name.size());
         const auto isNear = [longer](std::size_t away) { return away < (longer + 2) / 3; };
-        // By as much as one is longer, characters have to be inserted: a name that is too long for that, and may be very
-        // long, is not compared.
+        // By as much as one is longer, characters have to be inserted: a name that is too long for
+        // that, and may be very long, is not compared.
         if (!isNear(longer - std::min(written.size(), name.size()))) continue;
         const std::size_t away = distance(written, name);
         if (isNear(away)) near.emplace_back(away, name);

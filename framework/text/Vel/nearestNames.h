@@ -8,9 +8,11 @@
 
 namespace Vel {
 
-// The up to three of `known` with the fewest characters to change, insert, drop or swap with a neighbour, the nearest first,
-// those as near in their order; only what is nearer than a third of the longer name. "value, valid"; empty for none.
-// O(known * length^2), the length being that of the known names, however long `written` is: for messages. The distance is the restricted Damerau-Levenshtein distance ("optimal string alignment").
+// The up to three of `known` with the fewest characters to change, insert, drop or swap with a
+// neighbour, the nearest first, those as near in their order; only what is nearer than a third of
+// the longer name. "value, valid"; empty for none. O(known * length^2), the length being that of
+// the known names, however long `written` is: for messages. The distance is the restricted
+// Damerau-Levenshtein distance ("optimal string alignment").
 VEL_API String8 nearestNames(Name written, const std::vector<Name>& known);
 
 } // namespace Vel

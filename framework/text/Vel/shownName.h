@@ -7,7 +7,8 @@
 
 namespace Vel {
 
-// The name; of one with more than 64 bytes the first 64 and three dots: a message stays a message whatever was written.
+// The name; of one with more than 64 bytes the first 64 and three dots: a message stays a message
+// whatever was written.
 VEL_API String8 shownName(Name written);
 
 } // namespace Vel

@@ -3,8 +3,9 @@
 //     Net::DeviceId device;
 //     Vel::strepToValue(Vel::String8("7"), &device);
 //
-// Errors: RangeException: what the type's own reader throws, or "junk at column %lld deserializing %s" if something is left.
-//         What throws leaves *value alone. A text that names a collection is a fatal assertion: docs/text-form.md.
+// Errors: RangeException: what the type's own reader throws, or "junk at column %lld deserializing
+//         %s" if something is left. What throws leaves *value alone. A text that names a collection
+//         is a fatal assertion: docs/text-form.md.
 #pragma once
 
 #include <Vel/String8.h>

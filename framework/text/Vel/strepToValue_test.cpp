@@ -10,7 +10,8 @@
 namespace Vel {
 namespace {
 
-// What a whole text is read as, or what is thrown behind "! ", with the value that was there before.
+// What a whole text is read as, or what is thrown behind "! ", with the value that was there
+// before.
 template <class T>
 std::string read(const char* text, T value) {
     try {

@@ -1,4 +1,5 @@
-// textWriting.h - how a number, a truth value and a string are written, into a buffer of the caller.
+// textWriting.h - how a number, a truth value and a string are written, into a buffer of the
+// caller.
 //
 // Every function writes from `out` on, without a NUL, and returns where it stopped, so that a whole
 // structured value is put together in one buffer:
@@ -64,7 +65,8 @@ inline char* writeEight(char* out, U32 value) noexcept {
     return out + 8;
 }
 
-// By the number of significant bits: added to a number that has so many, bit 32 and up are the number of its digits.
+// By the number of significant bits: added to a number that has so many, bit 32 and up are the
+// number of its digits.
 inline constexpr auto digitCounts = [] {
     std::array<U64, 33> counts{};
     U64 power = 10; // the least number with one digit more

@@ -15,18 +15,21 @@
 //               levels  = "all", "none", or digits and ranges joined by "+", such as 0-3+8
 //           NetTable/0-9   */1,Net*/0-3+8   */none
 //           They hold for handles that exist and for those made later. The environment variable
-//           VEL_TRACE gives the first settings; it is read when the first handle is made. A program that has more rights
-//           than who starts it (set-user-id) takes no settings from the environment, nor the name of a file.
-//           A malformed entry is reported in one line on standard error; the others hold.
+//           VEL_TRACE gives the first settings; it is read when the first handle is made. A program
+//           that has more rights than who starts it (set-user-id) takes no settings from the
+//           environment, nor the name of a file. A malformed entry is reported in one line on
+//           standard error; the others hold.
 // Output:   one line, one write(2), to standard error, or to the file that VEL_TRACE_FILE names:
 //               2024-03-05T06:07:08.090123Z 4242 NetTable/9 Recovered entry, ...
 //           that is time (UTC), process, handle, level and text. A control character of the text
 //           is written as \xNN, so that a line stays a line. A file is appended to, made with mode
-//           0600, and shared by any number of processes. It is a regular file of the user's own, and no symbolic link:
-//           anything else is reported in one line on standard error, which then takes the lines.
+//           0600, and shared by any number of processes. It is a regular file of the user's own,
+//           and no symbolic link: anything else is reported in one line on standard error, which
+//           then takes the lines.
 // Cost:     a level that is off costs one load and one branch, and its line is not built.
-// Threads:  everything here may be called from any thread, and in the child of a fork() whatever other threads did at the
-//           time; but, as any local static, the one above stays locked there if another thread was just making it.
+// Threads:  everything here may be called from any thread, and in the child of a fork() whatever
+//           other threads did at the time; but, as any local static, the one above stays locked
+//           there if another thread was just making it.
 #pragma once
 
 #include <Vel/Export.h>
@@ -45,8 +48,8 @@ class VEL_API TraceSink {
 public:
     virtual ~TraceSink();
 
-    // Called by the tracing thread, several threads at once. `text` is as the caller wrote it and is
-    // gone after the call. Must not trace, nor change the sink, nor fork.
+    // Called by the tracing thread, several threads at once. `text` is as the caller wrote it and
+    // is gone after the call. Must not trace, nor change the sink, nor fork.
     virtual void line(const TraceHandle& handle, unsigned level, std::string_view text) = 0;
 };
 
@@ -80,8 +83,8 @@ public:
         on_.store(set & allLevels, std::memory_order_relaxed);
     }
 
-    // Writes the line whether or not the level is on; traceHelper.h asks first. Leaves errno alone. Without memory a line of
-    // more than 500 bytes is cut.
+    // Writes the line whether or not the level is on; traceHelper.h asks first. Leaves errno alone.
+    // Without memory a line of more than 500 bytes is cut.
     void write(unsigned level, std::string_view text) const;
 
     // Applies settings, see above. Returns whether all of them were well formed.

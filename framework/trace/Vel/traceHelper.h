@@ -5,7 +5,8 @@
 //
 // Parts:   whatever has an operator<< to a std::ostream. Numbers look the same in every locale.
 // Cost:    VEL_TRACE evaluates nothing but the handle and the level when the level is off;
-//          traceHelper is a function: its arguments are evaluated in any case, and only not printed.
+//          traceHelper is a function: its arguments are evaluated in any case, and only not
+//          printed.
 // Errors:  what an operator<< throws reaches the caller, and no line is written.
 #pragma once
 

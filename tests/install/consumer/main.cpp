@@ -1,4 +1,5 @@
-// A client of libBrixoTypes: a value printed and read back, and a table that its next incarnation finds again.
+// A client of libBrixoTypes: a value printed and read back, and a table that its next incarnation
+// finds again.
 #include <Brixo/Brixo.h>
 #include <Orn/Orn.h>
 #include <Vel/Vel.h>

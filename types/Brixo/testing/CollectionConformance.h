@@ -1,10 +1,11 @@
-// CollectionConformance.h - what every keyed collection attribute must do, as a typed test suite. Not installed.
+// CollectionConformance.h - what every keyed collection attribute must do, as a typed test suite.
+// Not installed.
 //
 //     struct ErrorCode {                                  // how the suite reaches the attribute
 //         using Owner = DalProcessingStatus;
 //         static Vel::Ptr<Owner> owner();
 //         static Vel::U64 key(Vel::U32 n);                // the nth key, n below 3000
-//         static int value(Vel::U32 n, Vel::U32 variant); // a value for it, different for variants 0 to 7
+//         static int value(Vel::U32 n, Vel::U32 variant); // for it; another for each variant, 0 to 7
 //         static const auto& all(const Owner& owner);     // the KeyedCollection
 //         static auto get(const Owner& owner, const auto& key);
 //         static auto create(Owner& owner, Vel::U32 n, Vel::U32 variant);

@@ -1,4 +1,5 @@
-// EnumConformance.h - what holds for every enumeration, checked against the names written in its test. Not installed.
+// EnumConformance.h - what holds for every enumeration, checked against the names written in its
+// test. Not installed.
 #pragma once
 
 #include <Vel/RangeException.h>

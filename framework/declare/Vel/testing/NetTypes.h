@@ -1,5 +1,6 @@
-// NetTypes.h - a small module of every kind of type and attribute, for the tests of reflection. Include it in one source
-// file of a test; the file says VEL_MODULE itself if it wants the types registered.
+// NetTypes.h - a small module of every kind of type and attribute, for the tests of reflection.
+// Include it in one source file of a test; the file says VEL_MODULE itself if it wants the types
+// registered.
 #pragma once
 
 #include <Vel/KeyedCollection.h>
@@ -58,7 +59,8 @@ public:
     constexpr bool privileged() const noexcept { return number() < 1024; }
 
     static constexpr auto schema() {
-        return Vel::schemaOf<Port>.refinedAs<LowPort>("Net::LowPort").computed(130, "privileged", &LowPort::privileged);
+        constexpr auto base = Vel::schemaOf<Port>.refinedAs<LowPort>("Net::LowPort");
+        return base.computed(130, "privileged", &LowPort::privileged);
     }
 };
 

@@ -4,9 +4,10 @@
 //                                        "2 value: U16; stored\n"
 //                                        "4 null: U16\n");
 //
-// First line: value, enumeration or entity; "of" the type that a value refines; the arguments of the constructor.
-// Then:       a line for each attribute of its own: id, name, [key] of a collection, (arguments) of a function or of a member's
-//             constructor, type, and what it is shown as.
+// First line: value, enumeration or entity; "of" the type that a value refines; the arguments of
+//             the constructor.
+// Then:       a line for each attribute of its own: id, name, [key] of a collection, (arguments) of
+//             a function or of a member's constructor, type, and what it is shown as.
 #pragma once
 
 #include <Vel/Arguments.h>

@@ -1,7 +1,8 @@
-// ArgumentFrom.h - from an adapter to the C++ value that a call takes, and from a C++ value to an adapter.
+// ArgumentFrom.h - from an adapter to the C++ value that a call takes, and from a C++ value to an
+// adapter.
 //
-// Errors: an adapter that is missing, or holds neither the wanted type nor a refinement of it, throws
-//         GenericIf::throwTypeException() with the argument's name.
+// Errors: an adapter that is missing, or holds neither the wanted type nor a refinement of it,
+//         throws GenericIf::throwTypeException() with the argument's name.
 #pragma once
 
 #include <Vel/GenericIf.h>
@@ -40,7 +41,8 @@ template <class T>
 
 } // namespace detail
 
-// T: a value type, enumeration or builtin, or Ptr to a class of objects. What is given is a copy or a reference.
+// T: a value type, enumeration or builtin, or Ptr to a class of objects. What is given is a copy or
+//    a reference.
 template <class T>
 [[gnu::always_inline]] inline T argumentFrom(const GenericIf* adapter, Name name) {
     if constexpr (!detail::isReference<T>)

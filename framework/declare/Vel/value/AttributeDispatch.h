@@ -1,4 +1,5 @@
-// AttributeDispatch.h - from an attribute's id to what it does: one look into a table made at compile time.
+// AttributeDispatch.h - from an attribute's id to what it does: one look into a table made at
+// compile time.
 #pragma once
 
 #include <Vel/AttributeId.h>

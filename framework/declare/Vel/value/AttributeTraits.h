@@ -1,4 +1,5 @@
-// AttributeTraits.h - what reflection needs to know of one attribute of a schema, as types and constants.
+// AttributeTraits.h - what reflection needs to know of one attribute of a schema, as types and
+// constants.
 #pragma once
 
 #include <Vel/Name.h>

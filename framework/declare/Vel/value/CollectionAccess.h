@@ -1,7 +1,8 @@
-// CollectionAccess.h - the members of a collection attribute of an object, whether it holds a KeyedCollection or computes
-// its values: the same operations for both.
+// CollectionAccess.h - the members of a collection attribute of an object, whether it holds a
+// KeyedCollection or computes its values: the same operations for both.
 //
-// Walks: a Position is for a walk during which nothing changes; behind() goes on from a key, whatever has happened.
+// Walks: a Position is for a walk during which nothing changes; behind() goes on from a key,
+//        whatever has happened.
 #pragma once
 
 #include <Vel/Integers.h>

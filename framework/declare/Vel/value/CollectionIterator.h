@@ -1,6 +1,8 @@
-// CollectionIterator.h - the iterator of one collection attribute of one type, as adapters hand it out.
+// CollectionIterator.h - the iterator of one collection attribute of one type, as adapters hand it
+// out.
 //
-// Stands: on a key, not on a member: the collection may change in any way. Each call looks the key up.
+// Stands: on a key, not on a member: the collection may change in any way. Each call looks the key
+//         up.
 #pragma once
 
 #include <Vel/AttributeIterator.h>

@@ -1,4 +1,5 @@
-// DeclareEntity.h - VEL_ENTITY(T) stands first in a class of counted objects with a schema; ObjectType.h defines the rest.
+// DeclareEntity.h - VEL_ENTITY(T) stands first in a class of counted objects with a schema;
+// ObjectType.h defines the rest.
 #pragma once
 
 namespace Vel {

@@ -1,6 +1,8 @@
-// Define.h - what a value type's or an enumeration's .cpp says: its exported functions, each one line over the facets.
+// Define.h - what a value type's or an enumeration's .cpp says: its exported functions, each one
+// line over the facets.
 //
-// Flattened: the fields of values within a value take no call each; what is rare says itself that it stays apart.
+// Flattened: the fields of values within a value take no call each; what is rare says itself that
+//            it stays apart.
 #pragma once
 
 #include <Vel/Value.h>

@@ -76,7 +76,8 @@ constexpr AttributeDescription attributeDescription() {
                                 argumentDescription<T, index>};
     if constexpr (CollectionAttribute<T, index>) {
         result.keyType = typeGetter<typename Traits::Key>();
-        // Registered with its key attribute, as a function is with its arguments: nothing of it is shown as stored.
+        // Registered with its key attribute, as a function is with its arguments: nothing of it is
+        // shown as stored.
         if constexpr (Traits::holdsKey) {
             result.keyAttribute = Traits::keyName();
             result.introspection = Introspection::plain;

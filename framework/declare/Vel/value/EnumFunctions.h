@@ -20,7 +20,8 @@ class ValueGenericIf;
 
 } // namespace Vel
 
-// What the header knows is inline. For any other number or name the library is asked: it may be newer.
+// What the header knows is inline. For any other number or name the library is asked: it may be
+// newer.
 #define VEL_ENUM_FUNCTIONS(API, E)                                                                 \
     API extern const ::Vel::EnumNames<E> velNamesOf##E;                                            \
     API ::Vel::String8 velEnumText(E value);                                                       \

@@ -1,4 +1,5 @@
-// ObjectType.h - a class of counted objects with a schema: its descriptor, its adapter, and what the class says for both.
+// ObjectType.h - a class of counted objects with a schema: its descriptor, its adapter, and what
+// the class says for both.
 //
 //     class NET_API Table : public Vel::PtrInterface {
 //     public:
@@ -8,8 +9,8 @@
 //     };
 //     VEL_DEFINE_ENTITY(Table)   // in its .cpp
 //
-// Construction: by reflection as by the class's factory; ObjectType makes an object with `new` and gives it its first
-//               reference.
+// Construction: by reflection as by the class's factory; ObjectType makes an object with `new` and
+//               gives it its first reference.
 #pragma once
 
 #include <Vel/GenericIfPtrInterface.h>
@@ -30,7 +31,8 @@ public:
 
     VelType* type() const override { return T::_fwkType(); }
 
-    // Without an object there is nothing to do anything with: refused as an argument that is missing.
+    // Without an object there is nothing to do anything with: refused as an argument that is
+    // missing.
     void attributeOp(const AttributeOp& op, const Ptr<const GenericIf>& index,
                      const Ptr<GenericIf>& result) override {
         refuseIfConst(op);

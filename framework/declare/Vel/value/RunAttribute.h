@@ -1,6 +1,8 @@
-// RunAttribute.h - what each kind of attribute does with an operation: written once, for every type's every attribute.
+// RunAttribute.h - what each kind of attribute does with an operation: written once, for every
+// type's every attribute.
 //
-// The object is const in truth when its adapter is: the adapter has refused every operation that modifies before.
+// The object is const in truth when its adapter is: the adapter has refused every operation that
+// modifies before.
 #pragma once
 
 #include <Vel/AttributeOp.h>
@@ -61,8 +63,8 @@ auto constructFrom(ListReader& list, Name owner, Make make) {
                             std::make_index_sequence<constructorArgumentCount<T>>());
 }
 
-// What is not reading, of one value without an index: write it, if it has a writer. Apart from reading, which is done at
-// once.
+// What is not reading, of one value without an index: write it, if it has a writer. Apart from
+// reading, which is done at once.
 template <class T, std::size_t index>
 [[gnu::noinline]] void runPlainWriter(T& object, const AttributeOp& op) {
     using Traits = AttributeTraits<T, index>;
@@ -118,7 +120,8 @@ void callFunction(T& object, const GenericIf* list, const Ptr<GenericIf>& result
         answer(result, static_cast<Value>(call()));
 }
 
-// Reading calls a function that leaves its object as it is; writing, one that changes it. A procedure needs no list.
+// Reading calls a function that leaves its object as it is; writing, one that changes it. A
+// procedure needs no list.
 template <class T, std::size_t index>
 void runFunction(T& object, const AttributeOp& op, const GenericIf* key,
                  const Ptr<GenericIf>& result) {
@@ -175,8 +178,8 @@ void setMember(CollectionAccess<T, index>& members, const AttributeOp& op, const
     }
 }
 
-// Answers what was under the key, if somebody wants to know. An adapter that cannot take the answer is refused before
-// anything is removed.
+// Answers what was under the key, if somebody wants to know. An adapter that cannot take the answer
+// is refused before anything is removed.
 template <class T, std::size_t index>
 void delMember(CollectionAccess<T, index>& members,
                const typename AttributeTraits<T, index>::Key& key, const Ptr<GenericIf>& result) {

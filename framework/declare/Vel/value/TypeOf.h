@@ -37,7 +37,8 @@ VelType* findTypeOf() {
         return Pointed<T>::Type::_fwkType();
 }
 
-// Kept where it is used: a descriptor never changes its place, and finding it is a call into another library. Hidden, so
+// Kept where it is used: a descriptor never changes its place, and finding it is a call into
+//                        another library. Hidden, so
 // that each library reads its own without a table of addresses.
 template <class T>
 [[gnu::visibility("hidden")]] inline constinit std::atomic<VelType*> keptType = nullptr;

@@ -1,4 +1,5 @@
-// ValueGenericIf.h - adapter of one value: of a value type, an enumeration or a builtin. It holds a copy.
+// ValueGenericIf.h - adapter of one value: of a value type, an enumeration or a builtin. It holds a
+// copy.
 //
 //     Vel::ValueGenericIf<DeviceId> device(DeviceId(7), false);
 //     device.valIs(DeviceId(8));
@@ -62,7 +63,8 @@ public:
 
     const void* voidPtr(const VelType* as) const final { return seenAs<T>(as); }
 
-    // Never inlined: GCC guesses a class for the virtual call and warns of the bytes that the wrong guess would read.
+    // Never inlined: GCC guesses a class for the virtual call and warns of the bytes that the wrong
+    //                guess would read.
     [[gnu::noinline]] void voidPtrIs(const void* value, const VelType* type) final {
         if (type != typeOf<T>()) throwTypeException(this->type()->name());
         value_ = *static_cast<const T*>(value);

@@ -1,4 +1,5 @@
-// ValueType.h - descriptor of a value type, an enumeration or a builtin: one for each, never destroyed.
+// ValueType.h - descriptor of a value type, an enumeration or a builtin: one for each, never
+// destroyed.
 #pragma once
 
 #include <Vel/GenericIf.h>

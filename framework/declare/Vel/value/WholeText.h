@@ -44,7 +44,8 @@ T wholeInteger(const String8& text) {
 
 } // namespace detail
 
-// Throws Vel::RangeException: what the type's own reader throws, or "junk at column %lld deserializing %s".
+// Throws Vel::RangeException: what the type's own reader throws, or "junk at column %lld
+// deserializing %s".
 template <class T, CollectionText collections = CollectionText::asserted>
 T valueOfWholeText(const String8& text) {
     if constexpr (std::is_pointer_v<T>) {

@@ -42,7 +42,8 @@ constinit thread_local bool isThreadOver = false;
 
 thread_local constinit ObjectPages* ObjectPages::current_ = nullptr;
 
-// What all heaps share. Asked when a thread makes its first object, when it ends, and when a heap needs memory.
+// What all heaps share. Asked when a thread makes its first object, when it ends, and when a heap
+// needs memory.
 class ObjectHeap::Registry {
 public:
     static Registry& only() { return ProcessWide<Registry>::only(); }
@@ -64,9 +65,10 @@ public:
         heap->nextIdle_ = std::exchange(idle_, heap);
     }
 
-    // Hands the heap on when the calling thread ends, behind the destructors of its thread-local objects. The process's
-    // first thread keeps its heap to the end, for exit-time destructors. False where nobody would hand it on: it has ended
-    // already, or the C library has no key or no memory for it.
+    // Hands the heap on when the calling thread ends, behind the destructors of its thread-local
+    // objects. The process's first thread keeps its heap to the end, for exit-time destructors.
+    // False where nobody would hand it on: it has ended already, or the C library has no key or no
+    // memory for it.
     bool threadHas(ObjectHeap* heap) noexcept {
         return !isThreadOver && hasKey_ && pthread_setspecific(threadEnd_, heap) == 0;
     }
@@ -142,7 +144,8 @@ void* ObjectPages::allocateElsewhere(std::size_t size) {
         current_ = heap;
         return heap->allocateSlowly(granules);
     }
-    // The heap serves this one call: of a destructor that runs later still, or of a thread that cannot keep one.
+    // The heap serves this one call: of a destructor that runs later still, or of a thread that
+    // cannot keep one.
     try {
         void* const object = heap->allocateSlowly(granules);
         registry.giveBack(heap);
@@ -214,7 +217,8 @@ void ObjectHeap::layOut(Page* page, std::size_t granules) noexcept {
     page->granules = static_cast<U32>(granules);
 }
 
-// Free places from the front of what was never used, in the order of their addresses; none if there is no room.
+// Free places from the front of what was never used, in the order of their addresses; none if there
+// is no room.
 void ObjectHeap::carve(Page* page) noexcept {
     const std::size_t bytes = page->granules * granule;
     const std::size_t room = static_cast<std::size_t>(page->end - page->fresh) / bytes;

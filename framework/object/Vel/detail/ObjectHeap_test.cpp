@@ -21,7 +21,8 @@ namespace {
 
 constexpr std::size_t pageBytes = ObjectHeap::pageBytes;
 
-// A library built with a sanitizer leaves its heap off otherwise. The setting is read at the first object.
+// A library built with a sanitizer leaves its heap off otherwise. The setting is read at the first
+// object.
 [[gnu::constructor]] void switchOn() { ::setenv("VEL_OBJECT_HEAP", "on", 0); }
 
 std::uintptr_t address(const void* object) { return reinterpret_cast<std::uintptr_t>(object); }

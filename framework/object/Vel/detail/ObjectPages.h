@@ -1,7 +1,8 @@
-// ObjectPages.h - what the birth and the death of a counted object touch: the thread's pages that have free places, by size.
+// ObjectPages.h - what the birth and the death of a counted object touch: the thread's pages that
+// have free places, by size.
 //
-// ABI:  clients have this code compiled in. Whether a thread has such pages at all is the library's decision alone, so that
-//       clients built with a sanitizer, or without, go with any libVel.
+// ABI:  clients have this code compiled in. Whether a thread has such pages at all is the library's
+//       decision alone, so that clients built with a sanitizer, or without, go with any libVel.
 // Heap: how pages come and go says ObjectHeap.h.
 #pragma once
 
@@ -88,8 +89,8 @@ protected:
         return (size + granule - 1) / granule;
     }
 
-    // Where a page's header lies: a line of the cache further in each of 32 pages that follow, or all headers would fall
-    // into the same few sets of the cache.
+    // Where a page's header lies: a line of the cache further in each of 32 pages that follow, or
+    // all headers would fall into the same few sets of the cache.
     static constexpr std::uintptr_t headerOf(std::uintptr_t page) noexcept {
         return page + page / pageBytes % 32 * headerBytes;
     }

@@ -1,4 +1,5 @@
-// ProcessWide.h - the only T of the process: made on first use, never destroyed, and whole in the child of a fork().
+// ProcessWide.h - the only T of the process: made on first use, never destroyed, and whole in the
+// child of a fork().
 //
 //     class Switchboard {
 //         friend class ProcessWide<Switchboard>;
@@ -8,11 +9,13 @@
 //     };
 //     ProcessWide<Switchboard>::only().add(handle);
 //
-// Fork:    fork() waits until it holds every lock of the T, so that no thread that the child lacks keeps one there. A child
-//          that was forked while another thread was just making the T makes one of its own.
-// Order:   fork() takes the locks of what was made last first. A T whose locks are taken by those who hold a lock of
-//          another T must be made before that.
-// Errors:  what T's constructor throws; std::bad_alloc if the fork handlers cannot be registered. The next call tries again.
+// Fork:    fork() waits until it holds every lock of the T, so that no thread that the child lacks
+//          keeps one there. A child that was forked while another thread was just making the T
+//          makes one of its own.
+// Order:   fork() takes the locks of what was made last first. A T whose locks are taken by those
+//          who hold a lock of another T must be made before that.
+// Errors:  what T's constructor throws; std::bad_alloc if the fork handlers cannot be registered.
+//          The next call tries again.
 // Threads: any.
 #pragma once
 
@@ -27,7 +30,8 @@ template <class T>
 class ProcessWide {
 public:
     static T& only() {
-        // Unlike the guard of a local static, the C library's is free in a child that was forked while it was held.
+        // Unlike the guard of a local static, the C library's is free in a child that was forked
+        // while it was held.
         static constinit std::once_flag isMade;
         std::call_once(isMade, make);
         return *only_;

@@ -13,8 +13,8 @@ constexpr std::align_val_t alignment{64};
 
 bool isMapped(std::size_t bytes) noexcept { return bytes >= mappedFromBytes; }
 
-// What is asked for at random would cost a walk through page tables nearly each time. Where the kernel has no large
-// pages to give, nothing changes.
+// What is asked for at random would cost a walk through page tables nearly each time. Where the
+// kernel has no large pages to give, nothing changes.
 void askForLargePages(void* pages, std::size_t bytes) noexcept {
     constexpr std::size_t fromBytes = std::size_t{4} << 20;
     if (bytes >= fromBytes) (void)madvise(pages, bytes, MADV_HUGEPAGE);

@@ -1,7 +1,7 @@
 // environment.h - what the environment says under a name.
 //
-// Rights: a program that has more rights than who starts it (set-user-id, set-group-id, capabilities) takes nothing from the
-//         environment, which is its starter's.
+// Rights: a program that has more rights than who starts it (set-user-id, set-group-id,
+//         capabilities) takes nothing from the environment, which is its starter's.
 #pragma once
 
 #include <cstdlib>

@@ -40,7 +40,8 @@ std::optional<gid_t> otherGroup() {
     return {};
 }
 
-// A copy of the program that the library's settings can be seen in; it runs with the rights of another group.
+// A copy of the program that the library's settings can be seen in; it runs with the rights of
+// another group.
 class SettingsProbe : public testing::Test {
 protected:
     void SetUp() override {

@@ -21,8 +21,8 @@ inline std::string literally(std::string_view text) {
     return expression;
 }
 
-// One line from any place in `file`, and nothing else. `text` is the assertion with its named values;
-// `function` is as both compilers spell it.
+// One line from any place in `file`, and nothing else. `text` is the assertion with its named
+// values; `function` is as both compilers spell it.
 inline testing::Matcher<const std::string&> assertionFailed(std::string_view file,
                                                             std::string_view text,
                                                             std::string_view function) {

@@ -1,7 +1,8 @@
-// LiveObjects.h - for fixtures: every counted object that a test makes is gone when the test ends. Not installed.
+// LiveObjects.h - for fixtures: every counted object that a test makes is gone when the test ends.
+// Not installed.
 //
 //     class NotifierTest : public testing::Test {
-//         Vel::Testing::LiveObjects live; // stands first, so that it looks when every other member is gone
+//         Vel::Testing::LiveObjects live; // first: it looks when every other member is gone
 //         ...
 #pragma once
 

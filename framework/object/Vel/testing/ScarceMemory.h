@@ -1,5 +1,6 @@
-// ScarceMemory.h - the general allocator of the whole process, the libraries' too, which refuses what a test tells it to.
-// For one source file of a test: it defines the global operators. Not installed.
+// ScarceMemory.h - the general allocator of the whole process, the libraries' too, which refuses
+// what a test tells it to. For one source file of a test: it defines the global operators. Not
+// installed.
 //
 // Threads: one.
 #pragma once

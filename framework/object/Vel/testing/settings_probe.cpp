@@ -1,4 +1,5 @@
-// settings_probe.cpp - a program that says what the environment has set in it, for the test of who may set something.
+// settings_probe.cpp - a program that says what the environment has set in it, for the test of who
+// may set something.
 #include <Vel/IntrospectionReactor.h>
 #include <Vel/TraceHandle.h>
 #include <Vel/detail/ObjectHeap.h>

@@ -1,8 +1,9 @@
-// AttributeTable.h - the attributes of one type: in order, by name with one probe of a hash table, by id with one look into
-// an array.
+// AttributeTable.h - the attributes of one type: in order, by name with one probe of a hash table,
+// by id with one look into an array.
 //
 // Order: by id, the key attribute behind all others.
-// Owns:  a reference to each that was ever added: one that was removed stays valid for who has looked it up before.
+// Owns:  a reference to each that was ever added: one that was removed stays valid for who has
+//        looked it up before.
 #pragma once
 
 #include <Vel/AttributeId.h>
@@ -44,8 +45,9 @@ private:
 
     std::vector<Ptr<VelAttr>> owned_;
     std::vector<VelAttr*> attrs_;
-    // By NameKey::hash(), open addressing: a power of two for the hash to name, at most half full, and behind them as many
-    // as there are attributes, so that a search never turns around; the last is empty.
+    // By NameKey::hash(), open addressing: a power of two for the hash to name, at most half full,
+    // and behind them as many as there are attributes, so that a search never turns around; the
+    // last is empty.
     std::unique_ptr<Slot[]> slots_;
     U32 hashShift_ = 0;
     std::vector<VelAttr*> byId_;

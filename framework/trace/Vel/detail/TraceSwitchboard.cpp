@@ -45,7 +45,8 @@ void writeAll(int fd, std::string_view line) noexcept {
     }
 }
 
-// A line under construction: in place while it is short, else on the heap. Without memory it is cut where the place ends.
+// A line under construction: in place while it is short, else on the heap. Without memory it is cut
+// where the place ends.
 class Line {
 public:
     void add(std::string_view text) noexcept {

@@ -15,7 +15,8 @@ namespace Vel {
 class TraceSwitchboard {
 public:
     // Made on first use, with the settings of the environment; never destroyed, because handles of
-    // other libraries may trace until the process ends. A fork() leaves its locks free in the child.
+    // other libraries may trace until the process ends. A fork() leaves its locks free in the
+    // child.
     static TraceSwitchboard& global() { return detail::ProcessWide<TraceSwitchboard>::only(); }
 
     void add(TraceHandle& handle);

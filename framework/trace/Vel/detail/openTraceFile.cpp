@@ -26,8 +26,8 @@ std::string objectionTo(int descriptor) {
     return {};
 }
 
-// Where standard streams were closed, theirs are the first numbers to be given out, and whoever writes to a standard stream
-// would write into the file.
+// Where standard streams were closed, theirs are the first numbers to be given out, and whoever
+// writes to a standard stream would write into the file.
 int aboveStandardStreams(int descriptor) {
     if (descriptor > STDERR_FILENO) return descriptor;
     const int above = ::fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);

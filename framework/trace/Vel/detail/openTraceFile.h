@@ -5,8 +5,9 @@
 
 namespace Vel::detail {
 
-// A descriptor above 2, closed on exec, of a regular file of the user's own, made with mode 0600 if nothing is there; or -1,
-// and `why` says in words what it is instead. Follows no symbolic link, and waits for nobody.
+// A descriptor above 2, closed on exec, of a regular file of the user's own, made with mode 0600 if
+// nothing is there; or -1, and `why` says in words what it is instead. Follows no symbolic link,
+// and waits for nobody.
 int openTraceFile(const char* path, std::string& why);
 
 } // namespace Vel::detail

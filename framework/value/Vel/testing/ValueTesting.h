@@ -1,4 +1,5 @@
-// ValueTesting.h - for tests of value types: text, parse errors and log bytes in one word each. Not installed.
+// ValueTesting.h - for tests of value types: text, parse errors and log bytes in one word each. Not
+// installed.
 #pragma once
 
 #include <Vel/MemoryConnection.h>
@@ -24,7 +25,8 @@ std::string text(const T& value) {
     return stream.str() == strep ? strep : "valueToStrep: " + strep + ", stream: " + stream.str();
 }
 
-// Reads a whole text through the type's parsing constructor. Throws what that throws, and the junk message.
+// Reads a whole text through the type's parsing constructor. Throws what that throws, and the junk
+// message.
 template <class T>
 T parsed(std::string_view whole) {
     const String8 string(whole);

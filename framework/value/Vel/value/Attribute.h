@@ -18,7 +18,8 @@ enum class AttributeKind : U8 {
     keyed,      // values by key that the object computes: KeyedAccess
 };
 
-// How a text form looks: the bare value of the one field, or Value('Name', ** {...}). A counted object has none.
+// How a text form looks: the bare value of the one field, or Value('Name', ** {...}). A counted
+//                        object has none.
 enum class Form : U8 { scalar, structured, none };
 
 enum class Hash : U8 {
@@ -45,8 +46,8 @@ struct Attribute {
     Access access; // pointer to member, function, or KeyedAccess
     U8 introspection;
     std::array<std::string_view, argumentCount> arguments;
-    Writer
-        writer{}; // a member function, or MemberWriters; null for what the field's own operations write
+    // A member function, or MemberWriters; null for what the field's own operations write.
+    Writer writer{};
 };
 
 // How the values of a keyed attribute are reached: member functions of the object.

@@ -1,9 +1,9 @@
-// AttributeList.h - the attributes of one schema in order, each of a class of its own: a tuple of constants that grows at its
-// end.
+// AttributeList.h - the attributes of one schema in order, each of a class of its own: a tuple of
+// constants that grows at its end.
 //
-// Cost: an attribute costs the compiler one class, and a longer list nothing for those that were there before. Every client
-//       compiles every list, so std::tuple and std::tuple_cat, which look at each element again, were most of what a type's
-//       header cost.
+// Cost: an attribute costs the compiler one class, and a longer list nothing for those that were
+//       there before. Every client compiles every list, so std::tuple and std::tuple_cat, which
+//       look at each element again, were most of what a type's header cost.
 #pragma once
 
 #include <cstddef>

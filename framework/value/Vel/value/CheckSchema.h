@@ -160,7 +160,8 @@ constexpr Fault pairFault() {
     return {};
 }
 
-// Place of the stored field that a constructor's argument is named after; the number of attributes if there is none.
+// Place of the stored field that a constructor's argument is named after; the number of attributes
+// if there is none.
 template <class T>
 constexpr std::size_t argumentField(std::size_t argument) {
     const std::string_view name = declaredSchema<T>.constructor[argument];

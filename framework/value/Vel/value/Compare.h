@@ -1,7 +1,7 @@
 // Compare.h - equality and order of values, field by field in declaration order.
 //
-// Derived: != is not ==; a <= b is not b < a; a > b is not a <= b; a >= b is not a < b: all six are consistent with a
-//          type's own == and <.
+// Derived: != is not ==; a <= b is not b < a; a > b is not a <= b; a >= b is not a < b: all six are
+//          consistent with a type's own == and <.
 #pragma once
 
 #include <Vel/value/Fields.h>

@@ -5,9 +5,10 @@
 //     VEL_DEFINE_ENUM(Command)                                            // in its .cpp
 //
 // Names:   alone: an enumerator with a value of its own is refused by the compiler.
-// Storage: signed 32 bits; the default is the first name. A variable may hold an undeclared number: it prints as
-//          Command(9), and no conversion ever makes one.
-// Errors:  CommandInstance and the readers throw RangeException with the short name alone, "Command".
+// Storage: signed 32 bits; the default is the first name. A variable may hold an undeclared number:
+//          it prints as Command(9), and no conversion ever makes one.
+// Errors:  CommandInstance and the readers throw RangeException with the short name alone,
+//          "Command".
 #pragma once
 
 #include <Vel/Integers.h>

@@ -1,6 +1,8 @@
-// EnumNames.h - an enumeration's names as strings that the compiler makes, and from a name to its number.
+// EnumNames.h - an enumeration's names as strings that the compiler makes, and from a name to its
+// number.
 //
-// Strings: eternal, see String8::ofEternal(): handing one out is one load, and nobody counts or frees it.
+// Strings: eternal, see String8::ofEternal(): handing one out is one load, and nobody counts or
+//          frees it.
 // Numbers: a name is compared with those of its length alone, as a few words each.
 #pragma once
 
@@ -46,7 +48,8 @@ template <DeclaredEnum E, std::size_t number>
 inline constexpr EternalText<enumSchema<E>.names()[number].size()> nameText(
     enumSchema<E>.names()[number]);
 
-// In words, the last of which may lie over the one before: GCC calls memcmp where the number of characters is odd.
+// In words, the last of which may lie over the one before: GCC calls memcmp where the number of
+// characters is odd.
 template <class Word, std::size_t size, std::size_t... word>
 bool sameInWords(const char* a, const char* b, std::index_sequence<word...>) noexcept {
     const auto same = [a, b](std::size_t at) {

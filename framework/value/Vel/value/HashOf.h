@@ -1,4 +1,5 @@
-// HashOf.h - the hash of a value, as its schema says. 32 bits, the same in every process and word size.
+// HashOf.h - the hash of a value, as its schema says. 32 bits, the same in every process and word
+// size.
 #pragma once
 
 #include <Vel/byteMix.h>

@@ -1,7 +1,9 @@
-// LogFields.h - the fields of a value in the attribute log, in declaration order. Form: docs/attribute-log.md.
+// LogFields.h - the fields of a value in the attribute log, in declaration order. Form:
+// docs/attribute-log.md.
 //
-// Collection: its entries in the map's order, key then value, then a signed 32-bit 0. Nothing in the bytes tells the end mark
-//             from an entry, so a collection stands last in its record and the record's length says how many there are.
+// Collection: its entries in the map's order, key then value, then a signed 32-bit 0. Nothing in
+//             the bytes tells the end mark from an entry, so a collection stands last in its record
+//             and the record's length says how many there are.
 #pragma once
 
 #include <Vel/NboAttrLog.h>
@@ -86,7 +88,8 @@ void readLogCollection(NboAttrLog::In& in, Collection& collection) {
     if (in.nextS32() != 0) in.malformed("the end mark of a collection is not 0");
 }
 
-// Bytes of a field or of a value's fields; 0 for a value whose length depends on what a collection in it holds.
+// Bytes of a field or of a value's fields; 0 for a value whose length depends on what a collection
+// in it holds.
 template <class Field>
 constexpr std::size_t fixedLogBytes() {
     if constexpr (std::integral<Field> || std::is_enum_v<Field>) {

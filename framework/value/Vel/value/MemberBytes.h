@@ -47,7 +47,8 @@ inline constexpr std::size_t sizeOf = sizeof(T);
 template <>
 inline constexpr std::size_t sizeOf<void> = 0;
 
-// At least so many bytes of a T belong to a member that is none of the fields. A field that is void counts for nothing.
+// At least so many bytes of a T belong to a member that is none of the fields. A field that is void
+// counts for nothing.
 template <class T, class... Fields>
 constexpr std::size_t bytesBeside() {
     if constexpr (std::is_empty_v<T> || (std::size_t{0} + ... + sizeOf<Fields>) == sizeof(T)) {

@@ -1,12 +1,14 @@
 // Parse.h - reads a value from its text form.
 //
-// Grammar: docs/text-form.md. Attributes may come in any order, be left out (they keep their defaults) or come twice (the
-//          last one counts); computed and function attributes are unknown names.
-// Speed:   the exactly printed form is compared by whole literals first; anything else is read by the grammar from the
-//          same place. Both give the same value and the same cursor.
+// Grammar: docs/text-form.md. Attributes may come in any order, be left out (they keep their
+//          defaults) or come twice (the last one counts); computed and function attributes are
+//          unknown names.
+// Speed:   the exactly printed form is compared by whole literals first; anything else is read by
+//          the grammar from the same place. Both give the same value and the same cursor.
 // Cursor:  moves behind the value and the blanks after it; stays where it was when reading throws.
-// Errors:  RangeException; texts as in textErrors.h and docs/text-form.md. Naming a collection is an assertion: the
-//          entries of a collection have no text form. A reader of texts from outside refuses it instead.
+// Errors:  RangeException; texts as in textErrors.h and docs/text-form.md. Naming a collection is
+//          an assertion: the entries of a collection have no text form. A reader of texts from
+//          outside refuses it instead.
 #pragma once
 
 #include <Vel/Assert.h>
@@ -23,7 +25,8 @@
 
 namespace Vel {
 
-// What a text that names a collection is to its reader: a mistake of this program, or one of whoever has written the text.
+// What a text that names a collection is to its reader: a mistake of this program, or one of
+// whoever has written the text.
 enum class CollectionText : bool { asserted, refused };
 
 template <class T, CollectionText collections = CollectionText::asserted>
@@ -68,7 +71,8 @@ constexpr bool skipLiteral(const char*& pos, const char* end, std::string_view l
     return true;
 }
 
-// Reads exactly what writeStrep writes. False, with no promise about `pos` and `value`, for any other text.
+// Reads exactly what writeStrep writes. False, with no promise about `pos` and `value`, for any
+// other text.
 template <class T>
 bool readPrinted(const char*& pos, const char* end, T& value) noexcept {
     if constexpr (std::same_as<T, bool>) {
@@ -169,7 +173,8 @@ void readStructured(String8::IteratorConst& pos, const String8::IteratorConst& e
         pos += Text::skipBlanks(p, end.charPtr()) - pos.charPtr();
     } else {
         String8::IteratorConst it = pos;
-        // Not T(): what a refinement's constructor fixes is not what a text without that attribute says.
+        // Not T(): what a refinement's constructor fixes is not what a text without that attribute
+        // says.
         forEachField<T>(
             [&]<std::size_t i>() { result.*(attributeAt<T, i>.access) = FieldType<T, i>(); });
         readByGrammar<T, collections>(it, end, result);
@@ -199,7 +204,8 @@ void parseValue(String8::IteratorConst& pos, const String8::IteratorConst& end, 
         detail::readStructured<T, collections>(pos, end, value);
 }
 
-// Reads a whole text: one T and nothing else. Throws "junk at column %lld deserializing %s" if something is left.
+// Reads a whole text: one T and nothing else. Throws "junk at column %lld deserializing %s" if
+//                     something is left.
 template <class T, CollectionText collections = CollectionText::asserted>
 T parseWhole(const String8& text) {
     if constexpr (collections == CollectionText::refused && detail::mayNameCollection<T>()) {

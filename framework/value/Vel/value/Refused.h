@@ -1,9 +1,13 @@
-// Refused.h - the rules that a type's declaration keeps, as the compiler names the one that is broken:
+// Refused.h - the rules that a type's declaration keeps, as the compiler names the one that is
+// broken:
 //
-//     error: ... 'Vel::Refused::TwoAttributesHaveOneId<Net::Clock, &Net::Clock::tick_, &Net::Clock::tock_>'
+//     error: ... 'Vel::Refused::TwoAttributesHaveOneId<Net::Clock, &Net::Clock::tick_,
+//                                                      &Net::Clock::tock_>'
 //
-// Shown:   an attribute as what reaches its value, or as its name where that has none: &Name<'h', 'a', 's', 'h'>.
-// Defined: none of them: to look into one ends the compilation. CheckSchema.h looks for what is broken.
+// Shown:   an attribute as what reaches its value, or as its name where that has none: &Name<'h',
+//          'a', 's', 'h'>.
+// Defined: none of them: to look into one ends the compilation. CheckSchema.h looks for what is
+//          broken.
 #pragma once
 
 #include <Vel/AttributeId.h>
@@ -77,7 +81,8 @@ struct Name {
 
 namespace Vel::detail {
 
-// To call it ends the compilation. The compiler looks into it at once, and none but this variable is wrong: nothing follows.
+// To call it ends the compilation. The compiler looks into it at once, and none but this variable
+// is wrong: nothing follows.
 template <class Broken>
 auto refuse() {
     Broken refused;

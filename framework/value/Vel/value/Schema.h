@@ -8,16 +8,21 @@
 //             .constructedFrom("type", "id");
 //     }
 //
-// Order:    attributes stand in declaration order, which is the order of the text form, the log, comparison and hash.
-// Ids:      0 is that of the attribute fwkKey, and 1 is reserved; value types count from 2, entities from 130.
-// Refused:  by the compiler, whose first line names the rule, the type and the attribute (Refused.h):
-//           - two attributes of one id, name or field, inherited ones included; an id that is reserved;
-//           - a field of a type that FieldTypes.h does not list; a scalar of anything but one integer;
-//           - an argument of constructedFrom() that is no stored field, or arguments that no constructor takes;
+// Order:    attributes stand in declaration order, which is the order of the text form, the log,
+//           comparison and hash.
+// Ids:      0 is that of the attribute fwkKey, and 1 is reserved; value types count from 2,
+//           entities from 130.
+// Refused:  by the compiler, whose first line names the rule, the type and the attribute
+//           (Refused.h):
+//           - two attributes of one id, name or field, inherited ones included; a reserved id;
+//           - a field of a type that FieldTypes.h does not list; a scalar that is not one
+//             integer;
+//           - an argument of constructedFrom() that is no stored field, or arguments that no
+//             constructor takes;
 //           - a value with bytes that no field accounts for: a field is missing here;
 //           - a type without a schema of its own.
-// Facets:   everything that is derived from a schema lives in a header of its own beside this one, and knows no type by
-//           name: how a type differs from its family is an option here.
+// Facets:   everything that is derived from a schema lives in a header of its own beside this one,
+//           and knows no type by name: how a type differs from its family is an option here.
 // Lifetime: names are borrowed: string literals.
 #pragma once
 
@@ -172,8 +177,8 @@ public:
             name, form, hash, constructor, attributes};
     }
 
-    // The same for a type that has them all without being registered as a refinement: its descriptor has no base, and finds
-    // them by name and by id all the same.
+    // The same for a type that has them all without being registered as a refinement: its
+    // descriptor has no base, and finds them by name and by id all the same.
     template <class Extended>
     constexpr auto extendedAs(std::string_view name) const {
         return Schema<Extended, detail::Extension<T>, sizeof...(Attributes), constructorArguments,
@@ -215,8 +220,8 @@ constexpr auto entitySchema(std::string_view qualifiedName) {
 
 namespace detail {
 
-// A schema that the facets can work on in the place of one that they cannot: the compiler has named the mistake, and little
-// else follows.
+// A schema that the facets can work on in the place of one that they cannot: the compiler has named
+// the mistake, and little else follows.
 template <class T>
 constexpr auto soundSchema() {
     constexpr Fault fault = findFault<T>();
@@ -239,7 +244,8 @@ constexpr auto soundSchema() {
 template <class T>
 inline constexpr auto schemaOf = detail::soundSchema<T>();
 
-// Calls visit(attribute) for each attribute in declaration order. The attributes are compile-time constants of it.
+// Calls visit(attribute) for each attribute in declaration order. The attributes are compile-time
+// constants of it.
 template <class T, class Visit>
 constexpr void forEachAttribute(Visit visit) {
     detail::visitEach(schemaOf<T>.attributes, visit);

@@ -1,6 +1,7 @@
 // WriteStrep.h - the text form of a value, written into a buffer of the caller.
 //
-// Form: docs/text-form.md. Literals are joined at compile time; a value is literals and a few digits.
+// Form: docs/text-form.md. Literals are joined at compile time; a value is literals and a few
+//       digits.
 // Room: strepMax<T> characters are enough for every value of T; nothing writes a NUL.
 #pragma once
 
@@ -40,7 +41,8 @@ constexpr auto joinLiteral() {
     return result;
 }
 
-// What stands before a field: "Value('Net::X', ** {'type': " before the first, ", 'id': " before the others.
+// What stands before a field: "Value('Net::X', ** {'type': " before the first, ", 'id': " before
+// the others.
 template <class T, std::size_t index, bool first>
 inline constexpr auto beforeField = joinLiteral<[] {
     constexpr std::string_view name = attributeAt<T, index>.name;
@@ -54,7 +56,8 @@ inline constexpr auto beforeField = joinLiteral<[] {
 inline constexpr std::string_view afterFields = "})";
 inline constexpr std::string_view collectionText = "None";
 
-// Names stand at the start of as many characters as are copied at once, which is quicker than to copy what there is.
+// Names stand at the start of as many characters as are copied at once, which is quicker than to
+// copy what there is.
 template <DeclaredEnum E>
 inline constexpr std::size_t nameStep = (enumSchema<E>.longestName() + 7) / 8 * 8;
 
@@ -128,7 +131,8 @@ template <DeclaredEnum E>
 
 } // namespace detail
 
-// The enumerator's name, or Command(9) for an undeclared number; without quotes. May write behind its end, see enumNameMax.
+// The enumerator's name, or Command(9) for an undeclared number; without quotes. May write behind
+// its end, see enumNameMax.
 template <DeclaredEnum E>
 char* writeEnumName(char* out, E value) noexcept {
     const auto number = static_cast<U32>(value);
@@ -171,7 +175,8 @@ char* writeStrep(char* out, const T& value) noexcept {
     }
 }
 
-// The text form as a string, written where it stays: there is room behind it for the longest text of a T.
+// The text form as a string, written where it stays: there is room behind it for the longest text
+// of a T.
 template <class T>
 String8 strepOf(const T& value) {
     return String8::written(strepMax<T>, [&value](char* out) { return writeStrep(out, value); });
