@@ -1,4 +1,6 @@
 // BitmaskModule.h - registers the bit id and the 64-bit mask.
+//
+// Test: tests/reflection.
 #pragma once
 
 #include <Orn/Export.h>

@@ -1,4 +1,6 @@
 // Brixo.h - every type of the product.
+//
+// Test: none; gathers headers.
 #pragma once
 
 #include <Brixo/BrixoTypes.h>

@@ -1,4 +1,6 @@
 // CacheTableModule.h - registers the cache table and its index.
+//
+// Test: tests/reflection.
 #pragma once
 
 #include <Brixo/Export.h>

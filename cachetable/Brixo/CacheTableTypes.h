@@ -1,5 +1,7 @@
 // CacheTableTypes.h - each registered type of this folder, once, in the order of registration: see
 // <Brixo/BrixoTypes.h>.
+//
+// Test: tests/reflection.
 #pragma once
 
 #include <Brixo/CacheTable.h>

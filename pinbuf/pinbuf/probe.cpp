@@ -5,6 +5,8 @@
 //   pinbuf-probe list                    one line each: name, owner, address, size, whether it was
 //   made here
 // Exit status 1 when a call failed; the library has said why.
+//
+// Test: none; a program of the tests.
 #include <pinbuf/pinbuf.h>
 
 #include <cstdio>

@@ -6,6 +6,7 @@
 // Made of: an include and a line in the list for each type. What has to know every type takes it
 //          from here: the build, the module, <Brixo/Brixo.h>, the fuzzers, the golden vectors and
 //          the suites that hold for every type.
+// Test: tests/reflection.
 #pragma once
 
 #include <Brixo/AgentId.h>

@@ -1,5 +1,7 @@
 // BrixoTypesModule.h - registers the ids, enumerations, resource names, target masks, status and
 // collections.
+//
+// Test: tests/reflection.
 #pragma once
 
 #include <Brixo/Export.h>

@@ -8,6 +8,7 @@
 //        goes field by field.
 // Kinds: a refinement fixes the kind where it is built. Reading a text takes the kind that the text
 //        gives, invalidResource if it gives none; printed texts always give it.
+// Test: the tests of the six ids that it is the base of.
 #pragma once
 
 #include <Brixo/ResourceType.h>

@@ -1,4 +1,6 @@
 // RegionRecord.h - what pinbuf has on record of a region before a table asks for it. Not installed.
+//
+// Test: CacheTableGeometry_test.cpp.
 #pragma once
 
 #include <Vel/Integers.h>

@@ -1,5 +1,7 @@
 // DefineModule.h - VEL_MODULE(routine, list): what a module's source file says; see Module.h. The
 // list is a TypeList, or the types themselves.
+//
+// Test: Module_test.cpp.
 #pragma once
 
 #include <Vel/Module.h>

@@ -1,4 +1,6 @@
 // Vel.h - everything of the framework, the facets that define a value type included.
+//
+// Test: none; gathers headers.
 #pragma once
 
 #include <Vel/Any.h>

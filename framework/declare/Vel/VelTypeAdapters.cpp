@@ -1,5 +1,7 @@
 // VelTypeAdapters.cpp - the adapters of a type whose descriptor says nothing else: of an object by
 // its reference, of a value none.
+//
+// Test: GenericIf_test.cpp and VelType_test.cpp.
 #include <Vel/GenericIf.h>
 #include <Vel/GenericIfPtrInterface.h>
 #include <Vel/VelType.h>

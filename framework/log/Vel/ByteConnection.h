@@ -3,6 +3,7 @@
 // Kinds:   MemoryConnection.h, FdConnection.h; whoever has another transport derives its own.
 // Errors:  Exception with Id::connection. The end of the bytes is none.
 // Threads: one connection belongs to one thread.
+// Test: none; interfaces; the connections that implement them are tested.
 #pragma once
 
 #include <Vel/Export.h>

@@ -5,6 +5,7 @@
 // Instances: one for each pair of entry and key type, constant, never destroyed.
 // Threads:   holds no state; any thread may call it.
 // Cost:      HashMap, which knows the types, comes here only to divide a bucket, to index many equal hashes, and to audit.
+// Test: HashMapGeneric_test.cpp.
 #pragma once
 
 #include <Vel/Export.h>

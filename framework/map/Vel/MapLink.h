@@ -4,6 +4,7 @@
 // Rules:   an object is in at most one map at a time, for there is one link. While it is in a map, the map alone writes
 //          the link, and the object's key does not change.
 // Copying: copies no link: the copy is in no map.
+// Test: HashMapGeneric_test.cpp.
 #pragma once
 
 #include <Vel/PtrInterface.h>

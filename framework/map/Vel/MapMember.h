@@ -22,6 +22,7 @@
 //         explicit Status(DalId id);
 //         DalId fwkKey() const;
 //     };
+// Test: KeyedCollection_test.cpp.
 #pragma once
 
 #include <Vel/MapLink.h>

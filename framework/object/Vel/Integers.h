@@ -1,4 +1,6 @@
 // Integers.h - integers whose width is part of a format: a region, a log, a hash or a text form.
+//
+// Test: none; names of types.
 #pragma once
 
 #include <cstdint>

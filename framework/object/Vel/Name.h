@@ -2,6 +2,7 @@
 //
 // Lifetime: borrowed: it views a string literal or other characters that live as long as the
 //           process. Not NUL-terminated.
+// Test: VelType_test.cpp.
 #pragma once
 
 #include <Vel/Integers.h>

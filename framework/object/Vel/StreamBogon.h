@@ -1,4 +1,6 @@
 // StreamBogon.h - marks the constructor that reads a value from an attribute log.
+//
+// Test: none; one empty type.
 #pragma once
 
 namespace Vel {

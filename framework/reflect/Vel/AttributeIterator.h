@@ -7,6 +7,7 @@
 //          first member that is behind this key then. A member that comes behind it is met, one
 //          that comes before it is not.
 // Errors:  ReflectionException; each call says when.
+// Test: none; an interface; GenericIf_test.cpp tests its implementation.
 #pragma once
 
 #include <Vel/Export.h>

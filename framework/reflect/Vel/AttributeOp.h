@@ -14,6 +14,8 @@
 //     delAll   130  removes every member
 //
 // Numbers above 127 modify: a const adapter refuses them whatever the attribute.
+//
+// Test: none; numbers; GenericIf_test.cpp uses each.
 #pragma once
 
 #include <Vel/AttributeId.h>

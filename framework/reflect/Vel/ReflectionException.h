@@ -2,6 +2,8 @@
 // and refuses.
 //
 // ids(): what kind of refusal it is: type, constant, attribute or operation (Exception::Id).
+//
+// Test: none; a name for an Exception; GenericIf_test.cpp catches it.
 #pragma once
 
 #include <Vel/Exception.h>

@@ -1,5 +1,7 @@
 // Arguments.h - the arguments of a constructor or a function attribute: names and type names, in
 // order.
+//
+// Test: VelType_test.cpp and VelAttr_test.cpp.
 #pragma once
 
 #include <Vel/Assert.h>

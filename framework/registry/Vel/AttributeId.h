@@ -3,6 +3,7 @@
 //
 // Ranges: 0 is the key of a collection's member, 1 is never given out; value types count from 2,
 //         entity types from 130. An enumerator's id is its value.
+// Test: none; one name.
 #pragma once
 
 #include <Vel/Integers.h>

@@ -1,4 +1,6 @@
 // PtrInterfaceType.cpp - the descriptor of the class of all objects, which needs none of them.
+//
+// Test: PtrInterface_test.cpp and VelType_test.cpp.
 #include <Vel/PtrInterface.h>
 #include <Vel/VelType.h>
 

@@ -3,6 +3,7 @@
 //
 // Made by: describe<T>() in value/Describe.h, at compile time. Nothing is built until a module
 //          registers.
+// Test: Module_test.cpp.
 #pragma once
 
 #include <Vel/AttributeId.h>

@@ -6,6 +6,7 @@
 //
 // Switches no level: the test says which it wants, such as TraceHandle::settingsAre("*/all").
 // Threads: any thread may trace. Captures nest; the innermost takes the lines.
+// Test: none; a help for tests; TraceHandle_test.cpp uses it.
 #pragma once
 
 #include <Vel/TraceHandle.h>

@@ -5,7 +5,7 @@
 //         using Owner = DalProcessingStatus;
 //         static Vel::Ptr<Owner> owner();
 //         static Vel::U64 key(Vel::U32 n);                // the nth key, n below 3000
-//         static int value(Vel::U32 n, Vel::U32 variant); // for it; another for each variant, 0 to 7
+//         static int value(Vel::U32 n, Vel::U32 variant); // another for each variant
 //         static const auto& all(const Owner& owner);     // the KeyedCollection
 //         static auto get(const Owner& owner, const auto& key);
 //         static auto create(Owner& owner, Vel::U32 n, Vel::U32 variant);

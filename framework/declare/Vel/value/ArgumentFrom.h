@@ -3,6 +3,7 @@
 //
 // Errors: an adapter that is missing, or holds neither the wanted type nor a refinement of it,
 //         throws GenericIf::throwTypeException() with the argument's name.
+// Test: GenericIf_test.cpp.
 #pragma once
 
 #include <Vel/GenericIf.h>

@@ -1,5 +1,7 @@
 // AttributeDispatch.h - from an attribute's id to what it does: one look into a table made at
 // compile time.
+//
+// Test: GenericIf_test.cpp.
 #pragma once
 
 #include <Vel/AttributeId.h>

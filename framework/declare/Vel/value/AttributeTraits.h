@@ -1,5 +1,7 @@
 // AttributeTraits.h - what reflection needs to know of one attribute of a schema, as types and
 // constants.
+//
+// Test: GenericIf_test.cpp.
 #pragma once
 
 #include <Vel/Name.h>

@@ -3,6 +3,7 @@
 //
 // Walks: a Position is for a walk during which nothing changes; behind() goes on from a key,
 //        whatever has happened.
+// Test: GenericIf_test.cpp.
 #pragma once
 
 #include <Vel/Integers.h>

@@ -3,6 +3,7 @@
 //
 // Stands: on a key, not on a member: the collection may change in any way. Each call looks the key
 //         up.
+// Test: GenericIf_test.cpp.
 #pragma once
 
 #include <Vel/AttributeIterator.h>

@@ -1,5 +1,7 @@
 // DeclareEntity.h - VEL_ENTITY(T) stands first in a class of counted objects with a schema;
 // ObjectType.h defines the rest.
+//
+// Test: GenericIf_test.cpp.
 #pragma once
 
 namespace Vel {

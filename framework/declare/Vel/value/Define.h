@@ -3,6 +3,7 @@
 //
 // Flattened: the fields of values within a value take no call each; what is rare says itself that
 //            it stays apart.
+// Test: Value_test.cpp.
 #pragma once
 
 #include <Vel/Value.h>

@@ -1,4 +1,6 @@
 // DefineEnum.h - what an enumeration's .cpp says: VEL_DEFINE_ENUM(Command).
+//
+// Test: Value_test.cpp and the enumerations' tests.
 #pragma once
 
 #include <Vel/RangeException.h>

@@ -1,4 +1,6 @@
 // Describe.h - from a type's schema to its description: constant data, made at compile time.
+//
+// Test: Module_test.cpp.
 #pragma once
 
 #include <Vel/TypeDescription.h>

@@ -1,4 +1,6 @@
 // EnumFunctions.h - the functions of an enumeration: declared beside it, defined in its .cpp.
+//
+// Test: the enumerations' tests.
 #pragma once
 
 #include <Vel/Export.h>

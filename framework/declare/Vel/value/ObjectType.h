@@ -11,6 +11,7 @@
 //
 // Construction: by reflection as by the class's factory; ObjectType makes an object with `new` and
 //               gives it its first reference.
+// Test: GenericIf_test.cpp.
 #pragma once
 
 #include <Vel/GenericIfPtrInterface.h>

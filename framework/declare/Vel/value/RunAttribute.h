@@ -3,6 +3,8 @@
 //
 // The object is const in truth when its adapter is: the adapter has refused every operation that
 // modifies before.
+//
+// Test: GenericIf_test.cpp.
 #pragma once
 
 #include <Vel/AttributeOp.h>

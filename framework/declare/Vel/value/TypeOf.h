@@ -1,4 +1,6 @@
 // TypeOf.h - from a C++ type to its descriptor and its name, whatever kind of type it is.
+//
+// Test: GenericIf_test.cpp.
 #pragma once
 
 #include <Vel/Builtin.h>

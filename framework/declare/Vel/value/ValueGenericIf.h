@@ -3,6 +3,7 @@
 //
 //     Vel::ValueGenericIf<DeviceId> device(DeviceId(7), false);
 //     device.valIs(DeviceId(8));
+// Test: GenericIf_test.cpp.
 #pragma once
 
 #include <Vel/GenericIf.h>

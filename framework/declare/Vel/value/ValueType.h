@@ -1,5 +1,7 @@
 // ValueType.h - descriptor of a value type, an enumeration or a builtin: one for each, never
 // destroyed.
+//
+// Test: Value_test.cpp.
 #pragma once
 
 #include <Vel/GenericIf.h>

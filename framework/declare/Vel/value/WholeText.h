@@ -1,4 +1,6 @@
 // WholeText.h - a whole text as one value of any type that reflection knows, and back.
+//
+// Test: Builtin_test.cpp.
 #pragma once
 
 #include <Vel/RangeException.h>

@@ -7,6 +7,7 @@
 // Below:  a bucket may lead to a further table, or to an index of equal hashes: SubBuckets. A split that lies behind
 //         the first bit of such a thing makes both halves lead to it. Only the half with the lower place then counts as
 //         occupied.
+// Test: HashMap_test.cpp against a model.
 #pragma once
 
 #include <Vel/Export.h>

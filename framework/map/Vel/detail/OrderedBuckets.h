@@ -14,6 +14,7 @@
 //          Ranks, the ops of a map of ranks, if so. HashMap passes inlined code, HashMapGeneric its vtable.
 // Errors:  without memory growth waits and chains get longer. Only where a member finds no place at all without memory
 //          add() throws std::bad_alloc, and nothing has changed.
+// Test: HashMap_test.cpp against a model.
 #pragma once
 
 #include <Vel/Export.h>

@@ -1,4 +1,6 @@
 // What must hold of buckets and tables: counted where it does not.
+//
+// Test: HashMap_test.cpp against a model.
 #include <Vel/detail/OrderedBuckets.h>
 
 namespace Vel::detail {

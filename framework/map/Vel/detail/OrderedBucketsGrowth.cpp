@@ -1,4 +1,6 @@
 // How buckets divide and tables get their bits: rare enough for one code for all maps, which asks the vtable.
+//
+// Test: HashMap_test.cpp against a model.
 #include <Vel/detail/OrderedBuckets.h>
 
 #include <bit>

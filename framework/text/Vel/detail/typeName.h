@@ -1,4 +1,6 @@
 // typeName.h - a C++ type's name as it is written, namespaces included.
+//
+// Test: textErrors_test.cpp.
 #pragma once
 
 #include <Vel/String8.h>

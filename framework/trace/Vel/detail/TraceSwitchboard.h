@@ -1,4 +1,6 @@
 // TraceSwitchboard.h - the process's trace handles, the settings that reach them, and the output.
+//
+// Test: TraceHandle_test.cpp.
 #pragma once
 
 #include <Vel/TraceHandle.h>

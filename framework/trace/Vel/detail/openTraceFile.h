@@ -1,4 +1,6 @@
 // openTraceFile.h - the file that trace lines are appended to.
+//
+// Test: TraceHandle_test.cpp.
 #pragma once
 
 #include <string>

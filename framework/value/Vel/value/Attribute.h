@@ -1,4 +1,6 @@
 // Attribute.h - one attribute as a schema holds it: what it is, and how its value is reached.
+//
+// Test: Value_test.cpp and GenericIf_test.cpp.
 #pragma once
 
 #include <Vel/AttributeId.h>

@@ -4,6 +4,7 @@
 // Cost: an attribute costs the compiler one class, and a longer list nothing for those that were
 //       there before. Every client compiles every list, so std::tuple and std::tuple_cat, which
 //       look at each element again, were most of what a type's header cost.
+// Test: Value_test.cpp.
 #pragma once
 
 #include <cstddef>

@@ -1,6 +1,7 @@
 // CheckSchema.h - looks for a rule of Refused.h that a schema breaks.
 //
 // Cost: one look over a few arrays a type, when it is compiled.
+// Test: tests/compile_fail.
 #pragma once
 
 #include <Vel/AttributeId.h>

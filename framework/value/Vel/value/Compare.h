@@ -2,6 +2,7 @@
 //
 // Derived: != is not ==; a <= b is not b < a; a > b is not a <= b; a >= b is not a < b: all six are
 //          consistent with a type's own == and <.
+// Test: Value_test.cpp.
 #pragma once
 
 #include <Vel/value/Fields.h>

@@ -9,6 +9,7 @@
 //          it prints as Command(9), and no conversion ever makes one.
 // Errors:  CommandInstance and the readers throw RangeException with the short name alone,
 //          "Command".
+// Test: the enumerations' tests.
 #pragma once
 
 #include <Vel/Integers.h>

@@ -1,4 +1,6 @@
 // FieldTypes.h - which types an attribute may have.
+//
+// Test: tests/compile_fail.
 #pragma once
 
 #include <Vel/Integers.h>

@@ -1,4 +1,6 @@
 // Fields.h - the attributes that are part of a value, as an index sequence over its schema.
+//
+// Test: Value_test.cpp.
 #pragma once
 
 #include <Vel/value/Schema.h>

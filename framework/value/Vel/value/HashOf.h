@@ -1,5 +1,7 @@
 // HashOf.h - the hash of a value, as its schema says. 32 bits, the same in every process and word
 // size.
+//
+// Test: Value_test.cpp.
 #pragma once
 
 #include <Vel/byteMix.h>

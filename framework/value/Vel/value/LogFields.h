@@ -4,6 +4,7 @@
 // Collection: its entries in the map's order, key then value, then a signed 32-bit 0. Nothing in
 //             the bytes tells the end mark from an entry, so a collection stands last in its record
 //             and the record's length says how many there are.
+// Test: Value_test.cpp.
 #pragma once
 
 #include <Vel/NboAttrLog.h>

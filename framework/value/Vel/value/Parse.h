@@ -9,6 +9,7 @@
 // Errors:  RangeException; texts as in textErrors.h and docs/text-form.md. Naming a collection is
 //          an assertion: the entries of a collection have no text form. A reader of texts from
 //          outside refuses it instead.
+// Test: Value_test.cpp.
 #pragma once
 
 #include <Vel/Assert.h>

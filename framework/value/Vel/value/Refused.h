@@ -8,6 +8,7 @@
 //          'a', 's', 'h'>.
 // Defined: none of them: to look into one ends the compilation. CheckSchema.h looks for what is
 //          broken.
+// Test: tests/compile_fail.
 #pragma once
 
 #include <Vel/AttributeId.h>

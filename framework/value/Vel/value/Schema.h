@@ -24,6 +24,7 @@
 // Facets:   everything that is derived from a schema lives in a header of its own beside this one,
 //           and knows no type by name: how a type differs from its family is an option here.
 // Lifetime: names are borrowed: string literals.
+// Test: Value_test.cpp.
 #pragma once
 
 #include <Vel/AttributeId.h>

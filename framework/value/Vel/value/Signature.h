@@ -1,4 +1,6 @@
 // Signature.h - what a function or member function takes and gives, as types.
+//
+// Test: GenericIf_test.cpp.
 #pragma once
 
 #include <cstddef>

@@ -3,6 +3,7 @@
 // Form: docs/text-form.md. Literals are joined at compile time; a value is literals and a few
 //       digits.
 // Room: strepMax<T> characters are enough for every value of T; nothing writes a NUL.
+// Test: Value_test.cpp.
 #pragma once
 
 #include <Vel/String8.h>
