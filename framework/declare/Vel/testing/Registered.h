@@ -23,38 +23,41 @@ namespace Vel::Testing {
 inline std::string inParentheses(const Arguments& arguments) {
     std::string text;
     for (std::size_t i = 0; i < arguments.size(); ++i)
-        text += (i == 0 ? "(" : ", ") + std::string(arguments.name(i)) + ": " +
-                std::string(arguments.typeName(i));
-    return text.empty() ? text : text + ")";
+        text.append(i == 0 ? "(" : ", ")
+            .append(arguments.name(i))
+            .append(": ")
+            .append(arguments.typeName(i));
+    if (!text.empty()) text.append(")");
+    return text;
 }
 
 inline std::string registered(const VelAttr& attr) {
-    std::string text = std::to_string(attr.id()) + " " + std::string(attr.name());
-    if (attr.keyType() != nullptr)
-        text += "[" +
-                (attr.keyAttr() != nullptr ? std::string(attr.keyAttr()->name()) + ": " : "") +
-                std::string(attr.keyType()->qualifiedName()) + "]";
-    text += inParentheses(attr.arguments());
-    if (attr.type() != nullptr) text += ": " + std::string(attr.type()->qualifiedName());
-    if (attr.introspection() == Introspection::stored) text += "; stored";
-    if (attr.introspection() == Introspection::procedural) text += "; procedural";
-    return text + "\n";
+    std::string text = std::to_string(attr.id());
+    text.append(" ").append(attr.name());
+    if (attr.keyType() != nullptr) {
+        text.append("[");
+        if (attr.keyAttr() != nullptr) text.append(attr.keyAttr()->name()).append(": ");
+        text.append(attr.keyType()->qualifiedName()).append("]");
+    }
+    text.append(inParentheses(attr.arguments()));
+    if (attr.type() != nullptr) text.append(": ").append(attr.type()->qualifiedName());
+    if (attr.introspection() == Introspection::stored) text.append("; stored");
+    if (attr.introspection() == Introspection::procedural) text.append("; procedural");
+    return text.append("\n");
 }
 
 inline std::string registered(const VelType& type) {
     const bool isValue = type.isValue();
     std::string text = isValue ? "value" : type.isEnumType() ? "enumeration" : "entity";
-    if (isValue && type.base() != nullptr)
-        text += " of " + std::string(type.base()->qualifiedName());
-    text += inParentheses(type.constructorArguments()) + "\n";
-    for (const VelAttr* const attr : type.attrs()) text += registered(*attr);
+    if (isValue && type.base() != nullptr) text.append(" of ").append(type.base()->qualifiedName());
+    text.append(inParentheses(type.constructorArguments())).append("\n");
+    for (const VelAttr* const attr : type.attrs()) text.append(registered(*attr));
     return text;
 }
 
 inline std::string registered(Name qualifiedName) {
     const VelType* const type = VelType::typeNode(qualifiedName);
-    return type != nullptr ? registered(*type)
-                           : std::string(qualifiedName) + " is not registered\n";
+    return type != nullptr ? registered(*type) : "is not registered\n";
 }
 
 } // namespace Vel::Testing
