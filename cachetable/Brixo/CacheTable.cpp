@@ -5,13 +5,12 @@
 #include <Brixo/detail/RegionRecord.h>
 #include <Ferrolog/Trace.h>
 #include <Vel/Assert.h>
-#include <Vel/KeyHash.h>
-#include <Vel/SharedBits.h>
 #include <Vel/TraceHandle.h>
 #include <Vel/format.h>
 #include <Vel/traceHelper.h>
 #include <Vel/value/ObjectType.h>
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <cstring>
 #include <ios>
@@ -191,7 +190,8 @@ void CacheTable::doRestart() {
 void CacheTable::recoverSlots() {
     // Either may come to hold every slot; room that nobody takes is not touched.
     freeIndex_.reserve(size_);
-    keyToIndex_.reserve(size_, sampledBits());
+    keyToIndex_.reserve(size_);
+    showKeys();
     // So far ahead is fetched where keys will go.
     constexpr U32 ahead = 16;
     for (U32 index = 0; index < size_; ++index) {
@@ -204,22 +204,23 @@ void CacheTable::recoverSlots() {
     }
 }
 
-// Registers lie some bytes apart: the low bits that all their addresses share are told by a few, before the first is placed.
-// Those are from all over the table, by multiples of the golden ratio: keys of neighbouring slots may share much by their
-// order alone. Most other keys show at once that they share nothing.
-Vel::SharedBits CacheTable::sampledBits() const {
-    constexpr U32 enough = Vel::SharedBits::enoughKeys;
-    constexpr U32 most = 1024;
+// A map learns from its first members by which bits to tell the others apart, and learns anew whenever one comes that differs
+// sooner: registers lie some bytes apart, and neighbouring slots have keys in the map's own order, which differ ever sooner. A few
+// keys from all over the table, by multiples of the golden ratio, come and go before the others, so that they find what fits them.
+void CacheTable::showKeys() {
+    constexpr U32 mostLooks = 1024;
     constexpr U32 goldenRatio = 0x9e3779b9; // of the whole, 2^32
-    const U32 looks = std::min(size_ / 4, most);
-    Vel::SharedBits shared;
+    std::array<DeviceOffset, 64> shown;
+    U32 keys = 0;
     U32 place = 0; // of the whole
-    for (U32 i = 0; i < looks && shared.keys() < enough && shared.bits() != 0; ++i) {
-        const auto index = static_cast<U32>(U64{place} * size_ >> 32);
-        place += goldenRatio;
-        if (const DeviceOffset key = keyAhead(index); !isUnused(key)) shared.add(keyFold(key));
+    for (U32 i = 0; i < std::min(size_ / 4, mostLooks) && keys < shown.size();
+         ++i, place += goldenRatio) {
+        const DeviceOffset key = keyAhead(static_cast<U32>(U64{place} * size_ >> 32));
+        if (isUnused(key) || keyToIndex_.has(key)) continue;
+        keyToIndex_.add(key, 0);
+        shown[keys++] = key;
     }
-    return shared;
+    while (keys != 0) keyToIndex_.remove(shown[--keys]);
 }
 
 // The key word alone decides; the data are never looked at.

@@ -43,7 +43,6 @@
 #include <Vel/PlainMap.h>
 #include <Vel/Ptr.h>
 #include <Vel/PtrInterface.h>
-#include <Vel/SharedBits.h>
 #include <Vel/String8.h>
 #include <Vel/value/DeclareEntity.h>
 #include <Vel/value/Schema.h>
@@ -183,7 +182,7 @@ private:
     void formatUnlessFormatted();
     DeviceOffset keyAt(Vel::U32 index) const;
     DeviceOffset keyAhead(Vel::U32 index) const;
-    Vel::SharedBits sampledBits() const;
+    void showKeys();
     void recoverSlots();
     void recoverSlot(Vel::U32 index, DeviceOffset key);
     Vel::U32 takeFreeIndex();

@@ -16,7 +16,6 @@
 #include <Vel/KeyHash.h>
 #include <Vel/KeyedCollection.h>
 #include <Vel/Ptr.h>
-#include <Vel/SharedBits.h>
 #include <iterator>
 #include <utility>
 
@@ -136,13 +135,6 @@ public:
 
     // Room for so many members at once: creating them then does not grow the store.
     void reserve(U32 members) { store_.reserve(members); }
-
-    // The same; `shared` is of some keys, like those that will come to an empty collection.
-    void reserve(U32 members, const SharedBits& shared) requires requires(Store store) {
-        store.reserve(members, shared);
-    }
-
-    { store_.reserve(members, shared); }
 
     U32 count() const noexcept { return store_.count() + objects_.count(); }
 

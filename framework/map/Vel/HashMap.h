@@ -2,14 +2,19 @@
 //
 // Entry:   derives from MapLink and has fwkKey(); MapMember.h shows the kinds.
 // Copying: clones every member: one object cannot be in two maps. Only for entries that can be copied.
-// Speed:   hash and comparison are compiled in; the vtable is asked where a bucket is divided, and by audits.
+// Speed:   hash and comparison are compiled in; the vtable is asked for the order of equal hashes, and by audits.
+// ABI:     HashMapGeneric's layout, and inline code.
 #pragma once
 
 #include <Vel/HashMapGeneric.h>
 #include <Vel/HashMapVTable.h>
 #include <Vel/KeyHash.h>
 #include <Vel/Ptr.h>
+#include <Vel/bitReverse.h>
+#include <Vel/detail/LineMap.h>
+#include <Vel/detail/MemberKind.h>
 #include <cstddef>
+#include <cstdint>
 #include <iterator>
 #include <utility>
 
@@ -33,29 +38,31 @@ public:
     }
 
     // The member with the key, or null; borrowed.
-    Entry* find(const Key& key) const noexcept {
-        return static_cast<Entry*>(buckets_.find(Ops(), keyFold<Key>(key), &key, IsKey{key}));
-    }
+    Entry* find(const Key& key) const noexcept { return entryAt(lines_.find(OfKey{key})); }
 
     Entry* operator[](const Key& key) const noexcept { return find(key); }
 
     // Takes a reference to an object that is in no map. A member of equal key gives way to it.
     void insert(Entry& member) {
-        MapLink* const replaced = buckets_.add(Ops(), Ops().fold(&member), &member);
-        if (replaced != nullptr) replaced->referencesDec();
+        const std::uintptr_t replaced = lines_.add(kind(), Itself{member}, addressOf(member));
+        member.referencesInc();
+        if (replaced != 0) [[unlikely]]
+            entryOf(replaced)->referencesDec();
     }
 
     // Drops the map's reference to a member. One that is not here changes nothing.
     void remove(Entry& member) {
-        if (buckets_.remove(Ops(), &member)) member.referencesDec();
+        std::uintptr_t taken = 0;
+        if (lines_.take(Itself{member}, taken)) member.referencesDec();
     }
 
     // Takes the member with the key out of the map and returns it with the map's reference, or null. One look-up, and the
     // member is not touched where the key's fold tells all.
     Ptr<Entry> take(const Key& key) {
-        MapLink* const member = buckets_.take(Ops(), keyFold<Key>(key), &key, IsKey{key});
-        Ptr<Entry> taken = static_cast<Entry*>(member);
-        if (member != nullptr) member->referencesDec();
+        std::uintptr_t found = 0;
+        if (!lines_.take(OfKey{key}, found)) return nullptr;
+        const Ptr<Entry> taken = entryOf(found);
+        taken->referencesDec();
         return taken;
     }
 
@@ -70,30 +77,30 @@ public:
     // change the map.
     template <class Visit>
     void forEach(const Visit& visit) const {
-        buckets_.visitAll([visit](MapLink* member) { visit(*static_cast<Entry*>(member)); });
+        lines_.visitAll([visit](std::uintptr_t member) { visit(*entryOf(member)); });
     }
 
     // The first member in the map's order, or null; borrowed.
-    Entry* first() const noexcept { return static_cast<Entry*>(buckets_.first()); }
+    Entry* first() const noexcept { return entryAt(lines_.first(kind())); }
 
     // The member behind `member`, or null.
     Entry* next(const Entry& member) const noexcept {
-        return static_cast<Entry*>(buckets_.next(Ops(), &member));
+        Lines::Spot spot;
+        return entryAt(lines_.next(kind(), Itself{member}.fold(), addressOf(member), spot));
     }
 
     // The first member in the map's order behind the key, whether a member has it or not; or null.
     Entry* firstBehind(const Key& key) const noexcept {
-        detail::OrderedBuckets::Place place;
-        if constexpr (foldIsKey<Key>) {
-            const U32 hash = keyHash(key) + 1; // 0 behind the last of all hashes
-            return hash != 0 ? static_cast<Entry*>(buckets_.notBelow(Ops(), hash, place)) : nullptr;
-        } else {
+        if constexpr (!foldIsKey<Key>)
             if (const Entry* const member = find(key)) return next(*member);
-            MapLink* at = buckets_.notBelow(Ops(), keyHash(key), place);
-            while (at != nullptr && !ordersBefore(key, keyOf(at)))
-                at = buckets_.next(Ops(), at, place);
-            return static_cast<Entry*>(at);
-        }
+        const U32 hash = keyHash(key) + (foldIsKey<Key> ? 1 : 0); // 0 behind the last of all hashes
+        if (foldIsKey<Key> && hash == 0) return nullptr;
+        Lines::Spot spot;
+        Entry* at = entryAt(lines_.notBelow(kind(), hash, spot));
+        if constexpr (!foldIsKey<Key>)
+            while (at != nullptr && !ordersBefore(key, keyOf(*at)))
+                at = entryAt(lines_.next(kind(), Itself{*at}.fold(), addressOf(*at), spot));
+        return at;
     }
 
     // Stands there.
@@ -109,66 +116,73 @@ public:
     }
 
 private:
-    static decltype(auto) keyOf(const MapLink* member) noexcept {
-        return static_cast<const Entry*>(member)->fwkKey();
+    static decltype(auto) keyOf(const Entry& member) noexcept { return member.fwkKey(); }
+
+    static Entry* entryOf(std::uintptr_t member) noexcept {
+        return static_cast<Entry*>(
+            reinterpret_cast<MapLink*>(member)); // NOLINT: what addressOf() gave
     }
 
-    // Whether a member of this key's fold has the key.
-    struct IsKey {
-        const Key& key;
+    static Entry* entryAt(const std::uintptr_t* place) noexcept {
+        return place != nullptr ? entryOf(*place) : nullptr;
+    }
 
-        bool operator()(const MapLink* member) const noexcept {
-            return foldIsKey<Key> || keyOf(member) == key;
-        }
-    };
+    static std::uintptr_t addressOf(const Entry& member) noexcept {
+        return reinterpret_cast<std::uintptr_t>(static_cast<const MapLink*>(&member));
+    }
 
-    struct RankOps;
+    static detail::MemberKind kind() noexcept {
+        return detail::MemberKind(HashMapVTable<Entry, Key>::instance());
+    }
 
-    // What the buckets must know of members.
-    struct Ops {
-        static constexpr bool hasPlainMembers = false;
+    struct Kind {
         static constexpr bool hasRanks = hasKeyRank<Key>;
-        using Ranks = RankOps;
-
-        U32 fold(const MapLink* member) const noexcept { return keyFold<Key>(keyOf(member)); }
-
-        bool isLess(const MapLink* a, const MapLink* b) const noexcept {
-            return keyOf(a) < keyOf(b);
-        }
-
-        // Asked only of members of one fold.
-        bool isEqual(const MapLink* a, const MapLink* b) const noexcept {
-            if constexpr (foldIsKey<Key>)
-                return true;
-            else
-                return keyOf(a) == keyOf(b);
-        }
-
-        const HashMapVTableGeneric& vtable() const noexcept {
-            return HashMapVTable<Entry, Key>::instance();
-        }
+        static constexpr bool hasTrees = !hasKeyRank<Key> && !foldIsKey<Key>;
     };
 
-    // The same for the map of ranks of those that share a hash.
-    struct RankOps : Ops {
-        static constexpr bool hasRanks = false;
+    // Asks the lines for the member that has the key.
+    struct OfKey : Kind {
+        explicit OfKey(const Key& wanted) noexcept : asked(wanted) {}
 
-        U32 fold(const MapLink* member) const noexcept {
-            const Key& key = keyOf(member);
-            return foldOf(&key);
+        U32 fold() const noexcept { return keyFold<Key>(asked); }
+
+        U32 rankWord() const noexcept { return bitReverse(keyRank<Key>(asked)); }
+
+        bool is(std::uintptr_t member) const noexcept {
+            return foldIsKey<Key> || keyOf(*entryOf(member)) == asked;
         }
 
-        U32 foldOf(const void* key) const noexcept {
-            return bitReverse(keyRank<Key>(*static_cast<const Key*>(key)));
-        }
+        const void* key() const noexcept { return &asked; }
+
+        static std::uintptr_t member() noexcept { return 0; }
+
+        const Key& asked;
+    };
+
+    // Asks for this member.
+    struct Itself : Kind {
+        explicit Itself(const Entry& wanted) noexcept : asked(wanted) {}
+
+        U32 fold() const noexcept { return keyFold<Key>(keyOf(asked)); }
+
+        U32 rankWord() const noexcept { return bitReverse(keyRank<Key>(keyOf(asked))); }
+
+        bool is(std::uintptr_t member) const noexcept { return member == addressOf(asked); }
+
+        static const void* key() noexcept { return nullptr; }
+
+        std::uintptr_t member() const noexcept { return addressOf(asked); }
+
+        const Entry& asked;
     };
 
     void insertClones(const HashMap& other) {
         reserve(other.size());
-        for (const Entry& member : other) {
+        // Not in the map's order, which would tell the lines nothing of the keys to come.
+        other.forEach([this](const Entry& member) {
             const Ptr<Entry> clone = new Entry(member);
             insert(*clone);
-        }
+        });
     }
 };
 
@@ -182,7 +196,7 @@ public:
     IteratorConst() noexcept = default;
 
     explicit IteratorConst(const HashMap& map) noexcept
-        : map_(&map), member_(static_cast<Entry*>(map.buckets_.first(place_))) {}
+        : map_(&map), member_(entryAt(map.lines_.first(kind(), spot_))) {}
 
     // On a member of the map, or behind the last for null. The first step looks it up.
     IteratorConst(const HashMap& map, Entry* member) noexcept : map_(&map), member_(member) {}
@@ -197,7 +211,11 @@ public:
 
     // Goes on to the next member in the map's order.
     void advance() noexcept {
-        member_ = static_cast<Entry*>(map_->buckets_.next(Ops(), member_, place_));
+        if (map_->lines_.isGood(spot_) && spot_.order != 0) [[likely]]
+            member_ = entryOf(*Lines::standOnNext(spot_));
+        else
+            member_ = entryAt(
+                map_->lines_.next(kind(), Itself{*member_}.fold(), addressOf(*member_), spot_));
     }
 
     IteratorConst& operator++() noexcept {
@@ -217,7 +235,7 @@ public:
 
 private:
     const HashMap* map_ = nullptr;
-    detail::OrderedBuckets::Place place_;
+    typename Lines::Spot spot_;
     Entry* member_ = nullptr;
 };
 

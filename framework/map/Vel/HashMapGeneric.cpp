@@ -1,10 +1,12 @@
 #include <Vel/HashMapGeneric.h>
 
 #include <Vel/Assert.h>
+#include <Vel/bitReverse.h>
+#include <Vel/detail/MemberKind.h>
 
 namespace Vel {
 
-using detail::VTableOps;
+using detail::MemberKind;
 
 namespace {
 
@@ -32,6 +34,45 @@ private:
 
 constinit const NoVTable noVTable{};
 
+// What the lines are asked for, of types that only the vtable knows.
+struct Asked {
+    static constexpr bool hasRanks = true;
+    static constexpr bool hasTrees = true;
+
+    U32 fold() const { return hash; }
+
+    U32 rankWord() const {
+        U32 rank = 0;
+        vtable.keyRank(asked, MemberKind::object(wanted), rank);
+        return bitReverse(rank);
+    }
+
+    bool is(std::uintptr_t member) const {
+        return wanted != 0 ? member == wanted : vtable.keyEquals(asked, MemberKind::object(member));
+    }
+
+    const void* key() const { return asked; }
+
+    std::uintptr_t member() const { return wanted; }
+
+    const HashMapVTableGeneric& vtable;
+    U32 hash;          // its bits reversed
+    const void* asked; // a key, or null for a member
+    std::uintptr_t wanted;
+};
+
+std::uintptr_t addressOf(const PtrInterface* member) {
+    return reinterpret_cast<std::uintptr_t>(static_cast<const MapLink*>(member));
+}
+
+Asked askedFor(const HashMapVTableGeneric& vtable, const PtrInterface* member) {
+    return {vtable, bitReverse(vtable.hash(member)), nullptr, addressOf(member)};
+}
+
+PtrInterface* objectAt(const std::uintptr_t* place) {
+    return place != nullptr ? MemberKind::object(*place) : nullptr;
+}
+
 } // namespace
 
 HashMapGeneric::HashMapGeneric(unsigned initialSize, const HashMapVTableGeneric& vtable)
@@ -48,52 +89,55 @@ void HashMapGeneric::vtableIs(const HashMapVTableGeneric& vtable) {
 
 void HashMapGeneric::newMemberG(const Ptr<PtrInterface>& member, void* key) {
     VEL_ASSERT(vtable_->keyEquals(key, member.ptr()));
-    const VTableOps ops(*vtable_);
-    auto* const added = static_cast<MapLink*>(member.ptr());
-    MapLink* const replaced = buckets_.add(ops, ops.fold(added), added);
-    if (replaced != nullptr) replaced->referencesDec();
+    const std::uintptr_t replaced =
+        lines_.add(MemberKind(*vtable_), askedFor(*vtable_, member.ptr()), addressOf(member.ptr()));
+    member->referencesInc();
+    if (replaced != 0) MemberKind::object(replaced)->referencesDec();
 }
 
 void HashMapGeneric::deleteMember(const Ptr<PtrInterface>& member) {
-    if (buckets_.remove(VTableOps(*vtable_), static_cast<MapLink*>(member.ptr())))
-        member->referencesDec();
+    std::uintptr_t taken = 0;
+    if (lines_.take(askedFor(*vtable_, member.ptr()), taken)) member->referencesDec();
 }
 
 PtrInterface* HashMapGeneric::startAtHash(const void* key, unsigned hash, int* bucket) const {
     *bucket = static_cast<int>(hash);
-    const VTableOps ops(*vtable_);
     const U32 fold = bitReverse(hash);
-    if (key != nullptr) {
-        const auto isKey = [&](const MapLink* member) { return vtable_->keyEquals(key, member); };
-        if (MapLink* const found = buckets_.find(ops, fold, key, isKey)) return found;
-    }
-    detail::OrderedBuckets::Place place;
-    for (MapLink* at = buckets_.notBelow(ops, hash, place); at != nullptr && ops.fold(at) == fold;
-         at = buckets_.next(ops, at, place))
-        if (key == nullptr || vtable_->keyLessThan(key, at, nullptr)) return at;
+    if (key != nullptr)
+        if (const auto* const found = lines_.find(Asked{*vtable_, fold, key, 0}))
+            return objectAt(found);
+    Lines::Spot spot;
+    const MemberKind kind(*vtable_);
+    for (const std::uintptr_t* at = lines_.notBelow(kind, hash, spot);
+         at != nullptr && kind.fold(*at) == fold; at = lines_.next(kind, fold, *at, spot))
+        if (key == nullptr || vtable_->keyLessThan(key, objectAt(at), nullptr)) return objectAt(at);
     return nullptr;
 }
 
 PtrInterface* HashMapGeneric::findNextG(const PtrInterface* current, int* bucket) const {
-    MapLink* const next = current == nullptr ? buckets_.first()
-                                             : buckets_.next(VTableOps(*vtable_),
-                                                             static_cast<const MapLink*>(current));
+    const MemberKind kind(*vtable_);
+    Lines::Spot spot;
+    PtrInterface* const next =
+        objectAt(current == nullptr
+                     ? lines_.first(kind)
+                     : lines_.next(kind, kind.fold(addressOf(current)), addressOf(current), spot));
     if (next != nullptr) *bucket = static_cast<int>(vtable_->hash(next));
     return next;
 }
 
 PtrInterface* HashMapGeneric::findNextBucket(int* bucket) const {
     const U32 hash = static_cast<U32>(*bucket) + 1; // 0 behind the last of all hashes
-    detail::OrderedBuckets::Place place;
-    MapLink* const next = hash != 0 ? buckets_.notBelow(VTableOps(*vtable_), hash, place) : nullptr;
+    Lines::Spot spot;
+    PtrInterface* const next =
+        hash != 0 ? objectAt(lines_.notBelow(MemberKind(*vtable_), hash, spot)) : nullptr;
     if (next != nullptr) *bucket = static_cast<int>(vtable_->hash(next));
     return next;
 }
 
-void HashMapGeneric::setSize0(unsigned members) { buckets_.reserve(VTableOps(*vtable_), members); }
+void HashMapGeneric::setSize0(unsigned members) { lines_.reserve(MemberKind(*vtable_), members); }
 
 unsigned HashMapGeneric::auditErrors(unsigned) const {
-    return buckets_.auditErrors(VTableOps(*vtable_));
+    return lines_.auditErrors(MemberKind(*vtable_));
 }
 
 } // namespace Vel

@@ -1,16 +1,17 @@
 // HashMapGeneric.h - intrusive hash map whose members carry their own key and link.
 //
-// Owns:        one reference to each member. An empty map owns no memory, and up to eight members need none beside them.
-// Invariant:   every linked member is counted once; no two members have equal keys; buckets are the top bits of the hash
-//              that the vtable gives (that hash is already bit-reversed). detail/OrderedBuckets.h says how.
+// Owns:        one reference to each member. An empty map owns no memory, and what one line seats needs none beside it: five
+//              members, seven in a 32-bit process.
+// Invariant:   every member is counted once; no two members have equal keys. docs/map.md draws how they are found.
 // Cost:        find, insert and delete O(1) expected, O(log members) for any keys; an insert never pays for the whole map:
-//              growth splits a few buckets at a time; the first member is found without walking what is empty.
-// Order:       ascending reversed hash, then keyLessThan: the members alone decide, not history or bucket count. A cache
+//              growth splits a few lines at a time; the first member is found without walking what is empty.
+// Order:       ascending reversed hash, then keyLessThan: the members alone decide, not history or how many lines there are. A cache
 //              table relies on it: it takes the first free slot that it meets.
 // Invalidates: growth, no iterator's position; removal, only iterators that stand on the removed member.
 // Errors:      std::bad_alloc where a member finds no place without memory; then nothing has changed. Where only growth
-//              fails, the map goes on with longer chains.
+//              fails, the map goes on with fuller lines.
 // Threads:     no lock inside; the owner of the map serialises every call.
+// ABI:         layout: one line of the map (detail/Line.h), 16 bytes and a pointer, in 64-byte steps.
 #pragma once
 
 #include <Vel/Export.h>
@@ -18,20 +19,22 @@
 #include <Vel/Integers.h>
 #include <Vel/Ptr.h>
 #include <Vel/PtrInterface.h>
-#include <Vel/detail/OrderedBuckets.h>
+#include <Vel/detail/LineMap.h>
 #include <cstddef>
+#include <cstdint>
 
 namespace Vel {
 
 class VEL_API HashMapGeneric {
 public:
-    // Room for `initialSize` members, which costs nothing up to eight. `vtable` outlives the map.
+    // Room for `initialSize` members, which costs nothing where it is small. `vtable` outlives the map.
     HashMapGeneric(unsigned initialSize, const HashMapVTableGeneric& vtable);
     // A map that learns by vtableIs() what its members are, before the first of them comes: without, that is a fatal assertion.
     explicit HashMapGeneric(unsigned initialSize);
     HashMapGeneric(const HashMapGeneric&) = delete;
     HashMapGeneric& operator=(const HashMapGeneric&) = delete;
-    ~HashMapGeneric() = default;
+
+    ~HashMapGeneric() { emptyAllBuckets(); }
 
     // What the members are. The map is empty; `vtable` outlives it.
     void vtableIs(const HashMapVTableGeneric& vtable);
@@ -58,18 +61,20 @@ public:
     void setSize0(unsigned members);
 
     // Removes every member and gives back all memory. The map is empty before the first reference is dropped.
-    void emptyAllBuckets() noexcept { buckets_.clear(); }
+    void emptyAllBuckets() noexcept { lines_.clear(detail::MemberKind(*vtable_)); }
 
-    std::size_t size() const noexcept { return buckets_.size(); }
+    std::size_t size() const noexcept { return lines_.size(); }
 
     // How many broken invariants the map can see in itself. O(size).
     unsigned auditErrors(unsigned level) const;
 
     // Bytes that the map holds beside itself and its members.
-    std::size_t heapBytes() const noexcept { return buckets_.heapBytes(); }
+    std::size_t heapBytes() const noexcept { return lines_.heapBytes(); }
 
 protected:
-    detail::OrderedBuckets buckets_;
+    using Lines = detail::LineMap<std::uintptr_t>;
+
+    Lines lines_;
 
 private:
     const HashMapVTableGeneric* vtable_;

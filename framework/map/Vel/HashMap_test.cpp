@@ -151,12 +151,13 @@ TEST_P(HashMapOf, EmptyingDropsEveryReference) {
     Testing::emptyAtOnce<Map, Member>(GetParam().key);
 }
 
-TEST(HashMap, UpToEightMembersNeedNoMemoryBesideThem) {
+TEST(HashMap, MembersOfOneLineNeedNoMemoryBesideThem) {
+    constexpr U32 seats = sizeof(void*) == 8 ? 5 : 7;
     Map map;
-    for (U32 number = 0; number < 8; ++number)
+    for (U32 number = 0; number < seats; ++number)
         map.insert(*Ptr<Member>(new Member(Key{number}, number)));
     EXPECT_EQ(map.heapBytes(), 0u);
-    map.insert(*Ptr<Member>(new Member(Key{8}, 8)));
+    map.insert(*Ptr<Member>(new Member(Key{seats}, seats)));
     EXPECT_GT(map.heapBytes(), 0u);
 }
 

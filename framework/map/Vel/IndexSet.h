@@ -1,15 +1,15 @@
-// IndexSet.h - a set of indexes below a limit, in the order of a map of them: one bit each.
+// IndexSet.h - a set of indexes below a limit, in the order of a map of them: the marks of a table without its lines.
 //
 // Order:   ascending reversed index, as in HashMap.
-// Cost:    every operation touches one word of bits, or two, and now and then a summary of it.
+// Cost:    every operation touches one word of marks, and now and then one more of each level above; about a byte an index.
 // Errors:  reserve() throws std::bad_alloc and changes nothing.
 // Threads: no lock inside; the owner serialises every call.
+// ABI:     layout, and inline code.
 #pragma once
 
 #include <Vel/Integers.h>
 #include <Vel/KeyHash.h>
-#include <Vel/bitReverse.h>
-#include <Vel/detail/OrderBits.h>
+#include <Vel/detail/Marks.h>
 #include <algorithm>
 #include <bit>
 #include <cstddef>
@@ -23,13 +23,21 @@ public:
     using Value = bool;
     class Cursor;
 
-    bool has(Key index) const noexcept { return index < limit_ && bits_.has(position(index)); }
+    IndexSet() noexcept = default;
+
+    IndexSet(const IndexSet&) = delete;
+    IndexSet& operator=(const IndexSet&) = delete;
+
+    ~IndexSet() { marks_.release(); }
+
+    bool has(Key index) const noexcept { return index < limit_ && marks_.has(index); }
 
     // With true, the index becomes a member. False when it cannot be one: it is not below the limit, or the value is false.
     bool add(Key index, Value value) noexcept {
         if (!value || index >= limit_) return false;
         if (has(index)) return true;
-        bits_.set(position(index));
+        marks_.set(index);
+        if (first_ == detail::Marks::none || hashesBelow(index, first_)) first_ = index;
         ++count_;
         return true;
     }
@@ -46,35 +54,33 @@ public:
     // The same, and removes it.
     bool take(Key index, Value& value) noexcept {
         if (!find(index, value)) return false;
-        bits_.clear(position(index));
-        --count_;
+        remove(index);
         return true;
     }
 
     // Removes the first member and returns it; there is one.
     Key takeFirst() noexcept {
-        const U32 first = bits_.next(0);
-        bits_.clear(first);
-        --count_;
-        return index(first);
+        const Key first = first_;
+        remove(first);
+        return first;
     }
 
     U32 count() const noexcept { return count_; }
 
     // Gives the memory back; the limit is 0 then.
     void clear() noexcept {
-        bits_.release();
+        marks_.release();
         limit_ = count_ = 0;
+        first_ = detail::Marks::none;
     }
 
     // Makes the limit at least `indexes`, at most 2^31, if the set is empty; a set with members keeps
     // its limit.
     void reserve(U32 indexes) {
         if (count_ != 0 || indexes <= limit_) return;
-        const auto bits = std::min(31U, static_cast<unsigned>(std::bit_width(indexes - 1)));
-        if (!bits_.make(bits)) throw std::bad_alloc();
-        shift_ = 31 - bits;
-        limit_ = U32{1} << bits;
+        const U32 limit = std::bit_ceil(std::min(indexes, U32{1} << 31));
+        if (!marks_.reach(limit)) throw std::bad_alloc();
+        limit_ = limit;
     }
 
     Cursor first() const noexcept;
@@ -84,18 +90,19 @@ public:
     // How many broken invariants the set can see in itself. O(limit).
     unsigned auditErrors() const noexcept;
 
-    std::size_t heapBytes() const noexcept { return limit_ != 0 ? bits_.heapBytes() : 0; }
+    std::size_t heapBytes() const noexcept { return marks_.heapBytes(); }
 
 private:
-    // The index's lowest bits reversed, as many as the limit takes.
-    U32 position(Key index) const noexcept { return bitReverse(index) >> 1 >> shift_; }
+    void remove(Key index) noexcept {
+        marks_.clear(index);
+        if (index == first_) first_ = marks_.next(index);
+        --count_;
+    }
 
-    Key index(U32 position) const noexcept { return bitReverse(position << shift_ << 1); }
-
-    detail::OrderBits bits_;
-    unsigned shift_ = 0; // less one: the set of one index has no bit of position
-    U32 limit_ = 0;      // a power of two, or 0
+    detail::Marks marks_{};
+    U32 limit_ = 0; // a power of two, or 0
     U32 count_ = 0;
+    Key first_ = detail::Marks::none;
 };
 
 // Stands on a member, or behind the last. Stays where it is when the set changes: behind() goes on from the index.
@@ -103,41 +110,41 @@ class IndexSet::Cursor {
 public:
     Cursor() noexcept = default;
 
-    explicit Cursor(const IndexSet& set) noexcept : set_(&set) {
-        if (set.limit_ != 0) standOn(0);
-    }
+    explicit Cursor(const IndexSet& set) noexcept : set_(&set), index_(set.first_) {}
 
-    explicit operator bool() const noexcept { return position_ != detail::OrderBits::none; }
+    explicit operator bool() const noexcept { return index_ != detail::Marks::none; }
 
-    Key key() const noexcept { return set_->index(position_); }
+    Key key() const noexcept { return index_; }
 
     // Whether it knows the value under this key.
-    bool isAt(Key index) const noexcept { return *this && key() == index && set_->has(index); }
+    bool isAt(Key index) const noexcept { return *this && index_ == index && set_->has(index); }
 
     Value value() const noexcept { return true; }
 
     // Goes to the first member that orders behind the index.
     void behind(Key index) noexcept {
-        position_ = detail::OrderBits::none;
-        if (set_->limit_ != 0) standOn(set_->position(index) + 1);
+        // One that the set has no room for orders behind the one that its lower bits are.
+        index_ =
+            set_->limit_ != 0 ? set_->marks_.next(index & (set_->limit_ - 1)) : detail::Marks::none;
     }
 
 private:
-    void standOn(U32 from) noexcept {
-        position_ = from < set_->limit_ ? set_->bits_.next(from) : detail::OrderBits::none;
-    }
-
     const IndexSet* set_ = nullptr;
-    U32 position_ = detail::OrderBits::none;
+    U32 index_ = detail::Marks::none;
 };
 
 inline IndexSet::Cursor IndexSet::first() const noexcept { return Cursor(*this); }
 
 inline unsigned IndexSet::auditErrors() const noexcept {
-    if (limit_ == 0) return count_ != 0 ? 1 : 0;
     U32 members = 0;
-    for (Cursor at = first(); at; at.behind(at.key())) ++members;
-    return bits_.auditErrors() + (members != count_ ? 1 : 0);
+    unsigned errors = marks_.first() != first_ ? 1 : 0;
+    for (U32 at = first_, next = at; at != detail::Marks::none; at = next, ++members) {
+        next = marks_.next(at);
+        if (!marks_.has(at) || at >= limit_ ||
+            (next != detail::Marks::none && !hashesBelow(at, next)))
+            ++errors;
+    }
+    return errors + (members != count_ ? 1 : 0);
 }
 
 } // namespace Vel

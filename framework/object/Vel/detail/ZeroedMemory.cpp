@@ -20,6 +20,11 @@ void askForLargePages(void* pages, std::size_t bytes) noexcept {
     if (bytes >= fromBytes) (void)madvise(pages, bytes, MADV_HUGEPAGE);
 }
 
+// Not mapped.
+void* alignedMemory(std::size_t bytes) noexcept {
+    return ::operator new(bytes, alignment, std::nothrow);
+}
+
 } // namespace
 
 void* zeroedMemory(std::size_t bytes) noexcept {
@@ -30,7 +35,7 @@ void* zeroedMemory(std::size_t bytes) noexcept {
         askForLargePages(pages, bytes);
         return pages;
     }
-    void* array = ::operator new(bytes, alignment, std::nothrow);
+    void* array = alignedMemory(bytes);
     if (array != nullptr) std::memset(array, 0, bytes);
     return array;
 }
@@ -42,9 +47,10 @@ void* zeroedMemoryGrown(void* array, std::size_t bytes, std::size_t newBytes) no
         askForLargePages(pages, newBytes);
         return pages;
     }
-    void* grown = zeroedMemory(newBytes);
+    void* grown = isMapped(newBytes) ? zeroedMemory(newBytes) : alignedMemory(newBytes);
     if (grown == nullptr) return nullptr;
     std::memcpy(grown, array, bytes);
+    if (!isMapped(newBytes)) std::memset(static_cast<char*>(grown) + bytes, 0, newBytes - bytes);
     zeroedMemoryDel(array, bytes);
     return grown;
 }

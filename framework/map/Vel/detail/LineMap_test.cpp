@@ -1,6 +1,6 @@
-// EqualHashes_test.cpp - members of one hash that are found by rank, through the maps that hold them; HashMap_test.cpp has keys
+// LineMap_test.cpp - members of one hash that are found by rank, through the maps that hold them; HashMap_test.cpp has keys
 // without one.
-#include <Vel/detail/EqualHashes.h>
+#include <Vel/detail/LineMap.h>
 
 #include <Vel/HashMap.h>
 #include <Vel/MapMember.h>
@@ -69,7 +69,7 @@ TEST_P(HashMapOfRanks, EmptyingDropsEveryReference) {
     Testing::emptyAtOnce<Map, Member>(GetParam().key);
 }
 
-TEST(EqualHashes, SignedKeysKeepTheirOrder) {
+TEST(LineMap, SignedKeysKeepTheirOrder) {
     using Signed = MemberOf<S64>;
     HashMap<Signed, S64, U32> map;
     std::vector<S64> keys;
@@ -83,7 +83,7 @@ TEST(EqualHashes, SignedKeysKeepTheirOrder) {
     EXPECT_EQ(map.auditErrors(9), 0u);
 }
 
-TEST(EqualHashes, TakeLittleMoreRoomThanOtherMembers) {
+TEST(LineMap, TakeLittleMoreRoomThanOtherMembers) {
     constexpr U32 members = 10'000;
     Map ascending;
     Map scattered;
