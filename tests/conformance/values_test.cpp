@@ -12,7 +12,6 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <string>
-#include <tuple>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -76,14 +75,15 @@ std::vector<std::pair<T, Bytes>> samples() {
 // rule.
 template <class T>
 constexpr bool isHashed() {
-    if constexpr (std::is_enum_v<T>)
-        return false;
-    else if constexpr (Vel::schemaOf<T>.form == Vel::Form::scalar)
-        return requires(const T& value) { value.hash(); };
-    else
-        return std::apply(
-            [](const auto&... attribute) { return ((attribute.name == "hash") || ...); },
-            Vel::schemaOf<T>.attributes);
+    bool isNamed = false;
+    if constexpr (!std::is_enum_v<T>) {
+        if constexpr (Vel::schemaOf<T>.form == Vel::Form::scalar) return requires(const T& value) {
+                value.hash();
+            };
+        Vel::forEachAttribute<T>(
+            [&isNamed](const auto& attribute) { isNamed = isNamed || attribute.name == "hash"; });
+    }
+    return isNamed;
 }
 
 template <class T>
