@@ -1,8 +1,9 @@
 // value_probe.cpp - reads values as the library does, for values.py to compare. Not installed.
 //
-// Each line asks one question, `text TYPE HEX` or `log TYPE HEX`: the bytes of a whole text, or of a log with one record. The
-// answer is a line `value HEX HEX`, the value's text and its record, or `refused HEX`, the message. --types: the names of all
-// value types instead, in the order of registration.
+// Each line asks one question, `text TYPE HEX` or `log TYPE HEX`: the bytes of a whole text, or of
+// a log with one record. The answer is a line `value HEX HEX`, the value's text and its record, or
+// `refused HEX`, the message. --types: the names of all value types instead, in the order of
+// registration.
 #include <Brixo/testing/EveryType.h>
 #include <Vel/Vel.h>
 #include <cstddef>
