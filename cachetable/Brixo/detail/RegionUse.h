@@ -8,6 +8,7 @@
 // Cost:     beginning walks over the regions that this process has used.
 // Threads:  tables of different threads may begin and end at the same time, without a lock. Of two
 //           that begin at once on one region at least one sees the other.
+// ABI:      layout, within CacheTable.
 // Test: CacheTableOwners_test.cpp.
 #pragma once
 

@@ -4,6 +4,7 @@
 // Order: by id, the key attribute behind all others.
 // Owns:  a reference to each that was ever added: one that was removed stays valid for who has
 //        looked it up before.
+// ABI:   layout, within VelType; find() is compiled into clients.
 // Test: VelType_test.cpp.
 #pragma once
 

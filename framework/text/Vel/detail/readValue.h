@@ -1,6 +1,8 @@
 // readValue.h - reads one T at the cursor, by the reader that T has: sequenceToValue(it, end, T*),
 // found by argument lookup for types of other namespaces, or else T's parsing constructor T(it,
 // end).
+//
+// ABI: inline code alone.
 #pragma once
 
 #include <Vel/String8.h>
