@@ -5,10 +5,10 @@
 // key into an empty table; Lookup asks for each key, Overwrite writes it again, DeleteInsert
 // replaces it by another key, all in random order; Recover rebuilds the maps of a full region,
 // RecoverEmpty those of an empty one. `hand` is std::unordered_map, slots in a region of the same
-// kind and layout, and a stack of free slots. `scan` only reads the key words of the region, `set`
-// fills a std::unordered_set with the slot numbers; Reserved: the peer asked for its room
-// beforehand. LMDB works in memory, unsynchronised, in one transaction a pass. Times are of one
-// operation.
+// kind and layout, and a stack of free slots; `flat` is the same on absl::flat_hash_map. `scan`
+// only reads the key words of the region, `set` fills a std::unordered_set with the slot numbers;
+// Reserved: the peer asked for its room beforehand. LMDB works in memory, unsynchronised, in one
+//           transaction a pass. Times are of one operation.
 #include "keys.h"
 
 #include <Brixo/CacheTable.h>
@@ -31,6 +31,9 @@
 #include <unordered_set>
 #include <utility>
 #include <vector>
+#if BRIXO_HAVE_ABSL
+    #include <absl/container/flat_hash_map.h>
+#endif
 #if BRIXO_HAVE_LMDB
     #include <lmdb.h>
 #endif
@@ -125,13 +128,13 @@ private:
     Vel::Ptr<Brixo::CacheTable> table_;
 };
 
-class Hand {
+template <class Map>
+class TableByHand {
 public:
-    static constexpr const char* name = "hand";
-
-    explicit Hand(Shape shape) : shape_(shape), slotBytes_(Layout::slotBytes(shape.entryBytes)) {
-        const std::string region =
-            "hand-" + std::to_string(shape.slots) + "-" + std::to_string(shape.entryBytes);
+    explicit TableByHand(Shape shape)
+        : shape_(shape), slotBytes_(Layout::slotBytes(shape.entryBytes)) {
+        const std::string region = Map::name + std::string("-") + std::to_string(shape.slots) +
+                                   "-" + std::to_string(shape.entryBytes);
         const U32 bytes = Layout::regionBytes(shape.entryBytes, shape.slots);
         if (pinbuf_alloc_func(region.c_str(), bytes, "bench") == 0) std::abort();
         first_ = static_cast<BytePtr>(pinbuf_map(region.c_str(), 1, 0, 0)) + Layout::headerBytes;
@@ -202,9 +205,31 @@ private:
     Shape shape_;
     U32 slotBytes_;
     BytePtr first_ = nullptr;
-    std::unordered_map<U32, U32> slotOfKey_;
+    Map slotOfKey_;
     std::vector<U32> freeSlots_; // the last is given away first
 };
+
+struct StdMap : std::unordered_map<U32, U32> {
+    static constexpr const char* name = "hand";
+};
+
+class Hand : public TableByHand<StdMap> {
+public:
+    static constexpr const char* name = StdMap::name;
+    using TableByHand::TableByHand;
+};
+
+#if BRIXO_HAVE_ABSL
+struct FlatMap : absl::flat_hash_map<U32, U32> {
+    static constexpr const char* name = "flat";
+};
+
+class Flat : public TableByHand<FlatMap> {
+public:
+    static constexpr const char* name = FlatMap::name;
+    using TableByHand::TableByHand;
+};
+#endif
 
 #if BRIXO_HAVE_LMDB
 class Lmdb {
@@ -430,6 +455,9 @@ void addTables(Keys k, const char* kindName, Shape s) {
     add("RecoverEmpty", "scan", tail, [=](auto& state) { runScan(state, k, s, false); });
     add("RecoverEmpty", "set", tail, [=](auto& state) { runSet(state, s, false); });
     add("RecoverEmpty", "setReserved", tail, [=](auto& state) { runSet(state, s, true); });
+#if BRIXO_HAVE_ABSL
+    if (k == Keys::random) addOperations<Flat>(tail, k, s);
+#endif
 #if BRIXO_HAVE_LMDB
     if (k == Keys::random) addOperations<Lmdb>(tail, k, s);
 #endif

@@ -204,9 +204,11 @@ void CacheTable::recoverSlots() {
     }
 }
 
-// A map learns from its first members by which bits to tell the others apart, and learns anew whenever one comes that differs
-// sooner: registers lie some bytes apart, and neighbouring slots have keys in the map's own order, which differ ever sooner. A few
-// keys from all over the table, by multiples of the golden ratio, come and go before the others, so that they find what fits them.
+// A map learns from its first members by which bits to tell the others apart, and learns anew
+// whenever one comes that differs sooner: registers lie some bytes apart, and neighbouring slots
+// have keys in the map's own order, which differ ever sooner. A few keys from all over the table,
+// by multiples of the golden ratio, come and go before the others, so that they find what fits
+// them.
 void CacheTable::showKeys() {
     constexpr U32 mostLooks = 1024;
     constexpr U32 goldenRatio = 0x9e3779b9; // of the whole, 2^32
@@ -230,8 +232,8 @@ DeviceOffset CacheTable::keyAt(U32 index) const {
     return DeviceOffset(RegionLayout::readKeyWord(ptr));
 }
 
-// The same for a slot whose turn has not come. One that is not whole inside the region looks unused: what to say of it is for
-// its turn, when every slot before it is done.
+// The same for a slot whose turn has not come. One that is not whole inside the region looks
+// unused: what to say of it is for its turn, when every slot before it is done.
 DeviceOffset CacheTable::keyAhead(U32 index) const {
     const U32 offset = RegionLayout::slotOffset(entrySize_, index);
     const bool isInside =
@@ -276,7 +278,8 @@ void CacheTable::entryIs(DeviceOffset key, const unsigned char* data) {
     RegionLayout::writeKeyWord(ptr, key.value());
     RegionLayout::storesInOrder();
     if (entrySize_ != 0) std::memcpy(ptr + RegionLayout::keyWordBytes, data, entrySize_);
-    // A store of this entry is not put off until the next one's: it would seem completed and be lost by a kill.
+    // A store of this entry is not put off until the next one's: it would seem completed and be
+    // lost by a kill.
     RegionLayout::storesInOrder();
 }
 

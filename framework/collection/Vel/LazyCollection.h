@@ -1,12 +1,13 @@
-// LazyCollection.h - a keyed collection whose members become objects when somebody asks for one: KeyedCollection's
-// operations, without an object for each member of a large table.
+// LazyCollection.h - a keyed collection whose members become objects when somebody asks for one:
+// KeyedCollection's operations, without an object for each member of a large table.
 //
 // Entry:    a MapMember, as KeyedCollection's.
 // Store:    holds the members that nobody has asked for: PlainMap, IndexSet.
-// Identity: find() and create() give a member's object; from then on it is this one, until the member is removed. value(),
-//           set(), remove() and walks make none.
+// Identity: find() and create() give a member's object; from then on it is this one, until the
+//           member is removed. value(), set(), remove() and walks make none.
 // Order:    the map's: for (const auto& [key, value] : collection).
-// Walks:    stand on a key: they stay good whatever happens to the collection, and go on behind that key.
+// Walks:    stand on a key: they stay good whatever happens to the collection, and go on behind
+//           that key.
 // Cost:     the store's; where there are objects, one look-up more.
 // Errors:   std::bad_alloc, also from find(); then nothing has changed.
 // Threads:  no lock inside; the owner serialises every call, find() included.
@@ -29,8 +30,8 @@ public:
     using Value = typename Entry::Value;
     class Iterator;
 
-    // Sets `value` to the value under the key and returns true, or returns false. Always inline: short, and called where each
-    // instruction counts.
+    // Sets `value` to the value under the key and returns true, or returns false. Always inline:
+    // short, and called where each instruction counts.
     [[gnu::always_inline]] bool lookUp(const Key& key, Value& value) const noexcept {
         if (store_.find(key, value)) return true;
         if (objects_.count() == 0) return false;
@@ -40,7 +41,8 @@ public:
         return true;
     }
 
-    // The value under the key, or a default one. This and has() are calls, so that the look-ups that count stay few, and inline.
+    // The value under the key, or a default one. This and has() are calls, so that the look-ups
+    // that count stay few, and inline.
     [[gnu::noinline]] Value value(const Key& key) const noexcept {
         Value value{};
         lookUp(key, value);
@@ -81,7 +83,8 @@ public:
         if (!store_.set(key, value)) create(key, value);
     }
 
-    // Removes the member with the key and sets `value` to what its value was; false if there is none.
+    // Removes the member with the key and sets `value` to what its value was; false if there is
+    // none.
     bool take(const Key& key, Value& value) noexcept {
         if (store_.take(key, value)) return true;
         if (objects_.count() == 0) return false;

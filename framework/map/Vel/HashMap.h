@@ -1,8 +1,10 @@
 // HashMap.h - the typed face of HashMapGeneric: members of class Entry, found by their Key.
 //
 // Entry:   derives from MapLink and has fwkKey(); MapMember.h shows the kinds.
-// Copying: clones every member: one object cannot be in two maps. Only for entries that can be copied.
-// Speed:   hash and comparison are compiled in; the vtable is asked for the order of equal hashes, and by audits.
+// Copying: clones every member: one object cannot be in two maps. Only for entries that can be
+//          copied.
+// Speed:   hash and comparison are compiled in; the vtable is asked for the order of equal hashes,
+//          and by audits.
 // ABI:     HashMapGeneric's layout, and inline code.
 #pragma once
 
@@ -38,13 +40,14 @@ public:
     }
 
     // The member with the key, or null; borrowed.
-    Entry* find(const Key& key) const noexcept { return entryAt(lines_.find(OfKey{key})); }
+    Entry* find(const Key& key) const noexcept { return entryAt(lines_.find(Asked{key})); }
 
     Entry* operator[](const Key& key) const noexcept { return find(key); }
 
     // Takes a reference to an object that is in no map. A member of equal key gives way to it.
     void insert(Entry& member) {
-        const std::uintptr_t replaced = lines_.add(kind(), Itself{member}, addressOf(member));
+        const std::uintptr_t replaced =
+            lines_.add(kind(), Asked{keyOf(member), addressOf(member)}, addressOf(member));
         member.referencesInc();
         if (replaced != 0) [[unlikely]]
             entryOf(replaced)->referencesDec();
@@ -53,16 +56,16 @@ public:
     // Drops the map's reference to a member. One that is not here changes nothing.
     void remove(Entry& member) {
         std::uintptr_t taken = 0;
-        if (lines_.take(Itself{member}, taken)) member.referencesDec();
+        if (lines_.take(Asked{keyOf(member), addressOf(member)}, taken)) member.referencesDec();
     }
 
-    // Takes the member with the key out of the map and returns it with the map's reference, or null. One look-up, and the
-    // member is not touched where the key's fold tells all.
+    // Takes the member with the key out of the map and returns it with the map's reference, or
+    // null. One look-up, and the member is not touched where the key's fold tells all.
     Ptr<Entry> take(const Key& key) {
         std::uintptr_t found = 0;
-        if (!lines_.take(OfKey{key}, found)) return nullptr;
-        const Ptr<Entry> taken = entryOf(found);
-        taken->referencesDec();
+        if (!lines_.take(Asked{key}, found)) return nullptr;
+        Ptr<Entry> taken = entryOf(found);
+        entryOf(found)->referencesDec();
         return taken;
     }
 
@@ -73,8 +76,8 @@ public:
 
     std::default_sentinel_t end() const noexcept { return {}; }
 
-    // Calls visit(member) for every member, in no order, which is faster than a walk. `visit` may be copied; it does not
-    // change the map.
+    // Calls visit(member) for every member, in no order, which is faster than a walk. `visit` may
+    // be copied; it does not change the map.
     template <class Visit>
     void forEach(const Visit& visit) const {
         lines_.visitAll([visit](std::uintptr_t member) { visit(*entryOf(member)); });
@@ -86,7 +89,7 @@ public:
     // The member behind `member`, or null.
     Entry* next(const Entry& member) const noexcept {
         Lines::Spot spot;
-        return entryAt(lines_.next(kind(), Itself{member}.fold(), addressOf(member), spot));
+        return entryAt(lines_.next(kind(), foldOf(member), addressOf(member), spot));
     }
 
     // The first member in the map's order behind the key, whether a member has it or not; or null.
@@ -99,7 +102,7 @@ public:
         Entry* at = entryAt(lines_.notBelow(kind(), hash, spot));
         if constexpr (!foldIsKey<Key>)
             while (at != nullptr && !ordersBefore(key, keyOf(*at)))
-                at = entryAt(lines_.next(kind(), Itself{*at}.fold(), addressOf(*at), spot));
+                at = entryAt(lines_.next(kind(), foldOf(*at), addressOf(*at), spot));
         return at;
     }
 
@@ -132,49 +135,32 @@ private:
     }
 
     static detail::MemberKind kind() noexcept {
-        return detail::MemberKind(HashMapVTable<Entry, Key>::instance());
+        return detail::MemberKind(&HashMapVTable<Entry, Key>::instance());
     }
 
-    struct Kind {
+    // Asks the lines for the member that has the key, or for one that is wanted.
+    struct Asked {
         static constexpr bool hasRanks = hasKeyRank<Key>;
         static constexpr bool hasTrees = !hasKeyRank<Key> && !foldIsKey<Key>;
-    };
-
-    // Asks the lines for the member that has the key.
-    struct OfKey : Kind {
-        explicit OfKey(const Key& wanted) noexcept : asked(wanted) {}
 
         U32 fold() const noexcept { return keyFold<Key>(asked); }
 
         U32 rankWord() const noexcept { return bitReverse(keyRank<Key>(asked)); }
 
         bool is(std::uintptr_t member) const noexcept {
-            return foldIsKey<Key> || keyOf(*entryOf(member)) == asked;
+            return wanted != 0 ? member == wanted
+                               : foldIsKey<Key> || keyOf(*entryOf(member)) == asked;
         }
 
-        const void* key() const noexcept { return &asked; }
+        const void* key() const noexcept { return wanted != 0 ? nullptr : &asked; }
 
-        static std::uintptr_t member() noexcept { return 0; }
+        std::uintptr_t member() const noexcept { return wanted; }
 
         const Key& asked;
+        std::uintptr_t wanted = 0;
     };
 
-    // Asks for this member.
-    struct Itself : Kind {
-        explicit Itself(const Entry& wanted) noexcept : asked(wanted) {}
-
-        U32 fold() const noexcept { return keyFold<Key>(keyOf(asked)); }
-
-        U32 rankWord() const noexcept { return bitReverse(keyRank<Key>(keyOf(asked))); }
-
-        bool is(std::uintptr_t member) const noexcept { return member == addressOf(asked); }
-
-        static const void* key() noexcept { return nullptr; }
-
-        std::uintptr_t member() const noexcept { return addressOf(asked); }
-
-        const Entry& asked;
-    };
+    static U32 foldOf(const Entry& member) noexcept { return keyFold<Key>(keyOf(member)); }
 
     void insertClones(const HashMap& other) {
         reserve(other.size());
@@ -186,7 +172,8 @@ private:
     }
 };
 
-// Stands on a member, or behind the last. Keeps nothing alive. While the map does not change, a step looks up nothing.
+// Stands on a member, or behind the last. Keeps nothing alive. While the map does not change, a
+// step looks up nothing.
 template <class Entry, class Key, class Value>
 class HashMap<Entry, Key, Value>::IteratorConst {
 public:
@@ -214,8 +201,8 @@ public:
         if (map_->lines_.isGood(spot_) && spot_.order != 0) [[likely]]
             member_ = entryOf(*Lines::standOnNext(spot_));
         else
-            member_ = entryAt(
-                map_->lines_.next(kind(), Itself{*member_}.fold(), addressOf(*member_), spot_));
+            member_ =
+                entryAt(map_->lines_.next(kind(), foldOf(*member_), addressOf(*member_), spot_));
     }
 
     IteratorConst& operator++() noexcept {

@@ -10,30 +10,6 @@ using detail::MemberKind;
 
 namespace {
 
-// Of a map to which nobody has said what its members are.
-class NoVTable final : public HashMapVTableGeneric {
-public:
-    constexpr NoVTable() = default;
-
-    U32 hash(const PtrInterface*) const override { return missing(); }
-
-    bool keyEquals(const void*, const PtrInterface*) const override { return missing() != 0; }
-
-    bool keyLessThan(const void*, const PtrInterface*, const PtrInterface*) const override {
-        return missing() != 0;
-    }
-
-    void setNext(PtrInterface*, PtrInterface*) const override { (void)missing(); }
-
-private:
-    static U32 missing() {
-        VEL_ASSERT_AS("vtableIs() was called", false);
-        return 0;
-    }
-};
-
-constinit const NoVTable noVTable{};
-
 // What the lines are asked for, of types that only the vtable knows.
 struct Asked {
     static constexpr bool hasRanks = true;
@@ -80,7 +56,7 @@ HashMapGeneric::HashMapGeneric(unsigned initialSize, const HashMapVTableGeneric&
     setSize0(initialSize);
 }
 
-HashMapGeneric::HashMapGeneric(unsigned initialSize) : HashMapGeneric(initialSize, noVTable) {}
+HashMapGeneric::HashMapGeneric(unsigned initialSize) { setSize0(initialSize); }
 
 void HashMapGeneric::vtableIs(const HashMapVTableGeneric& vtable) {
     VEL_ASSERT(size() == 0, size());
@@ -88,26 +64,29 @@ void HashMapGeneric::vtableIs(const HashMapVTableGeneric& vtable) {
 }
 
 void HashMapGeneric::newMemberG(const Ptr<PtrInterface>& member, void* key) {
+    VEL_ASSERT_AS("vtableIs() was called", vtable_ != nullptr);
     VEL_ASSERT(vtable_->keyEquals(key, member.ptr()));
     const std::uintptr_t replaced =
-        lines_.add(MemberKind(*vtable_), askedFor(*vtable_, member.ptr()), addressOf(member.ptr()));
+        lines_.add(kind(), askedFor(*vtable_, member.ptr()), addressOf(member.ptr()));
     member->referencesInc();
     if (replaced != 0) MemberKind::object(replaced)->referencesDec();
 }
 
 void HashMapGeneric::deleteMember(const Ptr<PtrInterface>& member) {
     std::uintptr_t taken = 0;
-    if (lines_.take(askedFor(*vtable_, member.ptr()), taken)) member->referencesDec();
+    if (size() != 0 && lines_.take(askedFor(*vtable_, member.ptr()), taken))
+        member->referencesDec();
 }
 
 PtrInterface* HashMapGeneric::startAtHash(const void* key, unsigned hash, int* bucket) const {
     *bucket = static_cast<int>(hash);
+    if (size() == 0) return nullptr;
     const U32 fold = bitReverse(hash);
     if (key != nullptr)
         if (const auto* const found = lines_.find(Asked{*vtable_, fold, key, 0}))
             return objectAt(found);
     Lines::Spot spot;
-    const MemberKind kind(*vtable_);
+    const MemberKind kind = this->kind();
     for (const std::uintptr_t* at = lines_.notBelow(kind, hash, spot);
          at != nullptr && kind.fold(*at) == fold; at = lines_.next(kind, fold, *at, spot))
         if (key == nullptr || vtable_->keyLessThan(key, objectAt(at), nullptr)) return objectAt(at);
@@ -115,7 +94,7 @@ PtrInterface* HashMapGeneric::startAtHash(const void* key, unsigned hash, int* b
 }
 
 PtrInterface* HashMapGeneric::findNextG(const PtrInterface* current, int* bucket) const {
-    const MemberKind kind(*vtable_);
+    const MemberKind kind = this->kind();
     Lines::Spot spot;
     PtrInterface* const next =
         objectAt(current == nullptr
@@ -128,16 +107,13 @@ PtrInterface* HashMapGeneric::findNextG(const PtrInterface* current, int* bucket
 PtrInterface* HashMapGeneric::findNextBucket(int* bucket) const {
     const U32 hash = static_cast<U32>(*bucket) + 1; // 0 behind the last of all hashes
     Lines::Spot spot;
-    PtrInterface* const next =
-        hash != 0 ? objectAt(lines_.notBelow(MemberKind(*vtable_), hash, spot)) : nullptr;
+    PtrInterface* const next = hash != 0 ? objectAt(lines_.notBelow(kind(), hash, spot)) : nullptr;
     if (next != nullptr) *bucket = static_cast<int>(vtable_->hash(next));
     return next;
 }
 
-void HashMapGeneric::setSize0(unsigned members) { lines_.reserve(MemberKind(*vtable_), members); }
+void HashMapGeneric::setSize0(unsigned members) { lines_.reserve(kind(), members); }
 
-unsigned HashMapGeneric::auditErrors(unsigned) const {
-    return lines_.auditErrors(MemberKind(*vtable_));
-}
+unsigned HashMapGeneric::auditErrors(unsigned) const { return lines_.auditErrors(kind()); }
 
 } // namespace Vel

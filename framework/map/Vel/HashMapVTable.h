@@ -1,10 +1,12 @@
 // HashMapVTable.h - adapts one kind of entry to the generic map: how it hashes, compares and links.
 //
-// Slots:     hash, keyEquals, keyLessThan, setNext, in this order from the first slot of the virtual table; then keyRank,
-//            which need not be overridden.
+// Slots:     hash, keyEquals, keyLessThan, setNext, in this order from the first slot of the
+//            virtual table; then keyRank, which need not be overridden.
 // Instances: one for each pair of entry and key type, constant, never destroyed.
 // Threads:   holds no state; any thread may call it.
-// Cost:      HashMap, which knows the types, comes here only to divide a bucket, to index many equal hashes, and to audit.
+// Cost:      HashMap, which knows the types, comes here only for the order of equal hashes, and to
+//            audit.
+// ABI:       the slots and their order.
 // Test: HashMapGeneric_test.cpp.
 #pragma once
 
@@ -27,8 +29,8 @@ public:
     // Writes the entry's chain link; counts references as Ptr::ptrAssign does.
     virtual void setNext(PtrInterface* entry, PtrInterface* next) const = 0;
 
-    // Whether keys of one hash have ranks: numbers that differ where the keys do, and ascend with them. Sets `rank` to that of
-    // the key of `entry`, or of *key where `entry` is null.
+    // Whether keys of one hash have ranks: numbers that differ where the keys do, and ascend with
+    // them. Sets `rank` to that of the key of `entry`, or of *key where `entry` is null.
     virtual bool keyRank(const void*, const PtrInterface*, U32&) const { return false; }
 
 protected:

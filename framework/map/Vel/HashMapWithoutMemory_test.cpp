@@ -1,4 +1,5 @@
-// HashMapWithoutMemory_test.cpp - what a map does when the general allocator has nothing more to give.
+// HashMapWithoutMemory_test.cpp - what a map does when the general allocator has nothing more to
+// give.
 #include <Vel/HashMap.h>
 
 #include <Vel/MapMember.h>

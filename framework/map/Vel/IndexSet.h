@@ -1,7 +1,10 @@
-// IndexSet.h - a set of indexes below a limit, in the order of a map of them: the marks of a table without its lines.
+// IndexSet.h - a set of indexes below a limit, in the order of a map of them: the marks of a table
+// without its lines.
 //
 // Order:   ascending reversed index, as in HashMap.
-// Cost:    every operation touches one word of marks, and now and then one more of each level above; about a byte an index.
+// Cost:    every operation touches one word of marks, and now and then one more of each level
+//          above; about a byte an index. The first index has no mark: one that comes and goes in an
+//          empty set, as a full table's slots do, touches none.
 // Errors:  reserve() throws std::bad_alloc and changes nothing.
 // Threads: no lock inside; the owner serialises every call.
 // ABI:     layout, and inline code.
@@ -14,6 +17,7 @@
 #include <bit>
 #include <cstddef>
 #include <new>
+#include <utility>
 
 namespace Vel {
 
@@ -30,15 +34,18 @@ public:
 
     ~IndexSet() { marks_.release(); }
 
-    bool has(Key index) const noexcept { return index < limit_ && marks_.has(index); }
+    bool has(Key index) const noexcept {
+        return index < limit_ && (index == first_ || marks_.has(index));
+    }
 
-    // With true, the index becomes a member. False when it cannot be one: it is not below the limit, or the value is false.
+    // With true, the index becomes a member. False when it cannot be one: it is not below the
+    // limit, or the value is false.
     bool add(Key index, Value value) noexcept {
         if (!value || index >= limit_) return false;
-        if (has(index)) return true;
-        marks_.set(index);
-        if (first_ == detail::Marks::none || hashesBelow(index, first_)) first_ = index;
-        ++count_;
+        if (index == first_) return true;
+        const bool isFirst = count_ == 0 || hashesBelow(index, first_);
+        const Key marked = isFirst ? std::exchange(first_, index) : index;
+        if (marked == detail::Marks::none || marks_.set(marked)) ++count_;
         return true;
     }
 
@@ -74,8 +81,8 @@ public:
         first_ = detail::Marks::none;
     }
 
-    // Makes the limit at least `indexes`, at most 2^31, if the set is empty; a set with members keeps
-    // its limit.
+    // Makes the limit at least `indexes`, at most 2^31, if the set is empty; a set with members
+    // keeps its limit.
     void reserve(U32 indexes) {
         if (count_ != 0 || indexes <= limit_) return;
         const U32 limit = std::bit_ceil(std::min(indexes, U32{1} << 31));
@@ -93,10 +100,14 @@ public:
     std::size_t heapBytes() const noexcept { return marks_.heapBytes(); }
 
 private:
+    // The first member behind the first one.
+    Key next(Key first) const noexcept {
+        return count_ > 1 ? marks_.next(first) : detail::Marks::none;
+    }
+
     void remove(Key index) noexcept {
-        marks_.clear(index);
-        if (index == first_) first_ = marks_.next(index);
-        --count_;
+        const Key marked = index == first_ ? first_ = next(index) : index;
+        if (--count_ != 0) marks_.clear(marked);
     }
 
     detail::Marks marks_{};
@@ -105,7 +116,8 @@ private:
     Key first_ = detail::Marks::none;
 };
 
-// Stands on a member, or behind the last. Stays where it is when the set changes: behind() goes on from the index.
+// Stands on a member, or behind the last. Stays where it is when the set changes: behind() goes on
+// from the index.
 class IndexSet::Cursor {
 public:
     Cursor() noexcept = default;
@@ -123,9 +135,10 @@ public:
 
     // Goes to the first member that orders behind the index.
     void behind(Key index) noexcept {
-        // One that the set has no room for orders behind the one that its lower bits are.
-        index_ =
-            set_->limit_ != 0 ? set_->marks_.next(index & (set_->limit_ - 1)) : detail::Marks::none;
+        if (set_->count_ == 0 || hashesBelow(index, set_->first_))
+            index_ = set_->first_;
+        else // one that the set has no room for orders behind the one that its lower bits are
+            index_ = set_->marks_.next(index & (set_->limit_ - 1));
     }
 
 private:
@@ -137,12 +150,13 @@ inline IndexSet::Cursor IndexSet::first() const noexcept { return Cursor(*this);
 
 inline unsigned IndexSet::auditErrors() const noexcept {
     U32 members = 0;
-    unsigned errors = marks_.first() != first_ ? 1 : 0;
-    for (U32 at = first_, next = at; at != detail::Marks::none; at = next, ++members) {
-        next = marks_.next(at);
-        if (!marks_.has(at) || at >= limit_ ||
-            (next != detail::Marks::none && !hashesBelow(at, next)))
-            ++errors;
+    unsigned errors = 0;
+    Key last = detail::Marks::none;
+    for (Cursor at = first(); at; at.behind(last), ++members) {
+        const bool isMarked = marks_.has(at.key());
+        if (at.key() >= limit_ || isMarked != (members != 0)) ++errors;
+        if (members != 0 && !hashesBelow(last, at.key())) ++errors;
+        last = at.key();
     }
     return errors + (members != count_ ? 1 : 0);
 }

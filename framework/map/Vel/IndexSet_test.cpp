@@ -1,6 +1,7 @@
 #include <Vel/IndexSet.h>
 
 #include <gtest/gtest.h>
+#include <random>
 #include <set>
 #include <vector>
 
@@ -67,6 +68,47 @@ TEST(IndexSet, KeepsItsLimitWhileItHasMembers) {
     set.reserve(1000);
     EXPECT_TRUE(set.add(500, true));
     EXPECT_LE(set.heapBytes(), 1024u); // less than a byte for each
+}
+
+struct HashesBelow {
+    bool operator()(U32 a, U32 b) const { return hashesBelow(a, b); }
+};
+
+TEST(IndexSet, AgreesWithAModel) {
+    for (const U32 limit : {1U, 16U, 64U, 1000U, 70'000U}) {
+        IndexSet set;
+        set.reserve(limit);
+        std::set<U32, HashesBelow> model;
+        std::mt19937 random(3);
+        for (int step = 0; step < 20'000; ++step) {
+            const U32 index = static_cast<U32>(random()) % limit;
+            const bool isGrowing = step / 2500 % 2 == 0;
+            bool value = false;
+            if (random() % 4 != 0 ? isGrowing : !isGrowing) {
+                set.add(index, true);
+                model.insert(index);
+            } else {
+                ASSERT_EQ(set.take(index, value), model.erase(index) != 0);
+            }
+            if (step % 16 == 0 && !model.empty()) {
+                ASSERT_EQ(set.takeFirst(), *model.begin());
+                model.erase(model.begin());
+            }
+            ASSERT_EQ(set.count(), model.size());
+            const U32 from = static_cast<U32>(random()) % (2 * limit);
+            ASSERT_EQ(set.has(from), model.contains(from));
+            IndexSet::Cursor at = set.first();
+            at.behind(from);
+            const auto expected = model.upper_bound(from);
+            ASSERT_EQ(static_cast<bool>(at), expected != model.end()) << from;
+            if (at) {
+                ASSERT_EQ(at.key(), *expected) << from;
+            }
+            if (step % 1000 == 0) {
+                ASSERT_EQ(set.auditErrors(), 0u);
+            }
+        }
+    }
 }
 
 TEST(IndexSet, TheCursorStaysWhereItIs) {

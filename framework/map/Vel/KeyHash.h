@@ -1,9 +1,11 @@
-// KeyHash.h - the 32-bit hash of a map's key: the key is folded into a word, and the word's bits are reversed.
+// KeyHash.h - the 32-bit hash of a map's key: the key is folded into a word, and the word's bits
+// are reversed.
 //
-// Fold:   an integer of up to 32 bits or an enumerator folds to its value, zero-extended at its own width; a 64-bit
-//         integer to its low word XOR its high word; a class type to what its hash() gives.
-// Why:    the reversal spreads small integers over the high bits, which choose the bucket. Reversing loses nothing, so
-//         work that needs no order is done on the fold.
+// Fold:   an integer of up to 32 bits or an enumerator folds to its value, zero-extended at its own
+//         width; a 64-bit integer to its low word XOR its high word; a class type to what its
+//         hash() gives.
+// Why:    the reversal spreads small integers over the high bits, which decide a map's order.
+//         Reversing loses nothing, so work that needs no order is done on the fold.
 #pragma once
 
 #include <Vel/Integers.h>
@@ -36,7 +38,8 @@ constexpr U32 keyHash(const Key& key) noexcept {
     return bitReverse(keyFold(key));
 }
 
-// 64-bit keys: two of one fold that share a word share the other, too, so the high word alone orders them.
+// 64-bit keys: two of one fold that share a word share the other, too, so the high word alone
+// orders them.
 template <class Key>
 inline constexpr bool hasKeyRank = (std::is_enum_v<Key> || std::integral<Key>)&&sizeof(Key) == 8;
 
@@ -56,7 +59,8 @@ template <class Key>
 inline constexpr bool foldIsKey = (std::is_enum_v<Key> || std::integral<Key>)&&sizeof(Key) <=
                                   sizeof(U32);
 
-// Whether fold `a` hashes below fold `b`: after the reversal the lowest bit in which they differ decides.
+// Whether fold `a` hashes below fold `b`: after the reversal the lowest bit in which they differ
+// decides.
 constexpr bool hashesBelow(U32 a, U32 b) noexcept {
     const U32 differ = a ^ b;
     return (b & (differ & (0 - differ))) != 0;

@@ -1,10 +1,12 @@
-// MapLink.h - base of every object that can be a member of a HashMapGeneric: a counted object with the chain's link.
+// MapLink.h - base of every object that can be a member of a HashMapGeneric: a counted object with
+// a link to another.
 //
-// Owns:    one reference to the next member of its chain. An object that is in no map has no next.
-// Rules:   an object is in at most one map at a time, for there is one link. While it is in a map, the map alone writes
-//          the link, and the object's key does not change.
+// Rules:   an object is in at most one map at a time. While it is in a map its key does not change.
+// Link:    owns one reference to the next. Maps need none (docs/map.md): it is for who chains
+//          objects by the vtable's setNext.
 // Copying: copies no link: the copy is in no map.
 // Test: HashMapGeneric_test.cpp.
+// ABI:     layout: PtrInterface's, and one pointer.
 #pragma once
 
 #include <Vel/PtrInterface.h>
@@ -12,15 +14,9 @@
 
 namespace Vel {
 
-namespace detail {
-class EqualHashes;
-class OrderedBuckets;
-} // namespace detail
-
 class MapLink : public PtrInterface {
 public:
-    // The next member of the same chain, null for the last one. A chain is not the map, only what a full bucket or one of
-    // equal hashes could not seat itself: HashMapGeneric::findNextG() goes from member to member.
+    // The next of a chain; null for the last one, and for who is in none.
     MapLink* fwkNext() const noexcept { return next_; }
 
     // Counts as Ptr::ptrAssign does: the new reference is taken before the old one is dropped.
@@ -43,10 +39,6 @@ protected:
     }
 
 private:
-    // They move the link's reference without touching its count.
-    friend class detail::EqualHashes;
-    friend class detail::OrderedBuckets;
-
     MapLink* next_ = nullptr;
 };
 

@@ -5,7 +5,8 @@
 //         using MapMember::MapMember;
 //     };
 //
-// Key in the value: an entry whose key is a field of its value says where, and is made from the value alone:
+// Key in the value: an entry whose key is a field of its value says where, and is made from the
+// value alone:
 //
 //     class VelResourceId final : public Vel::MapMember<U64, PhysicalResourceId> {
 //     public:
@@ -13,7 +14,8 @@
 //         static U64 keyOf(const PhysicalResourceId& value) { return value.id(); }
 //     };
 //
-// Objects as members: an object that is its own member derives from MapLink, names its Key and says its fwkKey():
+// Objects as members: an object that is its own member derives from MapLink, names its Key and says
+// its fwkKey():
 //
 //     class Status : public Vel::MapLink {
 //     public:
@@ -23,6 +25,7 @@
 //         DalId fwkKey() const;
 //     };
 // Test: KeyedCollection_test.cpp.
+// ABI: layout: MapLink's, then key and value.
 #pragma once
 
 #include <Vel/MapLink.h>

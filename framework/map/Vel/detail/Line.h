@@ -1,14 +1,17 @@
 // Line.h - what a map is made of: one line of the cache that seats members, or leads to more lines.
 //
-//     SEATS  [state | word x5 | member x5]        up to five members (seven where a member has 32 bits), in no order
-//     TABLE  [state | the fields of Table.h]      an array of lines, found by some bits of the word
-//     TREE   [state | Tree*]                      members of one fold whose keys have no rank (Tree.h)
+//     SEATS  [state | word x5 | member x5]     up to five members (seven of 32 bits), in no order
+//     TABLE  [state | the fields of Table.h]   an array of lines, found by some bits of the word
+//     TREE   [state | Tree*]                   members of one fold whose keys have no rank
 //
 // State: a bit for each seat that is taken, and what the line is. A line of zeroes is empty.
-// Word:  the 32 bits that tell a member from its neighbours: the fold of its key, or, in a table of members that share the
-//        whole fold, its rank with the bits reversed. Both order like hashes: the lowest bit that differs decides.
+// Word:  the 32 bits that tell a member from its neighbours: the fold of its key, or, in a table of
+//        members that share the whole fold, its rank with the bits reversed. Both order like
+//        hashes: the lowest bit that differs decides.
 // Seats: nobody moves when another comes or goes. Who needs the order reads it from the words.
-// ABI:   layout and inline code are compiled into clients: 64 bytes, aligned to them.
+// ABI:   layout and inline code are compiled into clients: 64 bytes. In an array they are aligned
+//        to 64, alone as pointers are.
+// Test:  LineMap_test.cpp.
 #pragma once
 
 #include <Vel/Integers.h>
@@ -23,7 +26,7 @@
 
 namespace Vel::detail {
 
-class Tree;
+struct Tree;
 
 template <class Member>
 struct Seats {
@@ -40,7 +43,7 @@ struct TreeSeat {
 
 // Member: U32 for numbers, std::uintptr_t for addresses.
 template <class Member>
-struct alignas(64) Line {
+struct Line {
     static constexpr U32 seats = Seats<Member>::all;
     static constexpr U32 everySeat = (1U << seats) - 1;
     static constexpr U32 isTable = 1U << 16;
@@ -51,6 +54,7 @@ struct alignas(64) Line {
         Seats<Member> at;
         Table<Member> table;
         TreeSeat leaf;
+        unsigned char bytes[64];
     };
 
     bool is(U32 what) const noexcept { return (at.state & what) != 0; }
@@ -64,21 +68,27 @@ struct alignas(64) Line {
 
     U32 count() const noexcept { return static_cast<U32>(std::popcount(taken())); }
 
-    // A bit for each seat with this word; of a table or a tree, none.
-    [[gnu::always_inline]] U32 same(U32 word) const noexcept {
+    // A bit for each seat whose word has these bits under the mask; of a table or a tree, none.
+    [[gnu::always_inline]] U32 having(U32 bits, U32 mask) const noexcept {
 #ifdef __SSE2__
-        const __m128i asked = _mm_set1_epi32(static_cast<int>(word));
-        return bitOfEach(_mm_cmpeq_epi32(firstWords(), asked),
-                         _mm_cmpeq_epi32(moreWords(), asked)) &
-               at.state;
+        const __m128i asked = _mm_set1_epi32(static_cast<int>(bits));
+        const __m128i masks = _mm_set1_epi32(static_cast<int>(mask));
+        const __m128i first = _mm_cmpeq_epi32(_mm_and_si128(firstWords(), masks), asked);
+        const __m128i more = _mm_cmpeq_epi32(_mm_and_si128(moreWords(), masks), asked);
+        const __m128i all = _mm_packs_epi16(_mm_packs_epi32(first, more), _mm_setzero_si128());
+        return static_cast<U32>(_mm_movemask_epi8(all)) & at.state;
 #else
         U32 found = 0;
-        for (U32 s = 0; s < seats; ++s) found |= (at.word[s] == word ? 1U : 0U) << s;
+        for (U32 s = 0; s < seats; ++s) found |= ((at.word[s] & mask) == bits ? 1U : 0U) << s;
         return found & at.state;
 #endif
     }
 
-    // Of a set that is not empty: std::countr_zero() would ask, and what it gives back would be guessed.
+    // A bit for each seat with this word.
+    [[gnu::always_inline]] U32 same(U32 word) const noexcept { return having(word, ~U32{0}); }
+
+    // Of a set that is not empty: std::countr_zero() would ask, and what it gives back would be
+    // guessed.
     static U32 first(U32 set) noexcept { return static_cast<U32>(__builtin_ctz(set)); }
 
     // Takes a free seat; there is one.
@@ -91,7 +101,7 @@ struct alignas(64) Line {
 
     // Those whose word has the bit go to an empty line.
     [[gnu::always_inline]] void divide(U32 bit, Line& to) noexcept {
-        const U32 going = having(bit);
+        const U32 going = having(bit, bit);
         std::memcpy(static_cast<void*>(&to), this, sizeof to);
         to.at.state = going;
         at.state &= ~going;
@@ -105,20 +115,6 @@ struct alignas(64) Line {
     }
 
 private:
-    // A bit for each taken seat whose word has the bit.
-    U32 having(U32 bit) const noexcept {
-#ifdef __SSE2__
-        const __m128i asked = _mm_set1_epi32(static_cast<int>(bit));
-        return bitOfEach(_mm_cmpeq_epi32(_mm_and_si128(firstWords(), asked), asked),
-                         _mm_cmpeq_epi32(_mm_and_si128(moreWords(), asked), asked)) &
-               taken();
-#else
-        U32 found = 0;
-        for (U32 s = 0; s < seats; ++s) found |= ((at.word[s] & bit) != 0 ? 1U : 0U) << s;
-        return found & taken();
-#endif
-    }
-
 #ifdef __SSE2__
     __m128i firstWords() const noexcept {
         return _mm_loadu_si128(reinterpret_cast<const __m128i*>(at.word));
@@ -131,11 +127,6 @@ private:
             return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(from));
         else
             return _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
-    }
-
-    static U32 bitOfEach(__m128i first, __m128i more) noexcept {
-        const __m128i halves = _mm_packs_epi32(first, more);
-        return static_cast<U32>(_mm_movemask_epi8(_mm_packs_epi16(halves, _mm_setzero_si128())));
     }
 #endif
 };

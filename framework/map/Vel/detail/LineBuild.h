@@ -1,7 +1,9 @@
-// LineBuild.h - one answer to every change of shape: a line is built of its members, given in order.
+// LineBuild.h - one answer to every change of shape: a line is built of its members, given in
+// order.
 //
-// Up to its seats they are seated. More become a table from the first bit in which the first and the last differ, filled run
-// by run by the same function; where no bit differs, a table over ranks, or a tree.
+// Up to its seats they are seated. More become a table from the first bit in which the first and
+// the last differ, filled run by run by the same function; where no bit differs, a table over
+// ranks, or a tree. Test: LineMap_test.cpp.
 #pragma once
 
 #include <Vel/detail/Line.h>
@@ -34,8 +36,7 @@ struct Item {
 
 // Members in order.
 template <class Member>
-class Items {
-public:
+struct Items {
     using Line = detail::Line<Member>;
 
     Items() noexcept = default;
@@ -43,11 +44,25 @@ public:
     Items& operator=(const Items&) = delete;
 
     ~Items() {
-        if (all != own_) delete[] all;
+        if (all != own) delete[] all;
     }
 
     // All of a line, unless they are more than a few. False then, and without memory.
-    bool gather(MemberKind kind, const Line& line) noexcept;
+    bool gather(MemberKind kind, const Line& line) noexcept {
+        const U32 n = countOf(line);
+        if (n > fewMembers) return false;
+        if (n > ownRoom) {
+            auto* const more = new (std::nothrow) Item<Member>[n];
+            if (more == nullptr) return false;
+            all = more;
+        }
+        if (line.is(Line::isTable)) {
+            byRank = line.table.byRank;
+            fold = static_cast<U32>(line.table.prefix);
+        }
+        gatherAll(kind, line);
+        return true;
+    }
 
     void addSeats(MemberKind kind, const Line& line) noexcept {
         for (U32 order = orderOf(kind, line); order != 0; order >>= 3) {
@@ -63,72 +78,44 @@ public:
         all[at] = item;
     }
 
-    Item<Member>* begin() const noexcept { return all; }
-
-private:
     static constexpr U32 ownRoom = 2 * Line::seats;
-    Item<Member> own_[ownRoom];
-
-public:
-    Item<Member>* all = own_;
+    Item<Member> own[ownRoom];
+    Item<Member>* all = own;
     U32 count = 0;
     bool byRank = false; // what the words are
     U32 fold = 0;        // of all, if they are ranks
 
-private:
     static bool isBefore(MemberKind kind, const Item<Member>& a, const Item<Member>& b) noexcept {
         return a.word != b.word ? hashesBelow(a.word, b.word) : kind.isLess(a.member, b.member);
     }
 
-    static U32 countOf(const Line& line) noexcept;
-    void gatherAll(MemberKind kind, const Line& line) noexcept;
-};
-
-template <class Member>
-U32 Items<Member>::countOf(const Line& line) noexcept {
-    if (line.is(Line::isTree)) return line.leaf.tree->count();
-    if (!line.is(Line::isTable)) return line.count();
-    const Table<Member>& table = line.table;
-    U32 n = table.load - childLoad<Member> * table.children;
-    if (table.children != 0)
-        for (U32 p = table.first; p != Marks::none && n <= fewMembers; p = table.marks.next(p))
-            if (table.lines[p].is(Line::isTable | Line::isTree)) n += countOf(table.lines[p]);
-    return n;
-}
-
-template <class Member>
-bool Items<Member>::gather(MemberKind kind, const Line& line) noexcept {
-    const U32 n = countOf(line);
-    if (n > fewMembers) return false;
-    if (n > ownRoom) {
-        auto* const more = new (std::nothrow) Item<Member>[n];
-        if (more == nullptr) return false;
-        all = more;
-    }
-    if (line.is(Line::isTable)) {
-        byRank = line.table.byRank;
-        fold = static_cast<U32>(line.table.prefix);
-    }
-    gatherAll(kind, line);
-    return true;
-}
-
-template <class Member>
-void Items<Member>::gatherAll(MemberKind kind, const Line& line) noexcept {
-    if (line.is(Line::isTree)) {
-        for (const std::uintptr_t member : line.leaf.tree->members)
-            all[count++] = {line.leaf.tree->fold(), static_cast<Member>(member)};
-    } else if (line.is(Line::isTable)) {
+    static U32 countOf(const Line& line) noexcept {
+        if (line.is(Line::isTree)) return line.leaf.tree->count();
+        if (!line.is(Line::isTable)) return line.count();
         const Table<Member>& table = line.table;
-        const U32 before = count;
-        for (U32 p = table.first; p != Marks::none; p = table.marks.next(p))
-            gatherAll(kind, table.lines[p]);
-        if (table.byRank && !byRank)
-            for (U32 i = before; i < count; ++i) all[i].word = static_cast<U32>(table.prefix);
-    } else {
-        addSeats(kind, line);
+        U32 n = table.load - childLoad<Member> * table.children;
+        if (table.children != 0)
+            for (U32 p = table.first; p != Marks::none && n <= fewMembers; p = table.marks.next(p))
+                if (table.lines[p].is(Line::isTable | Line::isTree)) n += countOf(table.lines[p]);
+        return n;
     }
-}
+
+    void gatherAll(MemberKind kind, const Line& line) noexcept {
+        if (line.is(Line::isTree)) {
+            for (const std::uintptr_t member : line.leaf.tree->members)
+                all[count++] = {line.leaf.tree->fold, static_cast<Member>(member)};
+        } else if (line.is(Line::isTable)) {
+            const Table<Member>& table = line.table;
+            const U32 before = count;
+            for (U32 p = table.first; p != Marks::none; p = table.marks.next(p))
+                gatherAll(kind, table.lines[p]);
+            if (table.byRank && !byRank)
+                for (U32 i = before; i < count; ++i) all[i].word = static_cast<U32>(table.prefix);
+        } else {
+            addSeats(kind, line);
+        }
+    }
+};
 
 template <class Member>
 class LineBuild {
@@ -139,12 +126,14 @@ public:
 
     explicit LineBuild(MemberKind kind) noexcept : kind_(kind) {}
 
-    // Makes a line of n members in order. False without memory: nothing is left of it then, and the line is empty.
+    // Makes a line of n members in order. False without memory: nothing is left of it then, and the
+    // line is empty.
     bool build(Line& line, Item* items, U32 n, bool byRank, U32 fold) const noexcept;
     // A table from this bit of the words on; no bit below it differs. Like build().
     bool buildTable(Line& line, Item* items, U32 n, bool byRank, U32 fold, unsigned bit,
                     U32 count) const noexcept;
-    // Puts members in order into the lines of a table that has none. Like build(): then the lines are to be freed.
+    // Puts members in order into the lines of a table that has none. Like build(): then the lines
+    // are to be freed.
     bool fill(Table& table, Item* items, U32 n, U32 fold) const noexcept;
 
     // A table of no members whose first `start` bits are the trail's. False without memory.

@@ -15,7 +15,7 @@ namespace Vel::detail {
 template <class Member>
 const Member* LineMap<Member>::findInTree(const Line& line, U32 fold, const void* key) noexcept {
     const Tree& tree = *line.leaf.tree;
-    if (tree.fold() != fold) return nullptr;
+    if (tree.fold != fold) return nullptr;
     const auto found = tree.find(key);
     return found != tree.members.end() ? reinterpret_cast<const Member*>(&*found) : nullptr;
 }
@@ -35,7 +35,8 @@ void LineMap<Member>::grow(MemberKind kind, Table& table) noexcept {
     LineGrowth<Member>(kind).grow(table);
 }
 
-// What add() does not do at once: an equal key, a full line, a table or tree that shares bits in which the new one differs.
+// What add() does not do at once: an equal key, a full line, a table or tree that shares bits in
+// which the new one differs.
 template <class Member>
 Member LineMap<Member>::addAside(MemberKind kind, U32 fold, Member member) {
     const LineGrowth<Member> growth(kind);
@@ -49,7 +50,7 @@ Member LineMap<Member>::addAside(MemberKind kind, U32 fold, Member member) {
     while (line->is(Line::isTable | Line::isTree)) {
         if (line->is(Line::isTree)) {
             Tree& tree = *line->leaf.tree;
-            if (tree.fold() != fold) {
+            if (tree.fold != fold) {
                 growth.startSooner(*line, trail, shared);
                 continue;
             }
@@ -108,7 +109,7 @@ bool LineMap<Member>::takeFromTree(Line& line, const void* key, Member member,
     tree.members.erase(found);
     ++changes_;
     --size_;
-    if (tree.count() <= least) shrink(tree.fold());
+    if (tree.count() <= least) shrink(tree.fold);
     return true;
 }
 
@@ -121,7 +122,7 @@ void becomeSeats(Line<Member>& line, Table<Member>& parent) noexcept {
     line.at.state &= Line<Member>::isSplit;
     if (old.is(old.isTree)) {
         for (const std::uintptr_t member : old.leaf.tree->members)
-            line.seat(old.leaf.tree->fold(), static_cast<Member>(member));
+            line.seat(old.leaf.tree->fold, static_cast<Member>(member));
     } else {
         const Table<Member>& table = old.table;
         const bool isFoldAgain = table.byRank && !parent.byRank;
@@ -205,7 +206,6 @@ void LineMap<Member>::shrink(U64 trail) noexcept {
 
 template <class Member>
 const Member* LineMap<Member>::first(MemberKind kind) const noexcept {
-    constexpr U32 large = 16; // lines: a smaller table's are near anyway
     const Line* line = &root_;
     const Table* ahead = nullptr;
     U32 place = 0;
@@ -213,7 +213,7 @@ const Member* LineMap<Member>::first(MemberKind kind) const noexcept {
         const Table& table = line->table;
         if (table.first == Marks::none) return nullptr;
         line = &table.lines[table.first];
-        if (table.count > large) {
+        if (table.isLarge()) {
             ahead = &table;
             place = table.first;
         }
@@ -266,32 +266,24 @@ template <class Member>
 void LineMap<Member>::reserve(MemberKind kind, U32 members) {
     using Build = LineBuild<Member>;
     const U32 count = std::min(Build::countFor(members), U32{1} << mostPlaceBits);
-    const bool isWorthIt = members > 2 * Line::seats;
-    if (size_ == 0) {
-        Line fresh;
-        fresh.at.state = 0;
-        if (isWorthIt && !Build::emptyTable(fresh, 0, 31, count)) throw std::bad_alloc();
-        Build::free(root_);
-        root_ = fresh;
-    } else if (root_.is(Line::isTable)) {
+    ++changes_;
+    if (size_ != 0 && root_.is(Line::isTable)) {
         Table& table = root_.table;
         if (!LineGrowth<Member>::reach(table, count)) throw std::bad_alloc();
         while (table.count < count && LineGrowth<Member>(kind).split(table)) {}
         table.limit = std::max(table.limit, Build::limitOf(table.count));
-    } else if (isWorthIt && !root_.is(Line::isTree)) {
-        Items<Member> items;
-        items.addSeats(kind, root_);
-        const U32 differ = items.all[0].word ^ items.all[items.count - 1].word;
-        const unsigned start = differ != 0 ? static_cast<unsigned>(std::countr_zero(differ)) : 31;
+    } else if (!root_.is(Line::isTree)) {
         Line fresh;
-        if (!Build::emptyTable(fresh, items.all[0].word, start, count)) throw std::bad_alloc();
-        if (!Build(kind).fill(fresh.table, items.all, items.count, 0)) {
-            Build::free(fresh);
-            throw std::bad_alloc();
-        }
-        root_ = fresh;
+        fresh.at.state = 0;
+        const bool isWorthIt = members > 2 * Line::seats;
+        if (isWorthIt && !Build::emptyTable(fresh, 0, 31, count)) throw std::bad_alloc();
+        const Line old = std::exchange(root_, size_ == 0 || isWorthIt ? fresh : root_);
+        if (size_ == 0) return Build::free(old);
+        if (!isWorthIt) return;
+        size_ = 0;
+        for (U32 rest = old.taken(); rest != 0; rest &= rest - 1) // so few need no memory
+            addAside(kind, old.at.word[Line::first(rest)], old.at.member[Line::first(rest)]);
     }
-    ++changes_;
 }
 
 template <class Member>

@@ -1,12 +1,15 @@
-// LineMap.h - an ordered map of members that are addresses of objects, or numbers: docs/map.md draws it.
+// LineMap.h - an ordered map of members that are addresses of objects, or numbers: docs/map.md
+// draws it.
 //
 // Owns:    its lines, not its members: who gives them counts them.
 // Order:   ascending reversed fold, then by key; of the members alone.
 // Cost:    find, add, take: one line of the cache a level; two levels are rare.
-// Asked:   by a Probe, which is copied: fold(), rankWord() where keys have ranks, is(member), key(), or null and member().
+// Asked:   by a Probe, which is copied: fold(), rankWord() where keys have ranks, is(member),
+//          key(), or null and member().
 // Errors:  add() and reserve() throw std::bad_alloc: the members are as they were.
 // Threads: no lock inside; the owner serialises every call. A const call writes nothing.
-// ABI:     layout, 64 + 16 bytes, and inline code are compiled into clients; what is rare is the library's.
+// ABI:     layout, a line and two counters, and inline code are compiled into clients; what is rare
+//          is the library's.
 #pragma once
 
 #include <Vel/Export.h>
@@ -54,7 +57,11 @@ public:
             if constexpr (Probe::hasRanks)
                 if (line->table.byRank) [[unlikely]]
                     return findByRank(probe, *line);
-            line = &line->table.lineOf(fold);
+            const Table& table = line->table;
+            line = &table.lines[table.place(fold)];
+            if (!line->is(Line::isTable | Line::isSplit)) [[likely]]
+                break; // one question instead of two
+            line = &table.lineOf(fold);
         }
         const U32 same = line->same(fold);
         if (same != 0) [[likely]] {
@@ -69,19 +76,14 @@ public:
         return nullptr;
     }
 
-    // The same, to overwrite a number.
-    template <class Probe>
-    Member* find(const Probe& probe) noexcept {
-        return const_cast<Member*>(static_cast<const LineMap*>(this)->find(probe));
-    }
-
     // Fetches from memory what a look-up of the fold will look at.
     [[gnu::always_inline]] void fetch(U32 fold) const noexcept {
         if (root_.is(Line::isTable))
             __builtin_prefetch(&root_.table.lines[root_.table.place(fold)], 1);
     }
 
-    // Adds the member that the probe would find. One of equal key gives way and is returned, else 0.
+    // Adds the member that the probe would find. One of equal key gives way and is returned, else
+    // 0.
     template <class Probe>
     Member add(MemberKind kind, const Probe& probe, Member member) {
         const U32 fold = probe.fold();
@@ -150,7 +152,8 @@ public:
         return false;
     }
 
-    // The first member, or null. Who takes it away, again and again, is served like a walk: what comes next is fetched.
+    // The first member, or null. Who takes it away, again and again, is served like a walk: what
+    // comes next is fetched.
     const Member* first(MemberKind kind) const noexcept;
     const Member* first(MemberKind kind, Spot& spot) const noexcept;
 
@@ -230,7 +233,8 @@ private:
             for (U32 rest = line.taken(); rest != 0; rest &= rest - 1)
                 visit(line.at.member[Line::first(rest)]);
         } else {
-            // How many seats are taken would be guessed wrong once a line: members are gathered first.
+            // How many seats are taken would be guessed wrong once a line: members are gathered
+            // first.
             constexpr U32 enough = 64;
             Member gathered[enough + Line::seats];
             U32 n = 0;

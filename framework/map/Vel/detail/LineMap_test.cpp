@@ -1,5 +1,5 @@
-// LineMap_test.cpp - members of one hash that are found by rank, through the maps that hold them; HashMap_test.cpp has keys
-// without one.
+// LineMap_test.cpp - members of one hash that are found by rank, through the maps that hold them;
+// HashMap_test.cpp has keys without one.
 #include <Vel/detail/LineMap.h>
 
 #include <Vel/HashMap.h>

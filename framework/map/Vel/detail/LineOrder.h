@@ -1,4 +1,5 @@
 // LineOrder.h - the order of a line's members, read from their words.
+// Test: LineMap_test.cpp.
 #pragma once
 
 #include <Vel/KeyHash.h>
@@ -14,7 +15,8 @@ bool seatIsBefore(MemberKind kind, const Line<Member>& line, U32 a, U32 b) noexc
     return kind.isLess(line.at.member[a], line.at.member[b]);
 }
 
-// The taken seats in order: a digit of three bits each, one more than the seat's number, the first one lowest.
+// The taken seats in order: a digit of three bits each, one more than the seat's number, the first
+// one lowest.
 template <class Member>
 U32 orderOf(MemberKind kind, const Line<Member>& line) noexcept {
     U32 order = 0;

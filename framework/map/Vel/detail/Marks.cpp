@@ -24,4 +24,27 @@ void Marks::release() noexcept {
     only_ = 0;
 }
 
+void Marks::setAbove(U32 n) noexcept {
+    for (unsigned l = level_; l != 0; --l) {
+        Word& above = at(l - 1, n);
+        const Word old = std::exchange(above, static_cast<Word>(above | bit(l - 1, n)));
+        if (old ==
+            above) { // a number without further digits ended there: down from here it is beside n
+            do at(l, n) |= 1;
+            while ((n >> digitBits * l) % wordBits == 0 && l++ != level_);
+            return;
+        }
+        if (old != 0) return;
+    }
+}
+
+void Marks::clearAbove(U32 n) noexcept {
+    for (unsigned l = level_; l-- != 0;) {
+        Word& above = at(l, n);
+        if (above == 0) continue; // n ends further above
+        above = static_cast<Word>(above & ~bit(l, n));
+        if (above != 0) return;
+    }
+}
+
 } // namespace Vel::detail

@@ -1,12 +1,15 @@
 // Marks.h - a set of numbers in the order of their reversed bits, as many as come.
 //
 // Order:  of the lowest bit in which two numbers differ, like that of a map's hashes.
-// Layout: a tree of 16-bit words, level by level in one array. The word of n on a level is named by n's low digits, as many as
-//         there are levels above, and has one bit for each value of n's next digit, so that no number moves when another level
-//         comes. A word of zeroes below a set bit: of that digit only the number without further digits is here.
-// Owns:   the words, from the second level on; up to four words lie in the object itself. Copied like a plain struct: whoever
-//         has the last copy says release(). All zeroes are the empty set of numbers below 16.
-// Cost:   every operation touches one word of the last level; where that was empty or becomes so, one more of each level above.
+// Layout: a tree of 16-bit words, level by level in one array. The word of n on a level is named by
+//         n's low digits, as many as there are levels above, and has one bit for each value of n's
+//         next digit, so that no number moves when another level comes. A word of zeroes below a
+//         set bit: of that digit only the number without further digits is here.
+// Owns:   the words, from the second level on; up to four words lie in the object itself. Copied
+//         like a plain struct: whoever has the last copy says release(). All zeroes are the empty
+//         set of numbers below 16.
+// Cost:   every operation touches one word of the last level; where that was empty or becomes so,
+//         one more of each level above.
 // ABI:    layout and inline code are compiled into clients.
 #pragma once
 
@@ -22,7 +25,8 @@ class VEL_API Marks {
 public:
     static constexpr U32 none = ~U32{0}; // no number
 
-    // Makes room for numbers below `count`, at most 2^31. False without memory: then nothing has changed.
+    // Makes room for numbers below `count`, at most 2^31. False without memory: then nothing has
+    // changed.
     bool reach(U32 count) noexcept;
     void release() noexcept;
 
@@ -34,23 +38,19 @@ public:
         return (at(l, n) & bit(l, n)) != 0;
     }
 
-    void set(U32 n) noexcept {
-        for (unsigned l = level_;; --l) {
-            Word& word = at(l, n);
-            const Word old = std::exchange(word, static_cast<Word>(word | bit(l, n)));
-            if (old != 0 || l == 0) return;
-            if ((at(l - 1, n) & bit(l - 1, n)) != 0) return keepAlone(l, n);
-        }
+    // False if it was here already.
+    bool set(U32 n) noexcept {
+        Word& word = at(level_, n);
+        const Word old = std::exchange(word, static_cast<Word>(word | bit(level_, n)));
+        if (old == 0) setAbove(n);
+        return old != word;
     }
 
     // Precondition: has(n).
     void clear(U32 n) noexcept {
-        for (unsigned l = level_;; --l) {
-            Word& word = at(l, n);
-            if (word == 0 && l != 0) continue; // n ends above
-            word = static_cast<Word>(word & ~bit(l, n));
-            if (word != 0 || l == 0) return;
-        }
+        Word& word = at(level_, n);
+        word = static_cast<Word>(word & ~bit(level_, n));
+        if (word == 0) clearAbove(n);
     }
 
     U32 first() const noexcept { return empty() ? none : firstBelow(0, 0, words()[0]); }
@@ -77,12 +77,14 @@ private:
     static constexpr unsigned digitBits = 4;
     static constexpr unsigned wordBits = 1U << digitBits;
 
-    // Words of the levels above this one.
+    // Words of the levels above this one: 1 + 16 + 256 ...
     static constexpr std::size_t wordsAbove(unsigned level) noexcept {
-        return static_cast<std::size_t>(((U64{1} << digitBits * level) - 1) / (wordBits - 1));
+        return low(level) & 0x11111111;
     }
 
-    static constexpr U32 low(unsigned level) noexcept { return (U32{1} << digitBits * level) - 1; }
+    static constexpr U32 low(unsigned level) noexcept {
+        return static_cast<U32>((U64{1} << digitBits * level) - 1);
+    }
 
     // A digit's value with its bits reversed: its place in a word.
     static constexpr U8 reversed[wordBits] = {0, 8, 4, 12, 2, 10, 6, 14, 1, 9, 5, 13, 3, 11, 7, 15};
@@ -103,13 +105,9 @@ private:
         return words()[wordsAbove(level) + (n & low(level))];
     }
 
-    // From this level on down: the number without further digits, which ended above, is here beside n.
-    void keepAlone(unsigned level, U32 n) noexcept {
-        for (;; ++level) {
-            at(level, n) |= 1;
-            if (level == level_ || (n >> digitBits * level) % wordBits != 0) return;
-        }
-    }
+    // The number's word on the last level has become what it was not: not empty, or empty.
+    void setAbove(U32 n) noexcept;
+    void clearAbove(U32 n) noexcept;
 
     // The first number with these low digits and one of the next digits in `rest`.
     U32 firstBelow(unsigned level, U32 digits, U32 rest) const noexcept {

@@ -1,4 +1,5 @@
-// MemberKind.h - what lines must know of members where that is rare: objects, asked through their vtable, or plain numbers.
+// MemberKind.h - what lines must know of members where that is rare: objects, asked through their
+// vtable, or plain numbers. Test: LineMap_test.cpp.
 #pragma once
 
 #include <Vel/HashMapVTable.h>
@@ -14,8 +15,8 @@ public:
     // Numbers, whose fold is their key.
     constexpr MemberKind() noexcept = default;
 
-    // Objects. `vtable` outlives what is asked.
-    constexpr explicit MemberKind(const HashMapVTableGeneric& vtable) noexcept : vtable_(&vtable) {}
+    // Objects. `vtable` outlives what is asked; null is good for a map without members.
+    constexpr explicit MemberKind(const HashMapVTableGeneric* vtable) noexcept : vtable_(vtable) {}
 
     bool isPlain() const noexcept { return vtable_ == nullptr; }
 

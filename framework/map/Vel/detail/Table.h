@@ -1,14 +1,18 @@
 // Table.h - an array of lines, found by some bits of their members' words.
 //
-// Shares: all members have the same bits below `start`: those are its prefix. So keys of any stride lie one level deep.
-// Place:  the bits from `start` on, as many as the lines need. Where that line does not exist yet, half as far: linear hashing.
-// Grows:  by one line: the first one that was not split since the count was last a power of two gives those of its members that
-//         have the next bit to the new one. A full line may be split before its turn: it says so (Line::isSplit), and they lie
-//         where they will belong when the table has grown that far.
+// Shares: all members have the same bits below `start`: those are its prefix. So keys of any stride
+//         lie one level deep.
+// Place:  the bits from `start` on, as many as the lines need. Where that line does not exist yet,
+//         half as far: linear hashing.
+// Grows:  by one line: the first one that was not split since the count was last a power of two
+//         gives those of its members that have the next bit to the new one. A full line may be
+//         split before its turn: it says so (Line::isSplit), and they lie where they will belong
+//         when the table has grown that far.
 // Order:  along after(), which is arithmetic; the marks say which lines are not empty.
-// Load:   counts its lines' members, and a line's seats and one more for each line that is a table or a tree: above the limit
-//         it grows.
+// Load:   counts its lines' members, and a line's seats and one more for each line that is a table
+//         or a tree: above the limit it grows.
 // ABI:    layout and inline code are compiled into clients: at most 64 bytes.
+// Test: LineMap_test.cpp.
 #pragma once
 
 #include <Vel/Integers.h>
@@ -63,6 +67,9 @@ struct Table {
     U32 half() const noexcept { return (wide >> 1) + 1; }
 
     U32 capacity() const noexcept { return U32{1} << room; }
+
+    // Whether its lines are not near anyway: who walks fetches ahead.
+    bool isLarge() const noexcept { return count >= 1024; }
 
     // The bit that divides the next line that is split.
     unsigned splitBit() const noexcept {

@@ -1,14 +1,15 @@
 // Tree.h - members of one fold whose keys have no rank: compared, where all else would degenerate.
+// Test: LineMap_test.cpp.
 #pragma once
 
 #include <Vel/detail/MemberKind.h>
 #include <cstdint>
+#include <iterator>
 #include <set>
 
 namespace Vel::detail {
 
-class Tree {
-public:
+struct Tree {
     struct Before {
         using is_transparent = void;
         MemberKind kind;
@@ -22,9 +23,7 @@ public:
 
     using Members = std::set<std::uintptr_t, Before>;
 
-    Tree(MemberKind kind, U32 fold) : fold_(fold), members(Before{kind}) {}
-
-    U32 fold() const noexcept { return fold_; }
+    Tree(MemberKind kind, U32 allFold) : fold(allFold), members(Before{kind}) {}
 
     U32 count() const noexcept { return static_cast<U32>(members.size()); }
 
@@ -33,14 +32,11 @@ public:
         const auto behind = members.upper_bound(key);
         if (behind == members.begin()) return members.end();
         const auto found = std::prev(behind);
-        const MemberKind kind = members.key_comp().kind;
-        return kind.vtable().keyEquals(key, MemberKind::object(*found)) ? found : members.end();
+        const auto& vtable = members.key_comp().kind.vtable();
+        return vtable.keyEquals(key, MemberKind::object(*found)) ? found : members.end();
     }
 
-private:
-    U32 fold_;
-
-public:
+    const U32 fold;
     Members members;
 };
 
