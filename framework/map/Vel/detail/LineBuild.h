@@ -128,20 +128,94 @@ public:
 
     // Makes a line of n members in order. False without memory: nothing is left of it then, and the
     // line is empty.
-    bool build(Line& line, Item* items, U32 n, bool byRank, U32 fold) const noexcept;
+    bool build(Line& line, Item* items, U32 n, bool byRank, U32 fold) const noexcept {
+        line.at.state = 0;
+        if (n <= Line::seats) {
+            for (U32 i = 0; i < n; ++i) line.seat(items[i].word, items[i].member);
+            return true;
+        }
+        U32 differ = items[0].word ^ items[n - 1].word;
+        if (differ == 0) {
+            fold = items[0].word;
+            if (!kind_.rankWord(items[0].member, items[0].word))
+                return buildTree(line, items, n, fold);
+            for (U32 i = 1; i < n; ++i) kind_.rankWord(items[i].member, items[i].word);
+            differ = items[0].word ^ items[n - 1].word;
+            byRank = true;
+        }
+        return buildTable(line, items, n, byRank, fold,
+                          static_cast<unsigned>(std::countr_zero(differ)), countFor(n));
+    }
+
     // A table from this bit of the words on; no bit below it differs. Like build().
     bool buildTable(Line& line, Item* items, U32 n, bool byRank, U32 fold, unsigned bit,
-                    U32 count) const noexcept;
+                    U32 count) const noexcept {
+        const U32 word = n != 0 ? items[0].word : fold;
+        const U64 trail = byRank ? U64{word} << 32 | fold : word;
+        const U32 most = U32{1} << std::min(mostPlaceBits, 32 - bit);
+        if (!emptyTable(line, trail, bit + (byRank ? 32 : 0), std::min(count, most))) return false;
+        if (fill(line.table, items, n, fold)) return true;
+        free(line);
+        line.at.state = 0;
+        return false;
+    }
+
     // Puts members in order into the lines of a table that has none. Like build(): then the lines
     // are to be freed.
-    bool fill(Table& table, Item* items, U32 n, U32 fold) const noexcept;
+    bool fill(Table& table, Item* items, U32 n, U32 fold) const noexcept {
+        for (U32 i = 0, end = 0; i < n; i = end) {
+            const U32 p = table.place(items[i].word);
+            for (end = i + 1; end < n && table.place(items[end].word) == p;) ++end;
+            if (!build(table.lines[p], items + i, end - i, table.byRank, fold)) return false;
+            table.mark(p);
+            const bool isChild = end - i > Line::seats;
+            table.children += isChild ? 1 : 0;
+            table.load += isChild ? childLoad<Member> : end - i;
+        }
+        return true;
+    }
 
     // A table of no members whose first `start` bits are the trail's. False without memory.
-    static bool emptyTable(Line& line, U64 trail, unsigned start, U32 count) noexcept;
+    static bool emptyTable(Line& line, U64 trail, unsigned start, U32 count) noexcept {
+        Table table{};
+        table.state = Line::isTable;
+        table.shift = static_cast<U8>(start % 32);
+        table.start = static_cast<U8>(start);
+        table.byRank = start >= 32;
+        table.prefix = trail & ((U64{1} << start) - 1);
+        table.count = count;
+        table.wide = 2 * std::bit_floor(count) - 1;
+        table.limit = limitOf(count);
+        table.first = Marks::none;
+        table.room = static_cast<U8>(std::countr_zero(std::bit_ceil(count)));
+        if (!table.marks.reach(table.capacity())) return false;
+        table.lines = static_cast<Line*>(zeroedMemory(table.capacity() * sizeof(Line)));
+        if (table.lines == nullptr) {
+            table.marks.release();
+            return false;
+        }
+        line.table = table;
+        return true;
+    }
+
     // Gives back the tables and trees of a line, not their members.
-    static void free(const Line& line) noexcept;
+    static void free(const Line& line) noexcept {
+        if (line.is(Line::isTable) && line.table.children != 0) {
+            const Table& table = line.table;
+            for (U32 p = table.first; p != Marks::none; p = table.marks.next(p))
+                free(table.lines[p]);
+        }
+        freeAlone(line);
+    }
+
     // The same, but not those of its lines.
-    static void freeAlone(const Line& line) noexcept;
+    static void freeAlone(const Line& line) noexcept {
+        if (line.is(Line::isTree)) delete line.leaf.tree;
+        if (!line.is(Line::isTable)) return;
+        Marks marks = line.table.marks;
+        marks.release();
+        zeroedMemoryDel(line.table.lines, line.table.capacity() * sizeof(Line));
+    }
 
     static U32 countFor(U32 members) noexcept {
         return std::max<U32>(4, static_cast<U32>((U64{members} * 4 + quartersPerLine<Member> - 1) /
@@ -154,109 +228,18 @@ public:
     }
 
 private:
-    bool buildTree(Line& line, const Item* items, U32 n, U32 fold) const noexcept;
+    bool buildTree(Line& line, const Item* items, U32 n, U32 fold) const noexcept {
+        try {
+            auto tree = std::make_unique<Tree>(kind_, fold);
+            for (U32 i = 0; i < n; ++i) tree->members.insert(tree->members.end(), items[i].member);
+            line.leaf = {Line::isTree, tree.release()};
+            return true;
+        } catch (const std::bad_alloc&) {
+            return false;
+        }
+    }
 
     MemberKind kind_;
 };
-
-template <class Member>
-bool LineBuild<Member>::build(Line& line, Item* items, U32 n, bool byRank,
-                              U32 fold) const noexcept {
-    line.at.state = 0;
-    if (n <= Line::seats) {
-        for (U32 i = 0; i < n; ++i) line.seat(items[i].word, items[i].member);
-        return true;
-    }
-    U32 differ = items[0].word ^ items[n - 1].word;
-    if (differ == 0) {
-        fold = items[0].word;
-        if (!kind_.rankWord(items[0].member, items[0].word)) return buildTree(line, items, n, fold);
-        for (U32 i = 1; i < n; ++i) kind_.rankWord(items[i].member, items[i].word);
-        differ = items[0].word ^ items[n - 1].word;
-        byRank = true;
-    }
-    return buildTable(line, items, n, byRank, fold, static_cast<unsigned>(std::countr_zero(differ)),
-                      countFor(n));
-}
-
-template <class Member>
-bool LineBuild<Member>::buildTable(Line& line, Item* items, U32 n, bool byRank, U32 fold,
-                                   unsigned bit, U32 count) const noexcept {
-    const U32 word = n != 0 ? items[0].word : fold;
-    const U64 trail = byRank ? U64{word} << 32 | fold : word;
-    const U32 most = U32{1} << std::min(mostPlaceBits, 32 - bit);
-    if (!emptyTable(line, trail, bit + (byRank ? 32 : 0), std::min(count, most))) return false;
-    if (fill(line.table, items, n, fold)) return true;
-    free(line);
-    line.at.state = 0;
-    return false;
-}
-
-template <class Member>
-bool LineBuild<Member>::fill(Table& table, Item* items, U32 n, U32 fold) const noexcept {
-    for (U32 i = 0, end = 0; i < n; i = end) {
-        const U32 p = table.place(items[i].word);
-        for (end = i + 1; end < n && table.place(items[end].word) == p;) ++end;
-        if (!build(table.lines[p], items + i, end - i, table.byRank, fold)) return false;
-        table.mark(p);
-        const bool isChild = end - i > Line::seats;
-        table.children += isChild ? 1 : 0;
-        table.load += isChild ? childLoad<Member> : end - i;
-    }
-    return true;
-}
-
-template <class Member>
-bool LineBuild<Member>::emptyTable(Line& line, U64 trail, unsigned start, U32 count) noexcept {
-    Table table{};
-    table.state = Line::isTable;
-    table.shift = static_cast<U8>(start % 32);
-    table.start = static_cast<U8>(start);
-    table.byRank = start >= 32;
-    table.prefix = trail & ((U64{1} << start) - 1);
-    table.count = count;
-    table.wide = 2 * std::bit_floor(count) - 1;
-    table.limit = limitOf(count);
-    table.first = Marks::none;
-    table.room = static_cast<U8>(std::countr_zero(std::bit_ceil(count)));
-    if (!table.marks.reach(table.capacity())) return false;
-    table.lines = static_cast<Line*>(zeroedMemory(table.capacity() * sizeof(Line)));
-    if (table.lines == nullptr) {
-        table.marks.release();
-        return false;
-    }
-    line.table = table;
-    return true;
-}
-
-template <class Member>
-bool LineBuild<Member>::buildTree(Line& line, const Item* items, U32 n, U32 fold) const noexcept {
-    try {
-        auto tree = std::make_unique<Tree>(kind_, fold);
-        for (U32 i = 0; i < n; ++i) tree->members.insert(tree->members.end(), items[i].member);
-        line.leaf = {Line::isTree, tree.release()};
-        return true;
-    } catch (const std::bad_alloc&) {
-        return false;
-    }
-}
-
-template <class Member>
-void LineBuild<Member>::free(const Line& line) noexcept {
-    if (line.is(Line::isTable) && line.table.children != 0) {
-        const Table& table = line.table;
-        for (U32 p = table.first; p != Marks::none; p = table.marks.next(p)) free(table.lines[p]);
-    }
-    freeAlone(line);
-}
-
-template <class Member>
-void LineBuild<Member>::freeAlone(const Line& line) noexcept {
-    if (line.is(Line::isTree)) delete line.leaf.tree;
-    if (!line.is(Line::isTable)) return;
-    Marks marks = line.table.marks;
-    marks.release();
-    zeroedMemoryDel(line.table.lines, line.table.capacity() * sizeof(Line));
-}
 
 } // namespace Vel::detail

@@ -1,5 +1,7 @@
 // MemberKind.h - what lines must know of members where that is rare: objects, asked through their
-// vtable, or plain numbers. Test: LineMap_test.cpp.
+// vtable, or plain numbers.
+// ABI:  layout: one pointer.
+// Test: LineMap_test.cpp.
 #pragma once
 
 #include <Vel/HashMapVTable.h>
