@@ -1,7 +1,6 @@
 // An attribute takes the name of another.
-// GCC: 'Vel::Refused::TwoAttributesHaveOneName<Net::Clock, &Net::Clock::tick_, &Net::Clock::tock_>
-// refused' has incomplete type Clang: implicit instantiation of undefined template
-// 'Vel::Refused::TwoAttributesHaveOneName<Net::Clock, &Net::Clock::tick_, &Net::Clock::tock_>'
+// GCC: 'Vel::Refused::TwoAttributesHaveOneName<Net::Clock, &Net::Clock::tick_, &Net::Clock::tock_> refused' has incomplete type
+// Clang: implicit instantiation of undefined template 'Vel::Refused::TwoAttributesHaveOneName<Net::Clock, &Net::Clock::tick_, &Net::Clock::tock_>'
 #include <Vel/Value.h>
 #include <Vel/value/Define.h>
 

@@ -1,8 +1,6 @@
 // A value has no constructor that takes the fields that the schema names.
-// GCC: 'Vel::Refused::ConstructorTakesNoSuchFields<Net::Clock, &Net::Clock::tick_,
-// &Net::Clock::tock_, &Net::Clock::tick_> refused' has incomplete type Clang: implicit
-// instantiation of undefined template 'Vel::Refused::ConstructorTakesNoSuchFields<Net::Clock,
-// &Net::Clock::tick_, &Net::Clock::tock_, &Net::Clock::tick_>'
+// GCC: 'Vel::Refused::ConstructorTakesNoSuchFields<Net::Clock, &Net::Clock::tick_, &Net::Clock::tock_, &Net::Clock::tick_> refused' has incomplete type
+// Clang: implicit instantiation of undefined template 'Vel::Refused::ConstructorTakesNoSuchFields<Net::Clock, &Net::Clock::tick_, &Net::Clock::tock_, &Net::Clock::tick_>'
 #include <Vel/Value.h>
 #include <Vel/value/Define.h>
 

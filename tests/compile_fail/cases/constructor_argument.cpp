@@ -1,8 +1,6 @@
 // A constructor's argument is named after no field.
-// GCC: 'Vel::Refused::ConstructorArgumentIsNoField<Net::Clock, (& Vel::Refused::Name<'t', 'a', 'c',
-// 'k'>::shown)> refused' has incomplete type Clang: implicit instantiation of undefined template
-// 'Vel::Refused::ConstructorArgumentIsNoField<Net::Clock, &Vel::Refused::Name<'t', 'a', 'c',
-// 'k'>::shown>'
+// GCC: 'Vel::Refused::ConstructorArgumentIsNoField<Net::Clock, (& Vel::Refused::Name<'t', 'a', 'c', 'k'>::shown)> refused' has incomplete type
+// Clang: implicit instantiation of undefined template 'Vel::Refused::ConstructorArgumentIsNoField<Net::Clock, &Vel::Refused::Name<'t', 'a', 'c', 'k'>::shown>'
 #include <Vel/Value.h>
 #include <Vel/value/Define.h>
 

@@ -1,8 +1,6 @@
 // A constructor's argument is named after an attribute that is no field.
-// GCC: 'Vel::Refused::ConstructorArgumentIsNoField<Net::Clock, (& Vel::Refused::Name<'h', 'a', 's',
-// 'h'>::shown)> refused' has incomplete type Clang: implicit instantiation of undefined template
-// 'Vel::Refused::ConstructorArgumentIsNoField<Net::Clock, &Vel::Refused::Name<'h', 'a', 's',
-// 'h'>::shown>'
+// GCC: 'Vel::Refused::ConstructorArgumentIsNoField<Net::Clock, (& Vel::Refused::Name<'h', 'a', 's', 'h'>::shown)> refused' has incomplete type
+// Clang: implicit instantiation of undefined template 'Vel::Refused::ConstructorArgumentIsNoField<Net::Clock, &Vel::Refused::Name<'h', 'a', 's', 'h'>::shown>'
 #include <Vel/Value.h>
 #include <Vel/value/Define.h>
 

@@ -1,7 +1,6 @@
 // A comma stands behind the last enumerator.
-// GCC: static assertion failed: enumerators of Net::Colour are names alone, numbered from 0: red,
-// green, Clang: static_assert failed due to requirement '::Vel::areBareNames("red, green,")'
-// "enumerators of Net::Colour are names alone, numbered from 0: red, green,"
+// GCC: static assertion failed: enumerators of Net::Colour are names alone, numbered from 0: red, green,
+// Clang: static_assert failed due to requirement '::Vel::areBareNames("red, green,")' "enumerators of Net::Colour are names alone, numbered from 0: red, green,"
 #include <Vel/value/DefineEnum.h>
 
 namespace Net {

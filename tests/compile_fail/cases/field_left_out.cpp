@@ -1,7 +1,6 @@
 // A field of a value is not in its schema.
 // GCC: 'Vel::Refused::FieldsAreLeftOut<Net::Clock, 4> refused' has incomplete type
-// Clang: implicit instantiation of undefined template 'Vel::Refused::FieldsAreLeftOut<Net::Clock,
-// 4>'
+// Clang: implicit instantiation of undefined template 'Vel::Refused::FieldsAreLeftOut<Net::Clock, 4>'
 #include <Vel/Value.h>
 #include <Vel/value/Define.h>
 

@@ -1,7 +1,6 @@
 // A field is not in the schema of a value that the compiler cannot make: it holds a collection.
 // GCC: 'Vel::Refused::FieldsAreLeftOut<Net::Clock, 8> refused' has incomplete type
-// Clang: implicit instantiation of undefined template 'Vel::Refused::FieldsAreLeftOut<Net::Clock,
-// 8>'
+// Clang: implicit instantiation of undefined template 'Vel::Refused::FieldsAreLeftOut<Net::Clock, 8>'
 #include <Vel/KeyedCollection.h>
 #include <Vel/MapMember.h>
 #include <Vel/Value.h>

@@ -1,7 +1,6 @@
 // The field that is not in the schema takes no more room than what aligns the others.
 // GCC: 'Vel::Refused::FieldsAreLeftOut<Net::Clock, 1> refused' has incomplete type
-// Clang: implicit instantiation of undefined template 'Vel::Refused::FieldsAreLeftOut<Net::Clock,
-// 1>'
+// Clang: implicit instantiation of undefined template 'Vel::Refused::FieldsAreLeftOut<Net::Clock, 1>'
 #include <Vel/Value.h>
 #include <Vel/value/Define.h>
 

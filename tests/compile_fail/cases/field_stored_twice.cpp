@@ -1,7 +1,6 @@
 // A field is stored twice, and another one not at all.
-// GCC: 'Vel::Refused::TwoAttributesHaveOneField<Net::Clock, &Net::Clock::tick_> refused' has
-// incomplete type Clang: implicit instantiation of undefined template
-// 'Vel::Refused::TwoAttributesHaveOneField<Net::Clock, &Net::Clock::tick_>'
+// GCC: 'Vel::Refused::TwoAttributesHaveOneField<Net::Clock, &Net::Clock::tick_> refused' has incomplete type
+// Clang: implicit instantiation of undefined template 'Vel::Refused::TwoAttributesHaveOneField<Net::Clock, &Net::Clock::tick_>'
 #include <Vel/Value.h>
 #include <Vel/value/Define.h>
 

@@ -1,8 +1,6 @@
 // A field of a value is of a type that has no text form and no place in a log.
-// GCC: 'Vel::Refused::FieldHasUnsupportedType<Net::Host, &Net::Host::name_,
-// std::__cxx11::basic_string<char> > refused' has incomplete type Clang: implicit instantiation of
-// undefined template 'Vel::Refused::FieldHasUnsupportedType<Net::Host, &Net::Host::name_,
-// std::basic_string<char>>'
+// GCC: 'Vel::Refused::FieldHasUnsupportedType<Net::Host, &Net::Host::name_, std::__cxx11::basic_string<char> > refused' has incomplete type
+// Clang: implicit instantiation of undefined template 'Vel::Refused::FieldHasUnsupportedType<Net::Host, &Net::Host::name_, std::basic_string<char>>'
 #include <Vel/Value.h>
 #include <Vel/value/Define.h>
 #include <string>

@@ -1,7 +1,6 @@
 // An attribute of an object takes an id that is the framework's.
 // GCC: 'Vel::Refused::IdIsBelow130<Net::Table, &Net::Table::size_> refused' has incomplete type
-// Clang: implicit instantiation of undefined template 'Vel::Refused::IdIsBelow130<Net::Table,
-// &Net::Table::size_>'
+// Clang: implicit instantiation of undefined template 'Vel::Refused::IdIsBelow130<Net::Table, &Net::Table::size_>'
 #include <Vel/PtrInterface.h>
 #include <Vel/value/DeclareEntity.h>
 #include <Vel/value/ObjectType.h>

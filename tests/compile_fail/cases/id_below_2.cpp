@@ -1,7 +1,6 @@
 // An attribute of a value takes an id that is the framework's.
 // GCC: 'Vel::Refused::IdIsBelow2<Net::Clock, &Net::Clock::tock_> refused' has incomplete type
-// Clang: implicit instantiation of undefined template 'Vel::Refused::IdIsBelow2<Net::Clock,
-// &Net::Clock::tock_>'
+// Clang: implicit instantiation of undefined template 'Vel::Refused::IdIsBelow2<Net::Clock, &Net::Clock::tock_>'
 #include <Vel/Value.h>
 #include <Vel/value/Define.h>
 

@@ -1,8 +1,6 @@
 // An attribute takes the id of an inherited one.
-// GCC: 'Vel::Refused::TwoAttributesHaveOneId<Net::LowPort, (& Vel::Refused::Name<'h', 'a', 's',
-// 'h'>::shown), &Net::LowPort::privileged> refused' has incomplete type Clang: implicit
-// instantiation of undefined template 'Vel::Refused::TwoAttributesHaveOneId<Net::LowPort,
-// &Vel::Refused::Name<'h', 'a', 's', 'h'>::shown, &Net::LowPort::privileged>'
+// GCC: 'Vel::Refused::TwoAttributesHaveOneId<Net::LowPort, (& Vel::Refused::Name<'h', 'a', 's', 'h'>::shown), &Net::LowPort::privileged> refused' has incomplete type
+// Clang: implicit instantiation of undefined template 'Vel::Refused::TwoAttributesHaveOneId<Net::LowPort, &Vel::Refused::Name<'h', 'a', 's', 'h'>::shown, &Net::LowPort::privileged>'
 #include <Vel/Value.h>
 #include <Vel/value/Define.h>
 

@@ -1,8 +1,6 @@
 // An attribute takes the name of an inherited one.
-// GCC: 'Vel::Refused::TwoAttributesHaveOneName<Net::LowPort, &Net::Port::number_,
-// &Net::LowPort::privileged> refused' has incomplete type Clang: implicit instantiation of
-// undefined template 'Vel::Refused::TwoAttributesHaveOneName<Net::LowPort, &Net::Port::number_,
-// &Net::LowPort::privileged>'
+// GCC: 'Vel::Refused::TwoAttributesHaveOneName<Net::LowPort, &Net::Port::number_, &Net::LowPort::privileged> refused' has incomplete type
+// Clang: implicit instantiation of undefined template 'Vel::Refused::TwoAttributesHaveOneName<Net::LowPort, &Net::Port::number_, &Net::LowPort::privileged>'
 #include <Vel/Value.h>
 #include <Vel/value/Define.h>
 

@@ -1,7 +1,6 @@
 // An attribute that is not the key takes its id.
 // GCC: 'Vel::Refused::IdIsBelow130<Net::Table, &Net::Table::fwkKey> refused' has incomplete type
-// Clang: implicit instantiation of undefined template 'Vel::Refused::IdIsBelow130<Net::Table,
-// &Net::Table::fwkKey>'
+// Clang: implicit instantiation of undefined template 'Vel::Refused::IdIsBelow130<Net::Table, &Net::Table::fwkKey>'
 #include <Vel/PtrInterface.h>
 #include <Vel/value/DeclareEntity.h>
 #include <Vel/value/ObjectType.h>

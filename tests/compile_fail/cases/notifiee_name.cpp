@@ -1,7 +1,6 @@
 // The notifiees of a class have another name than NotifieeConst.
 // GCC: 'Vel::Refused::NotifieeConstIsMissing<Net::Clock> refused' has incomplete type
-// Clang: implicit instantiation of undefined template
-// 'Vel::Refused::NotifieeConstIsMissing<Net::Clock>'
+// Clang: implicit instantiation of undefined template 'Vel::Refused::NotifieeConstIsMissing<Net::Clock>'
 #include <Vel/Notifiee.h>
 #include <Vel/Notifier.h>
 

@@ -1,8 +1,6 @@
 // An object's constructor does not take the fields that the schema names.
-// GCC: 'Vel::Refused::ConstructorTakesNoSuchFields<Net::Table, &Net::Table::size_,
-// &Net::Table::open_> refused' has incomplete type Clang: implicit instantiation of undefined
-// template 'Vel::Refused::ConstructorTakesNoSuchFields<Net::Table, &Net::Table::size_,
-// &Net::Table::open_>'
+// GCC: 'Vel::Refused::ConstructorTakesNoSuchFields<Net::Table, &Net::Table::size_, &Net::Table::open_> refused' has incomplete type
+// Clang: implicit instantiation of undefined template 'Vel::Refused::ConstructorTakesNoSuchFields<Net::Table, &Net::Table::size_, &Net::Table::open_>'
 #include <Vel/PtrInterface.h>
 #include <Vel/value/DeclareEntity.h>
 #include <Vel/value/ObjectType.h>

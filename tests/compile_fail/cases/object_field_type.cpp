@@ -1,7 +1,6 @@
 // A field of an object is of a type that reflection does not know.
-// GCC: 'Vel::Refused::FieldHasUnsupportedType<Net::Table, &Net::Table::owner_, long int> refused'
-// has incomplete type Clang: implicit instantiation of undefined template
-// 'Vel::Refused::FieldHasUnsupportedType<Net::Table, &Net::Table::owner_, long>'
+// GCC: 'Vel::Refused::FieldHasUnsupportedType<Net::Table, &Net::Table::owner_, long int> refused' has incomplete type
+// Clang: implicit instantiation of undefined template 'Vel::Refused::FieldHasUnsupportedType<Net::Table, &Net::Table::owner_, long>'
 #include <Vel/PtrInterface.h>
 #include <Vel/value/DeclareEntity.h>
 #include <Vel/value/ObjectType.h>

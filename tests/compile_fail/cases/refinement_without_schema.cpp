@@ -1,7 +1,6 @@
 // A refinement has no schema of its own: it would take its base's, and the name.
 // GCC: 'Vel::Refused::SchemaIsOfAnotherType<Net::LowPort, Net::Port> refused' has incomplete type
-// Clang: implicit instantiation of undefined template
-// 'Vel::Refused::SchemaIsOfAnotherType<Net::LowPort, Net::Port>'
+// Clang: implicit instantiation of undefined template 'Vel::Refused::SchemaIsOfAnotherType<Net::LowPort, Net::Port>'
 #include <Vel/Value.h>
 #include <Vel/value/Define.h>
 

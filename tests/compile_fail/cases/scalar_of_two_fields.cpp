@@ -1,7 +1,6 @@
 // A scalar has two fields.
 // GCC: 'Vel::Refused::ScalarIsNotOneInteger<Net::Clock> refused' has incomplete type
-// Clang: implicit instantiation of undefined template
-// 'Vel::Refused::ScalarIsNotOneInteger<Net::Clock>'
+// Clang: implicit instantiation of undefined template 'Vel::Refused::ScalarIsNotOneInteger<Net::Clock>'
 #include <Vel/Value.h>
 #include <Vel/value/Define.h>
 
