@@ -51,6 +51,19 @@ void* operator new(std::size_t size, std::align_val_t alignment, const std::noth
     return Vel::Testing::allocated(size, static_cast<std::size_t>(alignment));
 }
 
+// Arrays too: under a sanitizer they have operators of their own.
+void* operator new[](std::size_t size) { return ::operator new(size); }
+
+void* operator new[](std::size_t size, const std::nothrow_t& none) noexcept {
+    return ::operator new(size, none);
+}
+
+void operator delete[](void* memory) noexcept { std::free(memory); }
+
+void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
+
+void operator delete[](void* memory, const std::nothrow_t&) noexcept { std::free(memory); }
+
 void operator delete(void* memory) noexcept { std::free(memory); }
 
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
