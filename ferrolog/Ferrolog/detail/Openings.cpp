@@ -88,9 +88,8 @@ Opening* enter() {
 
 Visit::Visit() {
     ++visitsOfThread;
-    // NOLINTNEXTLINE(cppcoreguidelines-prefer-member-initializer): the visit is counted before it
-    // begins
-    opening_ = enter();
+    // The visit is counted before it begins.
+    opening_ = enter(); // NOLINT(cppcoreguidelines-prefer-member-initializer)
 }
 
 Visit::~Visit() {

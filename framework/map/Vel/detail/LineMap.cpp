@@ -35,6 +35,34 @@ void LineMap<Member>::grow(MemberKind kind, Table& table) noexcept {
     LineGrowth<Member>(kind).grow(table);
 }
 
+// The seat of a member that has the key of this one; null if there is none.
+template <class Member>
+Member* seatOfKey(MemberKind kind, Line<Member>& line, U32 word, Member member) {
+    for (U32 same = line.same(word); same != 0; same &= same - 1) {
+        Member& seated = line.at.member[Line<Member>::first(same)];
+        if (kind.isEqual(seated, member)) return &seated;
+    }
+    return nullptr;
+}
+
+// Makes a line anew of its members and one more: it becomes a table or a tree.
+template <class Member>
+void becomeLarger(MemberKind kind, Line<Member>& line, Table<Member>* table, U32 fold,
+                  const Item<Member>& added) {
+    Items<Member> items;
+    items.addSeats(kind, line);
+    items.insert(kind, added);
+    Line<Member> fresh;
+    const bool byRank = table != nullptr && table->byRank;
+    if (!LineBuild<Member>(kind).build(fresh, items.all, items.count, byRank, fold))
+        throw std::bad_alloc();
+    line.become(fresh);
+    if (table == nullptr) return;
+    ++table->children;
+    table->load += childLoad<Member> - Line<Member>::seats;
+    if (table->load > table->limit) LineGrowth<Member>(kind).grow(*table);
+}
+
 // What add() does not do at once: an equal key, a full line, a table or tree that shares bits in
 // which the new one differs.
 template <class Member>
@@ -72,9 +100,8 @@ Member LineMap<Member>::addAside(MemberKind kind, U32 fold, Member member) {
         }
     }
     const U32 word = table != nullptr ? table->wordIn(trail) : fold;
-    for (U32 same = line->same(word); same != 0; same &= same - 1)
-        if (Member& seated = line->at.member[Line::first(same)]; kind.isEqual(seated, member))
-            return std::exchange(seated, member);
+    if (Member* const seated = seatOfKey(kind, *line, word, member))
+        return std::exchange(*seated, member);
     if (!line->isFull() ||
         (table != nullptr && growth.splitEarly(*table, line, word) && !line->isFull())) {
         if (line->isEmpty() && table != nullptr) mark(*table, *line);
@@ -83,19 +110,8 @@ Member LineMap<Member>::addAside(MemberKind kind, U32 fold, Member member) {
         if (table != nullptr && ++table->load > table->limit) growth.grow(*table);
         return 0;
     }
-    Items<Member> items;
-    items.addSeats(kind, *line);
-    items.insert(kind, {word, member});
-    Line fresh;
-    if (!LineBuild<Member>(kind).build(fresh, items.all, items.count,
-                                       table != nullptr && table->byRank, fold))
-        throw std::bad_alloc();
-    line->become(fresh);
+    becomeLarger<Member>(kind, *line, table, fold, {word, member});
     ++size_;
-    if (table == nullptr) return 0;
-    ++table->children;
-    table->load += childLoad<Member> - Line::seats;
-    if (table->load > table->limit) growth.grow(*table);
     return 0;
 }
 

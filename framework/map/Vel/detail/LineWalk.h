@@ -41,22 +41,7 @@ public:
     // of the fold or behind it. Null if this line has none.
     const Member* standBehind(U32 fold, const Member* member, const Line& line, const Table* of,
                               U32 place) noexcept {
-        U32 rankWord = 0;
-        if (line.is(Line::isTable)) {
-            const Table& table = line.table;
-            if (table.byRank && member != nullptr) kind_.rankWord(*member, rankWord);
-            const U64 trail = U64{rankWord} << 32 | fold;
-            if (const U64 differ = table.differs(trail); differ != 0) {
-                const bool isBefore = (table.prefix & differ & (0 - differ)) != 0;
-                return isBefore ? standOnFirst(line, of, place) : nullptr;
-            }
-            const Line& next = table.lineOf(table.wordIn(trail));
-            U32 p = table.placeOf(next);
-            if (const Member* const found = standBehind(fold, member, next, &table, p))
-                return found;
-            p = table.marks.next(p);
-            return p != Marks::none ? standOnFirst(table.lines[p], &table, p) : nullptr;
-        }
+        if (line.is(Line::isTable)) return standBehindInTable(fold, member, line, of, place);
         if (line.is(Line::isTree)) {
             const Tree& tree = *line.leaf.tree;
             if (tree.fold != fold)
@@ -65,24 +50,7 @@ public:
             return standInTree(member != nullptr ? members.upper_bound(*member) : members.begin(),
                                tree);
         }
-        U32 word = fold;
-        if (of != nullptr && of->byRank) {
-            word = 0;
-            if (member != nullptr) kind_.rankWord(*member, word);
-        }
-        for (U32 order = orderOf(kind_, line); order != 0; order >>= 3) {
-            const U32 s = (order & 7) - 1;
-            const bool isBehind =
-                line.at.word[s] != word
-                    ? hashesBelow(word, line.at.word[s])
-                    : member == nullptr || kind_.isLess(*member, line.at.member[s]);
-            if (!isBehind) continue;
-            spot_.table = of;
-            spot_.place = place;
-            spot_.far = Marks::none;
-            return standInSeats(line, order);
-        }
-        return nullptr;
+        return standBehindInSeats(fold, member, line, of, place);
     }
 
     // Stands on the first member of the next line of the spot's table that has some. Null if there
@@ -127,6 +95,45 @@ public:
     }
 
 private:
+    const Member* standBehindInTable(U32 fold, const Member* member, const Line& line,
+                                     const Table* of, U32 place) noexcept {
+        const Table& table = line.table;
+        U32 rankWord = 0;
+        if (table.byRank && member != nullptr) kind_.rankWord(*member, rankWord);
+        const U64 trail = U64{rankWord} << 32 | fold;
+        if (const U64 differ = table.differs(trail); differ != 0) {
+            const bool isBefore = (table.prefix & differ & (0 - differ)) != 0;
+            return isBefore ? standOnFirst(line, of, place) : nullptr;
+        }
+        const Line& next = table.lineOf(table.wordIn(trail));
+        U32 p = table.placeOf(next);
+        if (const Member* const found = standBehind(fold, member, next, &table, p)) return found;
+        p = table.marks.next(p);
+        return p != Marks::none ? standOnFirst(table.lines[p], &table, p) : nullptr;
+    }
+
+    const Member* standBehindInSeats(U32 fold, const Member* member, const Line& line,
+                                     const Table* of, U32 place) noexcept {
+        U32 word = fold;
+        if (of != nullptr && of->byRank) {
+            word = 0;
+            if (member != nullptr) kind_.rankWord(*member, word);
+        }
+        for (U32 order = orderOf(kind_, line); order != 0; order >>= 3) {
+            const U32 s = (order & 7) - 1;
+            const bool isBehind =
+                line.at.word[s] != word
+                    ? hashesBelow(word, line.at.word[s])
+                    : member == nullptr || kind_.isLess(*member, line.at.member[s]);
+            if (!isBehind) continue;
+            spot_.table = of;
+            spot_.place = place;
+            spot_.far = Marks::none;
+            return standInSeats(line, order);
+        }
+        return nullptr;
+    }
+
     static constexpr U32 linesToNear = 4;
     static constexpr U32 linesToFar = 8;
 
